@@ -1,0 +1,400 @@
+#include "BucketSpaceClass.h"
+
+#include "MappingStringUtilities.h"
+#include "ModelClass.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace
+{
+constexpr const char* unitName = "BucketSpaceClass";
+
+/// A number that is not not-a-number, truncated toward zero and kept within int.
+int truncated(float value)
+{
+    if (value >= 2147483648.0F)
+    {
+        return std::numeric_limits<int>::max();
+    }
+    if (value < -2147483648.0F)
+    {
+        return std::numeric_limits<int>::min();
+    }
+    return static_cast<int>(value);
+}
+
+/// The floor, except that a negative whole number goes one lower: ranges only get wider by it, and are clipped anyway.
+int floorAdjusted(float value)
+{
+    return truncated(value < 0.0F ? single(value - 1.0) : value);
+}
+
+/// A box enlarged by `factor` times its own extents on each side.
+Box enlarged(Box box, float factor)
+{
+    const Vector3 extents = box.extents();
+    box.inflate({factor * extents[0], factor * extents[1], factor * extents[2]});
+    return box;
+}
+
+Box boxAroundPoint(const float (&point)[3], float reach)
+{
+    Box box = boxOfPoint(point);
+    box.inflate({reach, reach, reach});
+    return box;
+}
+
+char* newErrorText(MessageBuffer& buffer, const char* text)
+{
+    formatMessage(buffer.text(), "%s", text);
+    return buffer.release();
+}
+} // namespace
+
+BucketSpaceClass::~BucketSpaceClass()
+{
+    // The first bucket holds the start of the shared entry storage, whether it is used or not.
+    if (itsBuckets && itsBuckets.nbValues() > 0)
+    {
+        releaseBytes(itsBuckets.values()[0].itsItems);
+    }
+}
+
+char* BucketSpaceClass::build(int mode, const ModelClass& targetModel, const ModelClass& sourceModel,
+                              const BoxTable& refBoxes, const BoxTable& targetBoxes, const int* targetMatlMappingFlags,
+                              float initialBucketSize, float boxMarginRatio, float bucketFactor)
+{
+    MessageBuffer buffer("BucketSpaceClass::build()");
+    if (!layOverTarget(targetModel, targetMatlMappingFlags, boxMarginRatio))
+    {
+        return newErrorText(buffer, "Error: please select at least one domain in the target model.\n");
+    }
+    if (targetModel.itsKind == ModelKind::mesh && !isIncludedIn(sourceModel))
+    {
+        return newErrorText(buffer, "Error: the target mesh is not included in the source mesh.\n");
+    }
+    chooseBucketSize(initialBucketSize);
+    allocateStates();
+    markNeededBuckets(targetModel, targetBoxes, boxMarginRatio);
+    allocateBuckets();
+    if (mode == elementBuckets)
+    {
+        const auto directBox = [&](int elt) { return boxOfElement(refBoxes, elt); };
+        const auto enlargedBox = [&](int elt) { return enlarged(boxOfElement(refBoxes, elt), bucketFactor); };
+        countPass(sourceModel.itsNbElts, directBox, neededEmpty, filledDirectly);
+        countPass(sourceModel.itsNbElts, enlargedBox, neededEmpty, filledByEnlarged);
+        allocateEntries();
+        if (!itsItemInGrid.allocate(sourceModel.itsNbElts))
+        {
+            endProcess("Error in %s file at line %d: impossible to allocate int \n", unitName, 1026);
+        }
+        std::fill_n(itsItemInGrid.get(), sourceModel.itsNbElts, 0);
+        fillPass(sourceModel.itsNbElts, directBox, filledDirectly);
+        fillPass(sourceModel.itsNbElts, enlargedBox, filledByEnlarged);
+    }
+    else if (mode == nodeBuckets)
+    {
+        const float reach = single(0.001 * initialBucketSize);
+        const auto nodeBox = [&](int node) { return boxAroundPoint(sourceModel.itsNodeCoords[node], reach); };
+        countPass(sourceModel.itsNbNodes, nodeBox, neededEmpty, filledDirectly);
+        allocateEntries();
+        if (!itsItemInGrid.allocate(sourceModel.itsNbNodes))
+        {
+            endProcess("Error in %s file at line %d: impossible to allocate int \n", unitName, 1103);
+        }
+        std::fill_n(itsItemInGrid.get(), sourceModel.itsNbNodes, 0);
+        fillPass(sourceModel.itsNbNodes, nodeBox, filledDirectly);
+    }
+    else
+    {
+        endProcess("Error in %s file at line %d: mode number %d is unknown.\n", unitName, 982, mode);
+    }
+    return nullptr;
+}
+
+/// Sets the grid's corners from the box of the selected target, enlarged; false if nothing is selected.
+bool BucketSpaceClass::layOverTarget(const ModelClass& targetModel, const int* targetMatlMappingFlags,
+                                     float boxMarginRatio)
+{
+    const auto isSelected = [&](int item) { return targetMatlMappingFlags[targetModel.itsMatlIdPerItem[item]] == 1; };
+    RunningBox running;
+    if (targetModel.itsKind == ModelKind::mesh)
+    {
+        for (int elt = 0; elt < targetModel.itsNbElts; ++elt)
+        {
+            if (isSelected(elt))
+            {
+                running.add(boxOfNodes(targetModel, elt));
+            }
+        }
+    }
+    else if (targetModel.itsKind == ModelKind::pointCloud)
+    {
+        for (int point = 0; point < targetModel.itsNbNodes; ++point)
+        {
+            if (isSelected(point))
+            {
+                running.add(boxOfPoint(targetModel.itsNodeCoords[point]));
+            }
+        }
+    }
+    if (running.isEmpty())
+    {
+        return false;
+    }
+    const Box box = enlarged(running.box(), boxMarginRatio);
+    itsMin = box.low;
+    itsMax = box.high;
+    return true;
+}
+
+/// Whether the grid lies strictly inside the box of the source mesh, enlarged by 5 % on each side.
+bool BucketSpaceClass::isIncludedIn(const ModelClass& sourceModel) const
+{
+    RunningBox running;
+    for (int elt = 0; elt < sourceModel.itsNbElts; ++elt)
+    {
+        running.add(boxOfNodes(sourceModel, elt));
+    }
+    if (running.isEmpty())
+    {
+        return false;
+    }
+    const Box& source = running.box();
+    const Vector3 extents = source.extents();
+    for (std::size_t axis = 0; axis < 3; ++axis)
+    {
+        const float low = single(source.low[axis] - 0.05 * extents[axis]);
+        const float high = single(source.high[axis] + 0.05 * extents[axis]);
+        if (!(low < itsMin[axis] && itsMax[axis] < high))
+        {
+            return false;
+        }
+    }
+    return true;
+}
+
+void BucketSpaceClass::chooseBucketSize(float initialBucketSize)
+{
+    itsBucketSize = initialBucketSize;
+    countBucketsPerAxis();
+    while (hasTooManyBuckets())
+    {
+        const bool isUseful = itsBucketSize > 0.0F && std::isfinite(itsBucketSize);
+        if (!isUseful)
+        {
+            // No doubling helps; a grid of one bucket that no point falls into.
+            std::fill_n(itsNbBuckets, 3, 1);
+            return;
+        }
+        if (itsNbBuckets[0] == 1 && itsNbBuckets[1] == 1 && itsNbBuckets[2] == 1)
+        {
+            return;
+        }
+        itsBucketSize = single(2.0 * itsBucketSize);
+        countBucketsPerAxis();
+    }
+}
+
+void BucketSpaceClass::countBucketsPerAxis()
+{
+    itsInvBucketSize = single(1.0 / itsBucketSize);
+    for (std::size_t axis = 0; axis < 3; ++axis)
+    {
+        const float count = (itsMax[axis] - itsMin[axis]) * itsInvBucketSize;
+        itsNbBuckets[axis] = std::isnan(count) ? 1 : 1 + std::clamp(truncated(count), 0, INT32_MAX - 1);
+    }
+}
+
+/// Compares without forming the product of three counts, which may exceed 64 bits.
+bool BucketSpaceClass::hasTooManyBuckets() const
+{
+    const std::int64_t perLayer = static_cast<std::int64_t>(itsNbBuckets[0]) * itsNbBuckets[1];
+    return itsMaxNbBuckets < 1 || perLayer > itsMaxNbBuckets / itsNbBuckets[2];
+}
+
+void BucketSpaceClass::allocateStates()
+{
+    switch (itsBucketState.allocate(itsNbBuckets[0], itsNbBuckets[1], itsNbBuckets[2]))
+    {
+    case TableBlock::outerPointers:
+        endProcess("Error in %s file at line %d: impossible to allocate an int** \n", unitName, 307);
+    case TableBlock::innerPointers:
+        endProcess("Error in %s file at line %d: impossible to allocate an int* \n", unitName, 315);
+    case TableBlock::values: endProcess("Error in %s file at line %d: impossible to allocate an int \n", unitName, 328);
+    case TableBlock::none: break;
+    }
+    std::fill_n(itsBucketState.values(), itsBucketState.nbValues(), static_cast<int>(notNeeded));
+}
+
+void BucketSpaceClass::allocateBuckets()
+{
+    switch (itsBuckets.allocate(itsNbBuckets[0], itsNbBuckets[1], itsNbBuckets[2]))
+    {
+    case TableBlock::outerPointers:
+        endProcess("Error in %s file at line %d: impossible to allocate an BucketClass** \n", unitName, 482);
+    case TableBlock::innerPointers:
+        endProcess("Error in %s file at line %d: impossible to allocate an BucketClass* \n", unitName, 490);
+    case TableBlock::values:
+        endProcess("Error in %s file at line %d: impossible to allocate a BucketClass \n", unitName, 502);
+    case TableBlock::none: break;
+    }
+}
+
+/// Every target entity needs the buckets that it touches, whether its material is selected or not.
+void BucketSpaceClass::markNeededBuckets(const ModelClass& targetModel, const BoxTable& targetBoxes,
+                                         float boxMarginRatio)
+{
+    int* states = itsBucketState.values();
+    const auto markRange = [&](const Box& box)
+    { forEachBucket(rangeOf(box), [&](std::int64_t bucket) { states[bucket] = neededEmpty; }); };
+    if (targetModel.itsKind == ModelKind::mesh)
+    {
+        for (int elt = 0; elt < targetModel.itsNbElts; ++elt)
+        {
+            markRange(boxOfElement(targetBoxes, elt));
+        }
+    }
+    else
+    {
+        const float reach = boxMarginRatio * itsBucketSize;
+        for (int point = 0; point < targetModel.itsNbNodes; ++point)
+        {
+            markRange(boxAroundPoint(targetModel.itsNodeCoords[point], reach));
+        }
+    }
+}
+
+template <class BoxOf> void BucketSpaceClass::countPass(int nbItems, BoxOf boxOf, BucketState from, BucketState to)
+{
+    int* states = itsBucketState.values();
+    BucketClass* buckets = itsBuckets.values();
+    for (int item = 0; item < nbItems; ++item)
+    {
+        forEachBucket(rangeOf(boxOf(item)),
+                      [&](std::int64_t bucket)
+                      {
+                          if (states[bucket] == from || states[bucket] == to)
+                          {
+                              states[bucket] = to;
+                              ++buckets[bucket].itsNbItems;
+                              ++itsNbEntries;
+                          }
+                      });
+    }
+}
+
+/// Gives every used bucket its run of the shared storage, and sets its number of items back to 0 for the filling.
+void BucketSpaceClass::allocateEntries()
+{
+    int* entries = allocateArray<int>(itsNbEntries);
+    if (entries == nullptr)
+    {
+        endProcess("Error in %s file at line %d: impossible to allocate int \n", unitName, 992);
+    }
+    BucketClass* buckets = itsBuckets.values();
+    buckets[0].itsItems = entries;
+    std::fill_n(entries, itsNbEntries, -1);
+    for (std::int64_t bucket = 0; bucket < itsBuckets.nbValues(); ++bucket)
+    {
+        if (state(bucket) == filledDirectly || state(bucket) == filledByEnlarged)
+        {
+            buckets[bucket].itsItems = entries;
+            entries += buckets[bucket].itsNbItems;
+            buckets[bucket].itsNbItems = 0;
+        }
+    }
+}
+
+template <class BoxOf> void BucketSpaceClass::fillPass(int nbItems, BoxOf boxOf, BucketState state)
+{
+    const int* states = itsBucketState.values();
+    BucketClass* buckets = itsBuckets.values();
+    for (int item = 0; item < nbItems; ++item)
+    {
+        forEachBucket(rangeOf(boxOf(item)),
+                      [&](std::int64_t position)
+                      {
+                          if (states[position] == state)
+                          {
+                              BucketClass& bucket = buckets[position];
+                              bucket.itsItems[bucket.itsNbItems++] = item;
+                              itsItemInGrid[item] = 1;
+                          }
+                      });
+    }
+}
+
+BucketRange BucketSpaceClass::rangeOf(const Box& box) const
+{
+    BucketRange range;
+    for (std::size_t axis = 0; axis < 3; ++axis)
+    {
+        const float low = (box.low[axis] - itsMin[axis]) * itsInvBucketSize;
+        const float high = (box.high[axis] - itsMin[axis]) * itsInvBucketSize;
+        if (std::isnan(low) || std::isnan(high))
+        {
+            return {};
+        }
+        const int first = std::max(floorAdjusted(low), 0);
+        const int last = floorAdjusted(high);
+        if (last < 0 || first >= itsNbBuckets[axis])
+        {
+            return {};
+        }
+        range.low[axis] = first;
+        range.high[axis] = std::min(last, itsNbBuckets[axis] - 1);
+    }
+    return range;
+}
+
+template <class Visitor> void BucketSpaceClass::forEachBucket(const BucketRange& range, Visitor visit) const
+{
+    if (range.isEmpty())
+    {
+        return;
+    }
+    for (std::int64_t i = range.low[0]; i <= range.high[0]; ++i)
+    {
+        for (std::int64_t j = range.low[1]; j <= range.high[1]; ++j)
+        {
+            const std::int64_t row = (i * itsNbBuckets[1] + j) * itsNbBuckets[2];
+            for (int k = range.low[2]; k <= range.high[2]; ++k)
+            {
+                visit(row + k);
+            }
+        }
+    }
+}
+
+std::int64_t BucketSpaceClass::bucketOfPoint(const Vector3& point) const
+{
+    int index[3];
+    for (std::size_t axis = 0; axis < 3; ++axis)
+    {
+        // Truncation, not floor: a point up to one bucket below the grid falls into the first one.
+        const float position = (point[axis] - itsMin[axis]) * itsInvBucketSize;
+        if (!(position > -1.0F && position < 2147483648.0F))
+        {
+            return -1;
+        }
+        index[axis] = static_cast<int>(position);
+        if (index[axis] >= itsNbBuckets[axis])
+        {
+            return -1;
+        }
+    }
+    return (static_cast<std::int64_t>(index[0]) * itsNbBuckets[1] + index[1]) * itsNbBuckets[2] + index[2];
+}
+
+std::span<const int> BucketSpaceClass::items(std::int64_t bucket) const
+{
+    if (bucket < 0)
+    {
+        return {};
+    }
+    const BucketClass& found = itsBuckets.values()[bucket];
+    return {found.itsItems, static_cast<std::size_t>(found.itsNbItems)};
+}

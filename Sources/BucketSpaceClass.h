@@ -1,0 +1,113 @@
+/// The spatial index of a computation: a regular grid of cubic buckets over the selected part of the target, which
+/// lists for every bucket that the target touches the source elements or nodes near it. It knows boxes and points, not
+/// what they belong to.
+#ifndef VELTRANE_BUCKET_SPACE_CLASS_H
+#define VELTRANE_BUCKET_SPACE_CLASS_H
+
+#include "BoundingBox.h"
+#include "ChainedTable.h"
+
+#include <cstdint>
+#include <span>
+
+class BucketClass
+{
+public:
+    BucketClass() = default;
+    virtual ~BucketClass() = default;
+
+    int itsNbItems = 0;
+    int* itsItems = nullptr; ///< this bucket's run in the grid's shared entry storage, in increasing order
+};
+
+/// What a bucket is to the target and what fills it.
+enum BucketState
+{
+    notNeeded = -1,      ///< no target entity touches the bucket
+    neededEmpty = 0,     ///< needed, without source items
+    filledDirectly = 1,  ///< needed, source items as they are
+    filledByEnlarged = 2 ///< needed, out of reach of the source elements but not of their enlarged boxes
+};
+
+/// The buckets that a box touches; empty outside the grid.
+struct BucketRange
+{
+    int low[3]{};
+    int high[3]{-1, -1, -1};
+
+    bool isEmpty() const { return high[0] == -1 || high[1] == -1 || high[2] == -1; }
+};
+
+class BucketSpaceClass
+{
+public:
+    enum Mode
+    {
+        elementBuckets = 0,
+        nodeBuckets = 1
+    };
+
+    BucketSpaceClass() = default;
+    BucketSpaceClass(const BucketSpaceClass&) = delete;
+    BucketSpaceClass& operator=(const BucketSpaceClass&) = delete;
+    virtual ~BucketSpaceClass();
+
+    /// Builds the grid, once.
+    ///
+    /// \param mode                what the buckets list: source elements or source nodes
+    /// \param refBoxes            inflated boxes of the source elements
+    /// \param targetBoxes         inflated boxes of the target elements; not read for a point cloud
+    /// \param targetMatlMappingFlags per target material, 1: it takes part in the grid's box
+    /// \param initialBucketSize   doubled until there are at most itsMaxNbBuckets buckets
+    /// \param boxMarginRatio      by which the grid's box is enlarged; times the bucket size, the reach of a cloud's
+    /// point \param bucketFactor        by which source boxes are enlarged for buckets that they do not reach as they
+    /// are \return null, or a text that the caller releases: no target material is selected, or the target mesh is not
+    ///         inside the source mesh. A failed allocation and an unknown mode end the process.
+    char* build(int mode, const ModelClass& targetModel, const ModelClass& sourceModel, const BoxTable& refBoxes,
+                const BoxTable& targetBoxes, const int* targetMatlMappingFlags, float initialBucketSize,
+                float boxMarginRatio, float bucketFactor);
+
+    /// Position of a point's bucket in the blocks of values, or -1 outside the grid.
+    std::int64_t bucketOfPoint(const Vector3& point) const;
+
+    /// The items of a bucket given by its position; none for -1.
+    std::span<const int> items(std::int64_t bucket) const;
+    BucketState state(std::int64_t bucket) const { return static_cast<BucketState>(itsBucketState.values()[bucket]); }
+
+    std::int64_t nbBuckets() const
+    {
+        return static_cast<std::int64_t>(itsNbBuckets[0]) * itsNbBuckets[1] * itsNbBuckets[2];
+    }
+
+    Vector3 itsMin{};
+    Vector3 itsMax{};
+    float itsBucketSize = 0.0F;
+    float itsInvBucketSize = 0.0F;
+    int itsNbBuckets[3]{};
+    std::int64_t itsMaxNbBuckets = 10000000;
+    ChainedTable<int> itsBucketState;     ///< [nx][ny][nz] of BucketState
+    ChainedTable<BucketClass> itsBuckets; ///< [nx][ny][nz]
+    std::int64_t itsNbEntries = 0;
+    OwnedArray<int> itsItemInGrid; ///< per source item, 1 if a bucket lists it
+
+private:
+    bool layOverTarget(const ModelClass& targetModel, const int* targetMatlMappingFlags, float boxMarginRatio);
+    bool isIncludedIn(const ModelClass& sourceModel) const;
+    void chooseBucketSize(float initialBucketSize);
+    void countBucketsPerAxis();
+    bool hasTooManyBuckets() const;
+    void allocateStates();
+    void allocateBuckets();
+    void markNeededBuckets(const ModelClass& targetModel, const BoxTable& targetBoxes, float boxMarginRatio);
+    void allocateEntries();
+
+    /// One pass over the source items: countPass adds to the buckets' numbers of items, fillPass writes the items.
+    /// `boxOf(item)` gives an item's box; buckets in state `from` or `to` take the item, a counted one goes to `to`.
+    template <class BoxOf> void countPass(int nbItems, BoxOf boxOf, BucketState from, BucketState to);
+    template <class BoxOf> void fillPass(int nbItems, BoxOf boxOf, BucketState state);
+
+    BucketRange rangeOf(const Box& box) const;
+    template <class Visitor> void forEachBucket(const BucketRange& range, Visitor visit) const;
+};
+
+#endif

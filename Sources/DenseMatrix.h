@@ -1,0 +1,44 @@
+/// Inversion of small dense matrices. A failure comes back as a text of MappingStringUtilities' allocation, which the
+/// caller prints and releases; null is success. Only an exactly zero determinant or pivot fails.
+#ifndef VELTRANE_DENSE_MATRIX_H
+#define VELTRANE_DENSE_MATRIX_H
+
+/// Inverts the row-major 3 x 3 matrix a into b. A zero determinant leaves the adjugate in b.
+char* invMatrix33(const float (&a)[3][3], float (&b)[3][3]);
+
+/// The same in double precision, except that the reciprocal of the determinant is rounded to single.
+char* invMatrix33(const double (&a)[3][3], double (&b)[3][3]);
+
+/// Replaces the row-major n x n matrix by its inverse (Gauss-Jordan elimination with partial pivoting); a matrix that
+/// cannot be inverted is left as it was.
+char* invMatrix(float* matrix, int n);
+
+/// What both invMatrix33 do, without a text: false if the determinant is exactly 0.
+template <class Real> bool invertMatrix33(const Real (&a)[3][3], Real (&b)[3][3])
+{
+    b[0][0] = a[1][1] * a[2][2] - a[1][2] * a[2][1];
+    b[1][0] = -a[1][0] * a[2][2] + a[1][2] * a[2][0];
+    b[2][0] = a[1][0] * a[2][1] - a[1][1] * a[2][0];
+    b[0][1] = -a[0][1] * a[2][2] + a[0][2] * a[2][1];
+    b[1][1] = a[0][0] * a[2][2] - a[0][2] * a[2][0];
+    b[2][1] = -a[0][0] * a[2][1] + a[0][1] * a[2][0];
+    b[0][2] = a[0][1] * a[1][2] - a[0][2] * a[1][1];
+    b[1][2] = -a[0][0] * a[1][2] + a[0][2] * a[1][0];
+    b[2][2] = a[0][0] * a[1][1] - a[0][1] * a[1][0];
+    const Real determinant = a[0][0] * b[0][0] + a[0][1] * b[1][0] + a[0][2] * b[2][0];
+    if (determinant == Real{0})
+    {
+        return false;
+    }
+    const auto reciprocal = static_cast<float>(1.0 / determinant);
+    for (auto& row : b)
+    {
+        for (Real& value : row)
+        {
+            value *= reciprocal;
+        }
+    }
+    return true;
+}
+
+#endif

@@ -1,0 +1,78 @@
+/// Type 1, the 8-node hexahedron on the cube [-1, 1]^3.
+///
+/// Nodes: 1 (-1,-1,-1), 2 (1,-1,-1), 3 (1,1,-1), 4 (-1,1,-1), 5 to 8 the same at zeta = 1. Gauss points: 2 x 2 x 2, in
+/// the order of the nodes.
+#ifndef VELTRANE_LINEAR_HEXAHEDRON_H
+#define VELTRANE_LINEAR_HEXAHEDRON_H
+
+#include "ReferenceElement.h"
+
+struct LinearHexahedron
+{
+    static constexpr int typeCode = 1;
+    static constexpr int nbNodes = 8;
+    static constexpr int nbGaussPoints = 8;
+    static constexpr Vector3 initialGuess{0.0F, 0.0F, 0.0F};
+
+    static constexpr float a = gaussAbscissa;
+    static constexpr std::array<Vector3, nbGaussPoints> gaussPoints{
+        {{-a, -a, -a}, {a, -a, -a}, {a, a, -a}, {-a, a, -a}, {-a, -a, a}, {a, -a, a}, {a, a, a}, {-a, a, a}}};
+
+    static constexpr void shapeFunctions(const Vector3& point, NodeValues<nbNodes>& values)
+    {
+        const double xi = point[0];
+        const double eta = point[1];
+        const double zeta = point[2];
+        values[0] = single(0.125 * (1.0 - xi) * (1.0 - eta) * (1.0 - zeta));
+        values[1] = single(0.125 * (1.0 + xi) * (1.0 - eta) * (1.0 - zeta));
+        values[2] = single(0.125 * (1.0 + xi) * (1.0 + eta) * (1.0 - zeta));
+        values[3] = single(0.125 * (1.0 - xi) * (1.0 + eta) * (1.0 - zeta));
+        values[4] = single(0.125 * (1.0 - xi) * (1.0 - eta) * (1.0 + zeta));
+        values[5] = single(0.125 * (1.0 + xi) * (1.0 - eta) * (1.0 + zeta));
+        values[6] = single(0.125 * (1.0 + xi) * (1.0 + eta) * (1.0 + zeta));
+        values[7] = single(0.125 * (1.0 - xi) * (1.0 + eta) * (1.0 + zeta));
+    }
+
+    static constexpr void shapeFunctionDerivatives(const Vector3& point, NodeGradients<nbNodes>& derivatives)
+    {
+        const double xi = point[0];
+        const double eta = point[1];
+        const double zeta = point[2];
+        for (std::size_t face = 0; face < 2; ++face)
+        {
+            const double sign = face == 0 ? -1.0 : 1.0;
+            const double alongZeta = 1.0 + sign * zeta;
+            Vector3* corner = &derivatives[4 * face];
+            corner[0] = gradient(-0.125 * (1.0 - eta) * alongZeta, -0.125 * (1.0 - xi) * alongZeta,
+                                 0.125 * sign * (1.0 - xi) * (1.0 - eta));
+            corner[1] = gradient(0.125 * (1.0 - eta) * alongZeta, -0.125 * (1.0 + xi) * alongZeta,
+                                 0.125 * sign * (1.0 + xi) * (1.0 - eta));
+            corner[2] = gradient(0.125 * (1.0 + eta) * alongZeta, 0.125 * (1.0 + xi) * alongZeta,
+                                 0.125 * sign * (1.0 + xi) * (1.0 + eta));
+            corner[3] = gradient(-0.125 * (1.0 + eta) * alongZeta, 0.125 * (1.0 - xi) * alongZeta,
+                                 0.125 * sign * (1.0 - xi) * (1.0 + eta));
+        }
+    }
+
+    static constexpr void shapeFunctionsAtGaussPoint(std::size_t gaussPoint, NodeValues<nbNodes>& values)
+    {
+        shapeFunctions(gaussPoints[gaussPoint], values);
+    }
+
+    static constexpr bool contains(const Vector3& point, double margin)
+    {
+        const double low = -1.0 - margin;
+        const double high = 1.0 + margin;
+        return low <= point[0] && point[0] <= high && low <= point[1] && point[1] <= high && low <= point[2] &&
+               point[2] <= high;
+    }
+
+    /// Every node takes the Gauss point next to it.
+    static constexpr void gaussPointsToNodes(const NodeValues<nbGaussPoints>& gaussPointValues,
+                                             NodeValues<nbNodes>& nodeValues)
+    {
+        nodeValues = gaussPointValues;
+    }
+};
+
+#endif

@@ -1,0 +1,84 @@
+/// Type 12, the 5-node pyramid: base -1 <= xi, eta <= 1 at zeta = 0, apex at zeta = 1.
+///
+/// Nodes: 1 (-1,-1,0), 2 (1,-1,0), 3 (1,1,0), 4 (-1,1,0), 5 the apex. Its shape functions are polynomials, not the
+/// usual rational ones: on a face they do not match a tetrahedron's exactly, but they have no singular apex.
+#ifndef VELTRANE_LINEAR_PYRAMID_H
+#define VELTRANE_LINEAR_PYRAMID_H
+
+#include "ReferenceElement.h"
+
+struct LinearPyramid
+{
+    static constexpr int typeCode = 12;
+    static constexpr int nbNodes = 5;
+    static constexpr int nbGaussPoints = 8;
+    static constexpr Vector3 initialGuess{0.0F, 0.0F, single(0.2)};
+
+    /// Two layers of 2 x 2 points: the upper one, then the lower one, each in the order of the base nodes.
+    static constexpr std::array<Vector3, nbGaussPoints> gaussPoints = []
+    {
+        constexpr std::array<double, 2> layers{0.455848155988, 0.8774851773445};
+        constexpr std::array<std::array<float, 2>, 4> base{{{-gaussAbscissa, -gaussAbscissa},
+                                                            {gaussAbscissa, -gaussAbscissa},
+                                                            {gaussAbscissa, gaussAbscissa},
+                                                            {-gaussAbscissa, gaussAbscissa}}};
+        std::array<Vector3, nbGaussPoints> points{};
+        for (std::size_t i = 0; i < nbGaussPoints; ++i)
+        {
+            const double scale = layers[i / 4];
+            points[i] = {single(scale * base[i % 4][0]), single(scale * base[i % 4][1]), single(1.0 - scale)};
+        }
+        return points;
+    }();
+
+    static constexpr void shapeFunctions(const Vector3& point, NodeValues<nbNodes>& values)
+    {
+        const double xi = point[0];
+        const double eta = point[1];
+        const double zeta = point[2];
+        values[0] = single(((1.0 - xi) * (1.0 - eta) - zeta) / 4.0);
+        values[1] = single(((1.0 + xi) * (1.0 - eta) - zeta) / 4.0);
+        values[2] = single(((1.0 + xi) * (1.0 + eta) - zeta) / 4.0);
+        values[3] = single(((1.0 - xi) * (1.0 + eta) - zeta) / 4.0);
+        values[4] = point[2];
+    }
+
+    static constexpr void shapeFunctionDerivatives(const Vector3& point, NodeGradients<nbNodes>& derivatives)
+    {
+        const double xi = point[0];
+        const double eta = point[1];
+        derivatives[0] = gradient(-0.25 * (1.0 - eta), -0.25 * (1.0 - xi), -0.25);
+        derivatives[1] = gradient(0.25 * (1.0 - eta), -0.25 * (1.0 + xi), -0.25);
+        derivatives[2] = gradient(0.25 * (1.0 + eta), 0.25 * (1.0 + xi), -0.25);
+        derivatives[3] = gradient(-0.25 * (1.0 + eta), 0.25 * (1.0 - xi), -0.25);
+        derivatives[4] = {0.0F, 0.0F, 1.0F};
+    }
+
+    static constexpr void shapeFunctionsAtGaussPoint(std::size_t gaussPoint, NodeValues<nbNodes>& values)
+    {
+        shapeFunctions(gaussPoints[gaussPoint], values);
+    }
+
+    static constexpr bool contains(const Vector3& point, double margin)
+    {
+        const double xi = point[0];
+        const double eta = point[1];
+        const double zeta = point[2];
+        return zeta >= -margin && 1.0 + eta - zeta >= -margin && 1.0 - xi - zeta >= -margin &&
+               1.0 - eta - zeta >= -margin && 1.0 + xi - zeta >= -margin;
+    }
+
+    /// A base node takes the lower Gauss point next to it, the apex the mean of the four upper ones.
+    static constexpr void gaussPointsToNodes(const NodeValues<nbGaussPoints>& gaussPointValues,
+                                             NodeValues<nbNodes>& nodeValues)
+    {
+        const auto& g = gaussPointValues;
+        for (std::size_t i = 0; i < 4; ++i)
+        {
+            nodeValues[i] = g[i + 4];
+        }
+        nodeValues[4] = single(0.25 * (g[0] + g[1] + g[2] + g[3]));
+    }
+};
+
+#endif

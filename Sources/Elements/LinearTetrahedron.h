@@ -1,0 +1,58 @@
+/// Type 2, the 4-node tetrahedron on xi, eta, zeta >= 0, xi + eta + zeta <= 1.
+///
+/// Nodes: 1 (0,0,0), 2 (1,0,0), 3 (0,1,0), 4 (0,0,1). The first corner is the origin, unlike the quadratic
+/// tetrahedron's. One Gauss point, the centre.
+#ifndef VELTRANE_LINEAR_TETRAHEDRON_H
+#define VELTRANE_LINEAR_TETRAHEDRON_H
+
+#include "ReferenceElement.h"
+
+struct LinearTetrahedron
+{
+    static constexpr int typeCode = 2;
+    static constexpr int nbNodes = 4;
+    static constexpr int nbGaussPoints = 1;
+    static constexpr Vector3 initialGuess{0.25F, 0.25F, 0.25F};
+    static constexpr std::array<Vector3, nbGaussPoints> gaussPoints{{{0.25F, 0.25F, 0.25F}}};
+
+    static constexpr void shapeFunctions(const Vector3& point, NodeValues<nbNodes>& values)
+    {
+        const double xi = point[0];
+        const double eta = point[1];
+        const double zeta = point[2];
+        values[0] = single(1.0 - xi - eta - zeta);
+        values[1] = point[0];
+        values[2] = point[1];
+        values[3] = point[2];
+    }
+
+    static constexpr void shapeFunctionDerivatives(const Vector3&, NodeGradients<nbNodes>& derivatives)
+    {
+        derivatives[0] = {-1.0F, -1.0F, -1.0F};
+        derivatives[1] = {1.0F, 0.0F, 0.0F};
+        derivatives[2] = {0.0F, 1.0F, 0.0F};
+        derivatives[3] = {0.0F, 0.0F, 1.0F};
+    }
+
+    static constexpr void shapeFunctionsAtGaussPoint(std::size_t gaussPoint, NodeValues<nbNodes>& values)
+    {
+        shapeFunctions(gaussPoints[gaussPoint], values);
+    }
+
+    static constexpr bool contains(const Vector3& point, double margin)
+    {
+        const double xi = point[0];
+        const double eta = point[1];
+        const double zeta = point[2];
+        return xi >= -margin && eta >= -margin && zeta >= -margin && 1.0 - xi - eta - zeta >= -margin;
+    }
+
+    /// Every node takes the one Gauss point.
+    static constexpr void gaussPointsToNodes(const NodeValues<nbGaussPoints>& gaussPointValues,
+                                             NodeValues<nbNodes>& nodeValues)
+    {
+        nodeValues.fill(gaussPointValues[0]);
+    }
+};
+
+#endif

@@ -1,0 +1,77 @@
+/// Type 3, the 6-node wedge on the triangle xi, eta >= 0, xi + eta <= 1 times -1 <= zeta <= 1.
+///
+/// Nodes: 1 (0,0,-1), 2 (1,0,-1), 3 (0,1,-1), 4 to 6 the same at zeta = 1. Gauss points: the three mid-edge points of
+/// the triangle at -1/sqrt(3), then the three above them.
+#ifndef VELTRANE_LINEAR_WEDGE_H
+#define VELTRANE_LINEAR_WEDGE_H
+
+#include "ReferenceElement.h"
+
+struct LinearWedge
+{
+    static constexpr int typeCode = 3;
+    static constexpr int nbNodes = 6;
+    static constexpr int nbGaussPoints = 6;
+    static constexpr Vector3 initialGuess{single(1.0 / 3.0), single(1.0 / 3.0), 0.0F};
+
+    static constexpr float a = gaussAbscissa;
+    static constexpr std::array<Vector3, nbGaussPoints> gaussPoints{
+        {{0.5F, 0.0F, -a}, {0.5F, 0.5F, -a}, {0.0F, 0.5F, -a}, {0.5F, 0.0F, a}, {0.5F, 0.5F, a}, {0.0F, 0.5F, a}}};
+
+    static constexpr void shapeFunctions(const Vector3& point, NodeValues<nbNodes>& values)
+    {
+        const double xi = point[0];
+        const double eta = point[1];
+        const double zeta = point[2];
+        values[0] = single(0.5 * (1.0 - xi - eta) * (1.0 - zeta));
+        values[1] = single(0.5 * xi * (1.0 - zeta));
+        values[2] = single(0.5 * eta * (1.0 - zeta));
+        values[3] = single(0.5 * (1.0 - xi - eta) * (1.0 + zeta));
+        values[4] = single(0.5 * xi * (1.0 + zeta));
+        values[5] = single(0.5 * eta * (1.0 + zeta));
+    }
+
+    static constexpr void shapeFunctionDerivatives(const Vector3& point, NodeGradients<nbNodes>& derivatives)
+    {
+        const double xi = point[0];
+        const double eta = point[1];
+        const double zeta = point[2];
+        const double below = 0.5 * (1.0 - zeta);
+        const double above = 0.5 * (1.0 + zeta);
+        derivatives[0] = gradient(-below, -below, -0.5 * (1.0 - xi - eta));
+        derivatives[1] = gradient(below, 0.0, -0.5 * xi);
+        derivatives[2] = gradient(0.0, below, -0.5 * eta);
+        derivatives[3] = gradient(-above, -above, 0.5 * (1.0 - xi - eta));
+        derivatives[4] = gradient(above, 0.0, 0.5 * xi);
+        derivatives[5] = gradient(0.0, above, 0.5 * eta);
+    }
+
+    static constexpr void shapeFunctionsAtGaussPoint(std::size_t gaussPoint, NodeValues<nbNodes>& values)
+    {
+        shapeFunctions(gaussPoints[gaussPoint], values);
+    }
+
+    static constexpr bool contains(const Vector3& point, double margin)
+    {
+        const double xi = point[0];
+        const double eta = point[1];
+        const double zeta = point[2];
+        return xi >= -margin && eta >= -margin && 1.0 - xi - eta >= -margin && -1.0 - margin <= zeta &&
+               zeta <= 1.0 + margin;
+    }
+
+    /// Every node takes the mean of the Gauss points on the two triangle edges that meet in it.
+    static constexpr void gaussPointsToNodes(const NodeValues<nbGaussPoints>& gaussPointValues,
+                                             NodeValues<nbNodes>& nodeValues)
+    {
+        const auto& g = gaussPointValues;
+        nodeValues[0] = single((g[0] + g[2]) * 0.5);
+        nodeValues[1] = single((g[1] + g[0]) * 0.5);
+        nodeValues[2] = single((g[2] + g[1]) * 0.5);
+        nodeValues[3] = single((g[3] + g[5]) * 0.5);
+        nodeValues[4] = single((g[4] + g[3]) * 0.5);
+        nodeValues[5] = single((g[5] + g[4]) * 0.5);
+    }
+};
+
+#endif

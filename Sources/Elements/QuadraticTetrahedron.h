@@ -1,0 +1,101 @@
+/// Type 10, the 10-node tetrahedron on xi, eta, zeta >= 0, xi + eta + zeta <= 1.
+///
+/// Corners: 1 (1,0,0), 2 (0,1,0), 3 (0,0,0), 4 (0,0,1): the third corner is the origin, unlike the linear
+/// tetrahedron's. Mid-edge nodes: 5 on 1-2, 6 on 2-3, 7 on 1-3, 8 on 1-4, 9 on 2-4, 10 on 3-4.
+#ifndef VELTRANE_QUADRATIC_TETRAHEDRON_H
+#define VELTRANE_QUADRATIC_TETRAHEDRON_H
+
+#include "LinearTetrahedron.h"
+#include "ReferenceElement.h"
+
+struct QuadraticTetrahedron
+{
+    static constexpr int typeCode = 10;
+    static constexpr int nbNodes = 10;
+    static constexpr int nbGaussPoints = 5;
+    static constexpr Vector3 initialGuess{0.25F, 0.25F, 0.25F};
+
+    static constexpr float sixth = single(1.0 / 6.0);
+    /// Volume coordinates (xi, eta, zeta, 1 - xi - eta - zeta). The fourth is stored, not one minus the others.
+    static constexpr std::array<std::array<float, 4>, nbGaussPoints> gaussPointVolumeCoords{
+        {{0.25F, 0.25F, 0.25F, 0.25F},
+         {0.5F, sixth, sixth, sixth},
+         {sixth, 0.5F, sixth, sixth},
+         {sixth, sixth, 0.5F, sixth},
+         {sixth, sixth, sixth, 0.5F}}};
+
+    static constexpr void shapeFunctions(const Vector3& point, NodeValues<nbNodes>& values)
+    {
+        const double xi = point[0];
+        const double eta = point[1];
+        const double zeta = point[2];
+        shapeFunctionsInVolumeCoords(xi, eta, zeta, 1.0 - xi - eta - zeta, values);
+    }
+
+    static constexpr void shapeFunctionDerivatives(const Vector3& point, NodeGradients<nbNodes>& derivatives)
+    {
+        const double xi = point[0];
+        const double eta = point[1];
+        const double zeta = point[2];
+        const double l = 1.0 - xi - eta - zeta;
+        const double origin = 1.0 - 4.0 * l;
+        derivatives[0] = gradient(4.0 * xi - 1.0, 0.0, 0.0);
+        derivatives[1] = gradient(0.0, 4.0 * eta - 1.0, 0.0);
+        derivatives[2] = gradient(origin, origin, origin);
+        derivatives[3] = gradient(0.0, 0.0, 4.0 * zeta - 1.0);
+        derivatives[4] = gradient(4.0 * eta, 4.0 * xi, 0.0);
+        derivatives[5] = gradient(-4.0 * eta, 4.0 * (l - eta), -4.0 * eta);
+        derivatives[6] = gradient(4.0 * (l - xi), -4.0 * xi, -4.0 * xi);
+        derivatives[7] = gradient(4.0 * zeta, 0.0, 4.0 * xi);
+        derivatives[8] = gradient(0.0, 4.0 * zeta, 4.0 * eta);
+        derivatives[9] = gradient(-4.0 * zeta, -4.0 * zeta, 4.0 * (l - zeta));
+    }
+
+    static constexpr void shapeFunctionsAtGaussPoint(std::size_t gaussPoint, NodeValues<nbNodes>& values)
+    {
+        const auto& coords = gaussPointVolumeCoords[gaussPoint];
+        shapeFunctionsInVolumeCoords(coords[0], coords[1], coords[2], coords[3], values);
+    }
+
+    static constexpr bool contains(const Vector3& point, double margin)
+    {
+        return LinearTetrahedron::contains(point, margin);
+    }
+
+    /// By number: corner k takes Gauss point k + 1, a mid-edge node the mean of its two corners' points and the centre.
+    /// Gauss point 4 lies next to corner 4 and Gauss point 5 next to corner 3, so these two corners, and the mid-edge
+    /// nodes between them and corners 1 and 2, take each other's point. Hosts rely on the rule as it is.
+    static constexpr void gaussPointsToNodes(const NodeValues<nbGaussPoints>& gaussPointValues,
+                                             NodeValues<nbNodes>& nodeValues)
+    {
+        const auto& g = gaussPointValues;
+        nodeValues[0] = g[1];
+        nodeValues[1] = g[2];
+        nodeValues[2] = g[3];
+        nodeValues[3] = g[4];
+        nodeValues[4] = single((g[1] + g[2] + g[0]) / 3.0);
+        nodeValues[5] = single((g[2] + g[3] + g[0]) / 3.0);
+        nodeValues[6] = single((g[3] + g[1] + g[0]) / 3.0);
+        nodeValues[7] = single((g[1] + g[4] + g[0]) / 3.0);
+        nodeValues[8] = single((g[2] + g[4] + g[0]) / 3.0);
+        nodeValues[9] = single((g[3] + g[4] + g[0]) / 3.0);
+    }
+
+private:
+    static constexpr void shapeFunctionsInVolumeCoords(double xi, double eta, double zeta, double l,
+                                                       NodeValues<nbNodes>& values)
+    {
+        values[0] = single((2.0 * xi - 1.0) * xi);
+        values[1] = single((2.0 * eta - 1.0) * eta);
+        values[2] = single((2.0 * l - 1.0) * l);
+        values[3] = single((2.0 * zeta - 1.0) * zeta);
+        values[4] = single(4.0 * xi * eta);
+        values[5] = single(4.0 * eta * l);
+        values[6] = single(4.0 * xi * l);
+        values[7] = single(4.0 * xi * zeta);
+        values[8] = single(4.0 * eta * zeta);
+        values[9] = single(4.0 * zeta * l);
+    }
+};
+
+#endif

@@ -1,0 +1,233 @@
+/// The mapping object of one call: its models, fields, grid, settings and outcome.
+///
+/// An entry point constructs it, hands over the caller's arrays, runs one computation and reads the outcome. The
+/// implementation is a family of files: MappingSetup (what the computations share), MappingInterpolation (the driver of
+/// a transfer), MappingPointLocation, MappingEvaluation, MappingPropagation, MappingStatisticsLog, MappingTuning.
+#ifndef VELTRANE_MAPPING_CLASS_H
+#define VELTRANE_MAPPING_CLASS_H
+
+#include "BucketSpaceClass.h"
+#include "FieldsSetClass.h"
+#include "MappingStringUtilities.h"
+#include "ModelClass.h"
+
+#include <cstdint>
+
+enum TransferType
+{
+    noTransfer = 0,
+    meshToMesh = 1,
+    meshToPointCloud = 2
+};
+
+/// What happens at target nodes that are too far from the source mesh to be interpolated.
+enum InterpoMode
+{
+    refuseFarPoints = 0,
+    defaultAtFarNodes = 1,
+    propagateToFarNodes = 2
+};
+
+enum ErrorCode
+{
+    cancelledOrWarned = -1, ///< cancelled by the host, or done with the propagation warning
+    success = 0,
+    failure = 1,
+    targetOutside = 2
+};
+
+/// The texts that distinguish one computation from another.
+struct ComputationTexts
+{
+    const char* name; ///< qualified name, for the message buffer
+    const char* title;
+    const char* cancelled;
+    const char* terminated;
+};
+
+/// When progress is due: about once per percent of the points.
+class ProgressCounter
+{
+public:
+    explicit ProgressCounter(std::int64_t total) : itsTotal(total), itsStep(total / 100 > 0 ? total / 100 : 1) {}
+
+    /// Counts one point; true if a report is due after it.
+    bool advance() { return ++itsDone % itsStep == 0; }
+
+    /// Percent done, never below the 5 that the preparation counts for.
+    int percent() const
+    {
+        const auto percent = static_cast<int>(itsDone * 100 / itsTotal);
+        return percent < 5 ? 5 : percent;
+    }
+
+private:
+    std::int64_t itsTotal;
+    std::int64_t itsStep;
+    std::int64_t itsDone = 0;
+};
+
+/// One run of a computation: its texts and its message buffer.
+struct ComputationRun
+{
+    explicit ComputationRun(const ComputationTexts& computationTexts)
+        : texts(computationTexts), buffer(computationTexts.name)
+    {
+    }
+    const ComputationTexts& texts;
+    MessageBuffer buffer;
+};
+
+/// Where a target point lies in the source mesh; element -1 is nowhere.
+struct LocatedPoint
+{
+    int elt = -1;
+    Vector3 referenceCoords{};
+    bool isNearMiss = false; ///< in no element, taken to the element with the nearest centre
+};
+
+/// The weights of an element's nodes at a point.
+struct ShapeValues
+{
+    int nbNodes = 0;
+    float values[maxNbNodes];
+};
+
+class MappingClass
+{
+public:
+    /// Removes an interpoLog.txt left in the current directory by a previous call.
+    MappingClass();
+    MappingClass(const MappingClass&) = delete;
+    MappingClass& operator=(const MappingClass&) = delete;
+    virtual ~MappingClass();
+
+    /// Transfers the source fields to the target fields. The outcome is in itsErrorCode and itsErrorMessage.
+    void interpolation();
+
+    /// Refuses modes that do not exist for the type of transfer.
+    void checkInterpo();
+    /// Refuses fields at elements and element types that cannot be interpolated.
+    void interpoTests();
+
+    /// Locates one target point and writes the source fields' values there into the target fields.
+    ///
+    /// \param pointKind       atNodes or atGaussPoints: the target fields that are written
+    /// \param pointIndex      location of the point in these fields
+    /// \param matlStateClass  state class, 1 or 2, of the target material at the point
+    /// \param matlState       its state code: only source elements with the same code hold the point
+    /// \param farOutside      1 if the point is too far from the source mesh to be interpolated, else 0
+    void interpolationAtPoint(Location pointKind, std::int64_t pointIndex, const Vector3& point, int matlStateClass,
+                              int matlState, int& farOutside);
+
+    /// The first element of the point's bucket that holds it and has its material state; counts its iterations.
+    LocatedPoint searchBucket(const Vector3& point, int matlState);
+
+    /// Fills itsRefMeshBaryPerElt; null, or a text that the caller releases.
+    char* createBaryPerRefElt();
+
+    /// Spreads node values through the target elements to the far nodes; what cannot be reached becomes 0.
+    void nodeFieldsPropagation();
+
+    /// Writes itsDefaultValue to every value that the interpolation was to compute.
+    void fillTargetsWithDefault();
+
+    /// Writes interpoLog.txt into the current directory.
+    void writeInterpoLog();
+
+    /// Read the optional tuning file of a computation from the current directory.
+    void readMappingInputs();
+
+    int itsTransferType = noTransfer;
+    char itsTitle[256]{};
+    char itsStage[256]{};
+    int itsProgress = 0;
+    int (*itsCallback)(int, char*, char*, int) = nullptr;
+    int itsCancelled = 0;
+    int itsInterpoMode = refuseFarPoints;
+    float itsDefaultValue = 0.0F;
+    char* itsErrorMessage = nullptr;
+    int itsErrorCode = success;
+
+    ModelClass itsRefMesh;
+    ModelClass itsTargetMesh;
+    FieldsSetClass itsRefFields;
+    FieldsSetClass itsTargetFields;
+
+    const int* itsTargetMatlMappingFlags = nullptr; ///< per target material, 1: map it
+    OwnedArray<int> itsTargetMeshMatlIdPerNode;     ///< -1 until assigned
+    OwnedArray<int> itsTargetMeshMatlStatePerNode;  ///< -1 until assigned
+    OwnedArray<int> itsTargetMeshMappingAtNode;     ///< mapping flag of the node's material; 0 for a node in no element
+    BoxTable itsRefMeshBoxPerElt;                   ///< inflated boxes
+    BoxTable itsTargetMeshBoxPerElt;                ///< of a mesh target only
+    OwnedArray<float*> itsRefMeshBaryPerElt;        ///< per source element its centre, x, y, z; made on first need
+    OwnedArray<float> itsRefMeshBaryValues;
+
+    float itsBucketFactor = single(0.1);
+    float itsBoxMarginRatio = single(0.01);
+    float itsRefCoordTolerance = single(0.001);
+    BucketSpaceClass itsBucketSpace;
+
+    int itsNbTargetNodesOutside = 0;
+    int itsNbTargetGPsOutside = 0;
+    int itsInterpoAtNodes = 0;
+    int itsInterpoAtGPs = 0;
+    int itsInterpoAtElts = 0;
+    int itsNbTargetNodesFarOutside = 0;
+    OwnedArray<unsigned char> itsTargetNodesFarOutside; ///< allocated at the first far node
+    int itsNbTargetGPsFarOutside = 0;
+    int itsNbInterpolatedPoints = 0;
+    float itsMeanIterations = 0.0F; ///< the sum of the iterations until the end of interpolation()
+
+private:
+    // What the computations share (MappingSetup).
+    void adoptErrorText(char* text, int code);
+    void fail(MessageBuffer& buffer, const char* text);
+    bool reportStage(ComputationRun& run, const char* stage, int progress);
+    bool reportProgress(ComputationRun& run, ProgressCounter& progress);
+    void reportTermination(const ComputationRun& run);
+    bool callBack(ComputationRun& run);
+    bool createElementBoxes(ComputationRun& run);
+    bool allocateBoxes(BoxTable& boxes, const ModelClass& model, const char* tableName, ComputationRun& run);
+    void computeBoxes(const BoxTable& boxes, const ModelClass& model) const;
+    bool allocatePerNode(OwnedArray<int>& table, const ModelClass& model, const char* tableName, ComputationRun& run);
+    float meanRefBoxSize() const;
+    bool buildBucketSpace(BucketSpaceClass::Mode mode);
+    bool isTargetEltSelected(int elt) const
+    {
+        return itsTargetMatlMappingFlags[itsTargetMesh.itsMatlIdPerItem[elt]] == 1;
+    }
+
+    // The interpolation driver (MappingInterpolation).
+    bool averageGaussPointFields();
+    void scanTargetLocations();
+    bool assignTargetMaterials(ComputationRun& run);
+    std::int64_t countTargetPoints() const;
+    bool interpolateAtNodes(ComputationRun& run, ProgressCounter& progress);
+    bool interpolateAtGaussPoints(ComputationRun& run, ProgressCounter& progress);
+    bool markFarNode(ComputationRun& run, int node);
+    bool treatFarNodes();
+    void fillFarNodesWithDefaults();
+    void fillNodeFields(int node, float (*valueFor)(const FieldClass&));
+
+    // Propagation to far nodes (MappingPropagation).
+    bool listOpenElements(OwnedArray<int>& openElts, int& nbOpen) const;
+    void fillElement(int elt, int nbFilled);
+    void zeroUnreachedNodes();
+
+    // One point (MappingPointLocation, MappingEvaluation).
+    LocatedPoint nearestElement(const Vector3& point, int matlState);
+    bool locateInMesh(LocatedPoint& located, Location pointKind, std::int64_t pointIndex, const Vector3& point,
+                      int matlStateClass, int matlState, int& farOutside);
+    bool locateInCloud(const LocatedPoint& located, int& farOutside);
+    void countInversion(const Inversion& inversion);
+    ShapeValues shapeValuesAt(const LocatedPoint& located) const;
+    bool normaliseNearMiss(ShapeValues& shape);
+    void zeroGaussPoint(std::int64_t pointIndex, int matlStateClass);
+    void evaluateFields(Location pointKind, std::int64_t pointIndex, int matlStateClass, const int* nodeNumbers,
+                        const ShapeValues& shape);
+
+    void readTuningFile(const char* fileName);
+};
+
+#endif

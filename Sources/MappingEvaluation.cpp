@@ -1,0 +1,95 @@
+// Values of the source fields at a located point. Knows elements' nodes and weights, neither grid nor search.
+#include "MappingClass.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace
+{
+/// Source values at or below this are undefined, and make the interpolated value undefined.
+constexpr float undefinedBelow = single(-8.888e13);
+constexpr float undefinedValue = single(-9.999e13);
+
+/// The weighted sum, in node order, of one component; `values` holds the component's value at node 0.
+template <class Value>
+float interpolated(const Value* values, int nbComponents, const int* nodeNumbers, const ShapeValues& shape)
+{
+    float sum = 0.0F;
+    for (int i = 0; i < shape.nbNodes; ++i)
+    {
+        const auto value = static_cast<float>(values[static_cast<std::int64_t>(nodeNumbers[i]) * nbComponents]);
+        if (value <= undefinedBelow)
+        {
+            return undefinedValue;
+        }
+        sum += shape.values[i] * value;
+    }
+    return sum;
+}
+
+/// All components of one field at one point; the target holds as many components as the source.
+template <class SourceValue, class TargetValue>
+void interpolateComponents(const SourceValue* source, TargetValue* target, int nbComponents, const int* nodeNumbers,
+                           const ShapeValues& shape)
+{
+    for (int component = 0; component < nbComponents; ++component)
+    {
+        target[component] = interpolated(source + component, nbComponents, nodeNumbers, shape);
+    }
+}
+
+template <class SourceValue>
+void interpolateField(const SourceValue* source, int nbComponents, FieldClass& target, std::int64_t pointIndex,
+                      const int* nodeNumbers, const ShapeValues& shape)
+{
+    const std::int64_t first = pointIndex * nbComponents;
+    if (target.itsPrecision == singlePrecision)
+    {
+        interpolateComponents(source, target.itsValuesFloat + first, nbComponents, nodeNumbers, shape);
+    }
+    else
+    {
+        interpolateComponents(source, target.itsValuesDouble + first, nbComponents, nodeNumbers, shape);
+    }
+}
+} // namespace
+
+void MappingClass::evaluateFields(Location pointKind, std::int64_t pointIndex, int matlStateClass,
+                                  const int* nodeNumbers, const ShapeValues& shape)
+{
+    const auto sources = itsRefFields.fields();
+    const auto targets = itsTargetFields.fields();
+    for (std::size_t i = 0; i < std::min(sources.size(), targets.size()); ++i)
+    {
+        const FieldClass& source = sources[i];
+        FieldClass& target = targets[i];
+        if (target.itsLocation != pointKind || !target.existsOn(matlStateClass))
+        {
+            continue;
+        }
+        const int nbComponents = source.itsNbComponents;
+        if (source.itsValuesInterpoNode)
+        {
+            interpolateField(source.itsValuesInterpoNode.get(), nbComponents, target, pointIndex, nodeNumbers, shape);
+        }
+        else if (source.itsPrecision == singlePrecision)
+        {
+            interpolateField(source.itsValuesFloat, nbComponents, target, pointIndex, nodeNumbers, shape);
+        }
+        else
+        {
+            interpolateField(source.itsValuesDouble, nbComponents, target, pointIndex, nodeNumbers, shape);
+        }
+    }
+}
+
+void MappingClass::zeroGaussPoint(std::int64_t pointIndex, int matlStateClass)
+{
+    for (FieldClass& field : itsTargetFields.fields())
+    {
+        if (field.itsLocation == atGaussPoints && field.existsOn(matlStateClass))
+        {
+            field.fillLocation(pointIndex, 0.0F);
+        }
+    }
+}

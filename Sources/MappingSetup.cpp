@@ -1,0 +1,162 @@
+// What the computations of the mapping object share: error texts, progress and cancellation, element boxes, the grid.
+#include "MappingClass.h"
+
+#include <cmath>
+
+namespace
+{
+void copyText(char (&target)[256], const char* text)
+{
+    std::snprintf(target, sizeof target, "%s", text);
+}
+} // namespace
+
+void MappingClass::adoptErrorText(char* text, int code)
+{
+    releaseString(itsErrorMessage);
+    itsErrorMessage = text;
+    itsErrorCode = code;
+}
+
+void MappingClass::fail(MessageBuffer& buffer, const char* text)
+{
+    formatMessage(buffer.text(), "%s", text);
+    adoptErrorText(buffer.release(), failure);
+}
+
+/// Enters a stage of a run; false if the host cancels.
+bool MappingClass::reportStage(ComputationRun& run, const char* stage, int progress)
+{
+    copyText(itsTitle, run.texts.title);
+    copyText(itsStage, stage);
+    itsProgress = progress;
+    return callBack(run);
+}
+
+/// Counts one point of a run, and reports if it is time; false if the host cancels.
+bool MappingClass::reportProgress(ComputationRun& run, ProgressCounter& progress)
+{
+    if (!progress.advance())
+    {
+        return true;
+    }
+    itsProgress = progress.percent();
+    return callBack(run);
+}
+
+/// Reports the end of a run that succeeded.
+void MappingClass::reportTermination(const ComputationRun& run)
+{
+    itsProgress = 100;
+    copyText(itsStage, run.texts.terminated);
+    if (itsCallback != nullptr)
+    {
+        itsCallback(itsProgress, itsTitle, itsStage, 1);
+    }
+}
+
+/// Reports title, stage and progress as they are. If the host answers 0, sets the outcome of a cancellation, notifies
+/// the host of it and returns false.
+bool MappingClass::callBack(ComputationRun& run)
+{
+    if (itsCallback == nullptr || itsCallback(itsProgress, itsTitle, itsStage, 1) != 0)
+    {
+        return true;
+    }
+    itsCancelled = 1;
+    formatMessage(run.buffer.text(), "%s", run.texts.cancelled);
+    copyText(itsStage, run.buffer.text());
+    adoptErrorText(run.buffer.release(), cancelledOrWarned);
+    itsCallback(0, itsTitle, itsStage, 0);
+    return false;
+}
+
+/// Makes the inflated boxes of the source elements, and of the target elements if the target is a mesh.
+bool MappingClass::createElementBoxes(ComputationRun& run)
+{
+    if (!allocateBoxes(itsRefMeshBoxPerElt, itsRefMesh, "itsRefMeshBoxPerElt", run))
+    {
+        return false;
+    }
+    computeBoxes(itsRefMeshBoxPerElt, itsRefMesh);
+    if (itsTargetMesh.itsKind == ModelKind::mesh)
+    {
+        if (!allocateBoxes(itsTargetMeshBoxPerElt, itsTargetMesh, "itsTargetMeshBoxPerElt", run))
+        {
+            return false;
+        }
+        computeBoxes(itsTargetMeshBoxPerElt, itsTargetMesh);
+    }
+    return true;
+}
+
+// The texts of failed allocations name interpolation() in every computation; hosts know them so.
+bool MappingClass::allocateBoxes(BoxTable& boxes, const ModelClass& model, const char* tableName, ComputationRun& run)
+{
+    const char* block = "";
+    switch (boxes.allocate(model.itsNbElts, 2, 3))
+    {
+    case TableBlock::none: return true;
+    case TableBlock::outerPointers: break;
+    case TableBlock::innerPointers: block = "[0]"; break;
+    case TableBlock::values: block = "[0][0]"; break;
+    }
+    formatMessage(run.buffer.text(), "Allocation of %s%s is not possible in MappingClass::interpolation() function.\n",
+                  tableName, block);
+    adoptErrorText(run.buffer.release(), failure);
+    return false;
+}
+
+void MappingClass::computeBoxes(const BoxTable& boxes, const ModelClass& model) const
+{
+    for (int elt = 0; elt < model.itsNbElts; ++elt)
+    {
+        Box box = boxOfNodes(model, elt);
+        const Vector3 extents = box.extents();
+        const float margin = itsBoxMarginRatio * std::max({extents[0], extents[1], extents[2]});
+        box.inflate({margin, margin, margin});
+        float* values = boxValues(boxes, elt);
+        std::copy(box.low.begin(), box.low.end(), values);
+        std::copy(box.high.begin(), box.high.end(), values + 3);
+    }
+}
+
+bool MappingClass::allocatePerNode(OwnedArray<int>& table, const ModelClass& model, const char* tableName,
+                                   ComputationRun& run)
+{
+    if (table.allocate(model.itsNbNodes))
+    {
+        return true;
+    }
+    formatMessage(run.buffer.text(), "Allocation of %s is not possible in MappingClass::interpolation() function.\n",
+                  tableName);
+    adoptErrorText(run.buffer.release(), failure);
+    return false;
+}
+
+/// The mean extent of the inflated source boxes over elements and axes: one running sum in this order.
+float MappingClass::meanRefBoxSize() const
+{
+    float sum = 0.0F;
+    for (int elt = 0; elt < itsRefMesh.itsNbElts; ++elt)
+    {
+        for (const float extent : boxOfElement(itsRefMeshBoxPerElt, elt).extents())
+        {
+            sum += absoluteValue(extent);
+        }
+    }
+    return sum / static_cast<float>(3 * static_cast<std::int64_t>(itsRefMesh.itsNbElts));
+}
+
+bool MappingClass::buildBucketSpace(BucketSpaceClass::Mode mode)
+{
+    char* errorText =
+        itsBucketSpace.build(mode, itsTargetMesh, itsRefMesh, itsRefMeshBoxPerElt, itsTargetMeshBoxPerElt,
+                             itsTargetMatlMappingFlags, meanRefBoxSize(), itsBoxMarginRatio, itsBucketFactor);
+    if (errorText == nullptr)
+    {
+        return true;
+    }
+    adoptErrorText(errorText, failure);
+    return false;
+}

@@ -1,0 +1,124 @@
+/// From a physical point to reference coordinates: Newton iteration on the map x(xi) = sum of N_i(xi) x_i.
+///
+/// Everything here works on the node coordinates of one element, gathered once, with the element kind known at compile
+/// time.
+#ifndef VELTRANE_REFERENCE_COORDINATES_H
+#define VELTRANE_REFERENCE_COORDINATES_H
+
+#include "DenseMatrix.h"
+#include "Elements/ElementKinds.h"
+
+#include <algorithm>
+#include <array>
+
+/// What the search for a point's reference coordinates in one element found.
+struct Inversion
+{
+    enum Result
+    {
+        notConverged = -1, ///< or no element at all
+        outside = 0,
+        inside = 1
+    };
+    Result result = notConverged;
+    int nbIterations = 0; ///< 0 unless converged
+    Vector3 referenceCoords{};
+};
+
+template <class Kind> using ElementNodes = std::array<Vector3, Kind::nbNodes>;
+
+/// Gathers the coordinates of an element's nodes from float[nbNodes][3].
+template <class Kind> ElementNodes<Kind> gatherNodes(const int* nodeNumbers, const float (*nodeCoords)[3])
+{
+    ElementNodes<Kind> nodes;
+    for (std::size_t i = 0; i < Kind::nbNodes; ++i)
+    {
+        const float(&coords)[3] = nodeCoords[nodeNumbers[i]];
+        nodes[i] = {coords[0], coords[1], coords[2]};
+    }
+    return nodes;
+}
+
+/// x(xi), summed in node order.
+template <class Kind> Vector3 physicalPosition(const ElementNodes<Kind>& nodes, const Vector3& referenceCoords)
+{
+    NodeValues<Kind::nbNodes> shape;
+    Kind::shapeFunctions(referenceCoords, shape);
+    Vector3 position{};
+    for (std::size_t n = 0; n < Kind::nbNodes; ++n)
+    {
+        for (std::size_t axis = 0; axis < 3; ++axis)
+        {
+            position[axis] += shape[n] * nodes[n][axis];
+        }
+    }
+    return position;
+}
+
+/// jacobian[i][j] = dx_i / dxi_j, summed in node order.
+template <class Kind>
+void jacobianMatrix(const ElementNodes<Kind>& nodes, const Vector3& referenceCoords, float (&jacobian)[3][3])
+{
+    NodeGradients<Kind::nbNodes> gradients;
+    Kind::shapeFunctionDerivatives(referenceCoords, gradients);
+    for (std::size_t i = 0; i < 3; ++i)
+    {
+        for (std::size_t j = 0; j < 3; ++j)
+        {
+            float sum = 0.0F;
+            for (std::size_t n = 0; n < Kind::nbNodes; ++n)
+            {
+                sum += gradients[n][j] * nodes[n][i];
+            }
+            jacobian[i][j] = sum;
+        }
+    }
+}
+
+/// Prints the text of the failed inversion and ends the process.
+[[noreturn]] void endOnSingularJacobian(const float (&jacobian)[3][3]);
+
+/// Searches the reference coordinates of `point` in an element.
+///
+/// `box` is the element's inflated box, minimum then maximum; the search has converged when the squared distance to the
+/// point is at most (precisionFactor * smallest box extent)^2. A converged point is inside if it lies in the reference
+/// domain widened by 2 * precisionFactor. A Jacobian with a determinant of exactly 0 ends the process.
+template <class Kind>
+Inversion invertPoint(const ElementNodes<Kind>& nodes, const float* box, const Vector3& point, float precisionFactor)
+{
+    constexpr int maxNbIterations = 100;
+    const float extent = std::min({box[3] - box[0], box[4] - box[1], box[5] - box[2]});
+    const float tolerance = power(precisionFactor * extent, 2);
+
+    Inversion inversion;
+    Vector3& xi = inversion.referenceCoords;
+    xi = Kind::initialGuess;
+    Vector3 position = physicalPosition<Kind>(nodes, xi);
+    float squaredError = 2.0F * tolerance;
+    int nbIterations = 0;
+    while (nbIterations < maxNbIterations && squaredError > tolerance)
+    {
+        float jacobian[3][3];
+        float inverse[3][3];
+        jacobianMatrix<Kind>(nodes, xi, jacobian);
+        if (!invertMatrix33(jacobian, inverse))
+        {
+            endOnSingularJacobian(jacobian);
+        }
+        const Vector3 residual{point[0] - position[0], point[1] - position[1], point[2] - position[2]};
+        const Vector3 step = matrixTimesVector(inverse, residual);
+        xi = {xi[0] + step[0], xi[1] + step[1], xi[2] + step[2]};
+        position = physicalPosition<Kind>(nodes, xi);
+        squaredError = squaredDistance(position, point);
+        ++nbIterations;
+    }
+    if (nbIterations == maxNbIterations && squaredError > tolerance)
+    {
+        return inversion;
+    }
+    inversion.nbIterations = nbIterations;
+    inversion.result = Kind::contains(xi, 2.0 * precisionFactor) ? Inversion::inside : Inversion::outside;
+    return inversion;
+}
+
+#endif
