@@ -43,11 +43,15 @@ inline Box boxOfPoint(const float (&point)[3])
     return {{point[0], point[1], point[2]}, {point[0], point[1], point[2]}};
 }
 
-/// The box of an element's nodes; the element has at least one.
+/// The box of an element's nodes; at the origin for a type without nodes.
 inline Box boxOfNodes(const ModelClass& model, int elt)
 {
     const int* nodeNumbers = model.itsConnectivity[elt];
     const int nbNodes = model.nbNodesOfElt(elt);
+    if (nbNodes == 0)
+    {
+        return {};
+    }
     Box box = boxOfPoint(model.itsNodeCoords[nodeNumbers[0]]);
     for (int i = 1; i < nbNodes; ++i)
     {

@@ -2,7 +2,8 @@
 ///
 /// An entry point constructs it, hands over the caller's arrays, runs one computation and reads the outcome. The
 /// implementation is a family of files: MappingSetup (what the computations share), MappingInterpolation (the driver of
-/// a transfer), MappingPointLocation, MappingEvaluation, MappingPropagation, MappingStatisticsLog, MappingTuning.
+/// a transfer), MappingPointLocation, MappingEvaluation, MappingPropagation, MappingStatisticsLog, MappingTuning,
+/// MappingChecks (what each computation admits), MappingNodeCorrespondence, MappingGaussPointCorrespondence.
 #ifndef VELTRANE_MAPPING_CLASS_H
 #define VELTRANE_MAPPING_CLASS_H
 
@@ -11,6 +12,7 @@
 #include "MappingStringUtilities.h"
 #include "ModelClass.h"
 
+#include <algorithm>
 #include <cstdint>
 
 enum TransferType
@@ -49,7 +51,18 @@ struct ComputationTexts
 class ProgressCounter
 {
 public:
-    explicit ProgressCounter(std::int64_t total) : itsTotal(total), itsStep(total / 100 > 0 ? total / 100 : 1) {}
+    /// How the percentage is formed. Hosts know the Gauss-point correspondence to compute it in 32 bits, so that beyond
+    /// 21 million points it starts again.
+    enum class Arithmetic
+    {
+        wide,
+        wrapping32Bit
+    };
+
+    explicit ProgressCounter(std::int64_t total, Arithmetic arithmetic = Arithmetic::wide)
+        : itsTotal(total), itsStep(std::max<std::int64_t>(total / 100, 1)), itsArithmetic(arithmetic)
+    {
+    }
 
     /// Counts one point; true if a report is due after it.
     bool advance() { return ++itsDone % itsStep == 0; }
@@ -57,14 +70,17 @@ public:
     /// Percent done, never below the 5 that the preparation counts for.
     int percent() const
     {
-        const auto percent = static_cast<int>(itsDone * 100 / itsTotal);
-        return percent < 5 ? 5 : percent;
+        const std::int64_t hundredfold = itsArithmetic == Arithmetic::wrapping32Bit
+                                             ? static_cast<std::int32_t>(static_cast<std::uint32_t>(itsDone) * 100U)
+                                             : itsDone * 100;
+        return std::max(static_cast<int>(hundredfold / itsTotal), 5);
     }
 
 private:
     std::int64_t itsTotal;
     std::int64_t itsStep;
     std::int64_t itsDone = 0;
+    Arithmetic itsArithmetic;
 };
 
 /// One run of a computation: its texts and its message buffer.
@@ -129,6 +145,18 @@ public:
     /// Spreads node values through the target elements to the far nodes; what cannot be reached becomes 0.
     void nodeFieldsPropagation();
 
+    /// Finds for every selected target node the source node at its place and in a material of its state code, and
+    /// writes its number, from 1, into itsNodeCorrespondence. All are matched, or all selected entries are 0.
+    void nodToNodCorrespondence();
+    /// Refuses element types between whose meshes nodes cannot be matched.
+    void nodTonodCorrTests();
+
+    /// Finds for every Gauss point of the selected target elements the source element and its Gauss point at the same
+    /// place, and writes their numbers, from 1, into itsGPCorrespondenceA and B. All are matched, or all are 0.
+    void GPToGPCorrespondence();
+    /// Refuses element types between whose meshes Gauss points cannot be matched.
+    void GPToGPCorrTests();
+
     /// Writes itsDefaultValue to every value that the interpolation was to compute.
     void fillTargetsWithDefault();
 
@@ -137,6 +165,8 @@ public:
 
     /// Read the optional tuning file of a computation from the current directory.
     void readMappingInputs();
+    void readNodToNodInputs();
+    void readGPToGPInputs();
 
     int itsTransferType = noTransfer;
     char itsTitle[256]{};
@@ -154,6 +184,7 @@ public:
     FieldsSetClass itsRefFields;
     FieldsSetClass itsTargetFields;
 
+    OwnedArray<int> itsRefMeshMatlStatePerNode;     ///< -1 until assigned
     const int* itsTargetMatlMappingFlags = nullptr; ///< per target material, 1: map it
     OwnedArray<int> itsTargetMeshMatlIdPerNode;     ///< -1 until assigned
     OwnedArray<int> itsTargetMeshMatlStatePerNode;  ///< -1 until assigned
@@ -179,6 +210,10 @@ public:
     int itsNbInterpolatedPoints = 0;
     float itsMeanIterations = 0.0F; ///< the sum of the iterations until the end of interpolation()
 
+    int* itsNodeCorrespondence = nullptr; ///< the caller's, per target node
+    int** itsGPCorrespondenceA = nullptr; ///< the caller's, [target element][Gauss point]: source elements
+    int** itsGPCorrespondenceB = nullptr; ///< the same: their Gauss points
+
 private:
     // What the computations share (MappingSetup).
     void adoptErrorText(char* text, int code);
@@ -191,8 +226,10 @@ private:
     bool allocateBoxes(BoxTable& boxes, const ModelClass& model, const char* tableName, ComputationRun& run);
     void computeBoxes(const BoxTable& boxes, const ModelClass& model) const;
     bool allocatePerNode(OwnedArray<int>& table, const ModelClass& model, const char* tableName, ComputationRun& run);
+    template <class Assign> static void assignMaterials(const ModelClass& mesh, int* statePerNode, Assign assign);
     float meanRefBoxSize() const;
-    bool buildBucketSpace(BucketSpaceClass::Mode mode);
+    bool buildBucketSpace(BucketSpaceClass::Mode mode, float initialBucketSize);
+    std::int64_t countTargetGaussPoints() const;
     bool isTargetEltSelected(int elt) const
     {
         return itsTargetMatlMappingFlags[itsTargetMesh.itsMatlIdPerItem[elt]] == 1;
@@ -227,7 +264,36 @@ private:
     void evaluateFields(Location pointKind, std::int64_t pointIndex, int matlStateClass, const int* nodeNumbers,
                         const ShapeValues& shape);
 
+    // The correspondences (MappingNodeCorrespondence, MappingGaussPointCorrespondence).
+    bool assignStatesPerNode(ComputationRun& run);
+    int matchingNode(const Vector3& point, int matlState, float tolerance) const;
+    void failNodeMatching(ComputationRun& run, int node, float tolerance);
+    Vector3 targetEltCentre(int elt) const;
+    int matchingGaussPoint(const Vector3& point, int refElt, float tolerance) const;
+    bool matchGaussPointsOfElt(ComputationRun& run, ProgressCounter& progress, int elt, float tolerance);
+    void failGaussPointMatching(ComputationRun& run);
+
     void readTuningFile(const char* fileName);
 };
+
+/// Gives every node of a mesh the state code of its material: the first element that reaches a node decides. A material
+/// of state -1 leaves the node open to later elements, since -1 also means not assigned. `assign(node, elt)` is told.
+template <class Assign> void MappingClass::assignMaterials(const ModelClass& mesh, int* statePerNode, Assign assign)
+{
+    std::fill_n(statePerNode, mesh.itsNbNodes, -1);
+    for (int elt = 0; elt < mesh.itsNbElts; ++elt)
+    {
+        const int nbNodes = mesh.nbNodesOfElt(elt);
+        for (int i = 0; i < nbNodes; ++i)
+        {
+            const int node = mesh.itsConnectivity[elt][i];
+            if (statePerNode[node] == -1)
+            {
+                statePerNode[node] = mesh.matlStateOfItem(elt);
+                assign(node, elt);
+            }
+        }
+    }
+}
 
 #endif

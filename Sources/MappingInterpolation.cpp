@@ -28,7 +28,7 @@ void MappingClass::interpolation()
         return;
     }
     scanTargetLocations();
-    if (!assignTargetMaterials(run) || !buildBucketSpace(BucketSpaceClass::elementBuckets) ||
+    if (!assignTargetMaterials(run) || !buildBucketSpace(BucketSpaceClass::elementBuckets, meanRefBoxSize()) ||
         !reportStage(run, "Computation", 5))
     {
         return;
@@ -79,8 +79,7 @@ void MappingClass::scanTargetLocations()
     }
 }
 
-/// Gives every target node its material, if there are fields at nodes. In a mesh the first element that reaches a node
-/// decides; a material of state -1 leaves the node open to later elements, since -1 also means not assigned.
+/// Gives every target node, or point of a cloud, its material, if there are fields at nodes.
 bool MappingClass::assignTargetMaterials(ComputationRun& run)
 {
     if (itsInterpoAtNodes == 0)
@@ -95,33 +94,21 @@ bool MappingClass::assignTargetMaterials(ComputationRun& run)
     }
     const int nbNodes = itsTargetMesh.itsNbNodes;
     std::fill_n(itsTargetMeshMatlIdPerNode.get(), nbNodes, -1);
-    std::fill_n(itsTargetMeshMatlStatePerNode.get(), nbNodes, -1);
     std::fill_n(itsTargetMeshMappingAtNode.get(), nbNodes, 0);
     const auto assign = [this](int node, int item)
     {
         itsTargetMeshMatlIdPerNode[node] = itsTargetMesh.itsMatlIdPerItem[item];
-        itsTargetMeshMatlStatePerNode[node] = itsTargetMesh.matlStateOfItem(item);
         itsTargetMeshMappingAtNode[node] = itsTargetMatlMappingFlags[itsTargetMesh.itsMatlIdPerItem[item]];
     };
-    if (itsTargetMesh.itsKind == ModelKind::pointCloud)
+    if (itsTargetMesh.itsKind == ModelKind::mesh)
     {
-        for (int point = 0; point < nbNodes; ++point)
-        {
-            assign(point, point);
-        }
+        assignMaterials(itsTargetMesh, itsTargetMeshMatlStatePerNode.get(), assign);
         return true;
     }
-    for (int elt = 0; elt < itsTargetMesh.itsNbElts; ++elt)
+    for (int point = 0; point < nbNodes; ++point)
     {
-        const int nbNodesOfElt = itsTargetMesh.nbNodesOfElt(elt);
-        for (int i = 0; i < nbNodesOfElt; ++i)
-        {
-            const int node = itsTargetMesh.itsConnectivity[elt][i];
-            if (itsTargetMeshMatlStatePerNode[node] == -1)
-            {
-                assign(node, elt);
-            }
-        }
+        itsTargetMeshMatlStatePerNode[point] = itsTargetMesh.matlStateOfItem(point);
+        assign(point, point);
     }
     return true;
 }
@@ -134,14 +121,7 @@ std::int64_t MappingClass::countTargetPoints() const
         const int* flags = itsTargetMeshMappingAtNode.get();
         count += std::count(flags, flags + std::max(itsTargetMesh.itsNbNodes, 0), 1);
     }
-    if (itsInterpoAtGPs != 0)
-    {
-        for (int elt = 0; elt < itsTargetMesh.itsNbElts; ++elt)
-        {
-            count += isTargetEltSelected(elt) ? itsTargetMesh.nbGaussPointsOfElt(elt) : 0;
-        }
-    }
-    return count;
+    return itsInterpoAtGPs != 0 ? count + countTargetGaussPoints() : count;
 }
 
 bool MappingClass::interpolateAtNodes(ComputationRun& run, ProgressCounter& progress)
@@ -264,11 +244,7 @@ bool MappingClass::interpolateAtGaussPoints(ComputationRun& run, ProgressCounter
 /// among them the default lands on the first Gauss points of the field. Hosts rely on it as it is.
 void MappingClass::fillTargetsWithDefault()
 {
-    std::int64_t nbSelectedGaussPoints = 0;
-    for (int elt = 0; itsInterpoAtGPs != 0 && elt < itsTargetMesh.itsNbElts; ++elt)
-    {
-        nbSelectedGaussPoints += isTargetEltSelected(elt) ? itsTargetMesh.nbGaussPointsOfElt(elt) : 0;
-    }
+    const std::int64_t nbSelectedGaussPoints = countTargetGaussPoints();
     for (FieldClass& field : itsTargetFields.fields())
     {
         if (field.itsLocation == atNodes && itsInterpoAtNodes != 0 && itsTargetMeshMappingAtNode)

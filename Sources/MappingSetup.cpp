@@ -1,4 +1,5 @@
-// What the computations of the mapping object share: error texts, progress and cancellation, element boxes, the grid.
+// What the computations of the mapping object share: error texts, progress and cancellation,
+// element boxes, the grid, counts.
 #include "MappingClass.h"
 
 #include <cmath>
@@ -148,15 +149,26 @@ float MappingClass::meanRefBoxSize() const
     return sum / static_cast<float>(3 * static_cast<std::int64_t>(itsRefMesh.itsNbElts));
 }
 
-bool MappingClass::buildBucketSpace(BucketSpaceClass::Mode mode)
+bool MappingClass::buildBucketSpace(BucketSpaceClass::Mode mode, float initialBucketSize)
 {
     char* errorText =
         itsBucketSpace.build(mode, itsTargetMesh, itsRefMesh, itsRefMeshBoxPerElt, itsTargetMeshBoxPerElt,
-                             itsTargetMatlMappingFlags, meanRefBoxSize(), itsBoxMarginRatio, itsBucketFactor);
+                             itsTargetMatlMappingFlags, initialBucketSize, itsBoxMarginRatio, itsBucketFactor);
     if (errorText == nullptr)
     {
         return true;
     }
     adoptErrorText(errorText, failure);
     return false;
+}
+
+/// Of the selected target elements.
+std::int64_t MappingClass::countTargetGaussPoints() const
+{
+    std::int64_t count = 0;
+    for (int elt = 0; elt < itsTargetMesh.itsNbElts; ++elt)
+    {
+        count += isTargetEltSelected(elt) ? itsTargetMesh.nbGaussPointsOfElt(elt) : 0;
+    }
+    return count;
 }

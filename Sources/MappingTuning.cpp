@@ -13,6 +13,16 @@ void MappingClass::readMappingInputs()
     readTuningFile("mappingInputs.txt");
 }
 
+void MappingClass::readNodToNodInputs()
+{
+    readTuningFile("nodToNodInputs.txt");
+}
+
+void MappingClass::readGPToGPInputs()
+{
+    readTuningFile("GPToGPInputs.txt");
+}
+
 /// Three numbers, each read straight into its setting: one that cannot be read leaves it as it was. No file, no change.
 void MappingClass::readTuningFile(const char* fileName)
 {

@@ -23,6 +23,13 @@ template <class A, class B> constexpr float squaredDistance(const A& a, const B&
     return dx * dx + dy * dy + dz * dz;
 }
 
+/// Whether two points are at most `tolerance` apart; the axes alone reject most that are not.
+inline bool isWithin(const Vector3& a, const Vector3& b, float tolerance)
+{
+    return std::fabs(a[0] - b[0]) <= tolerance && std::fabs(a[1] - b[1]) <= tolerance &&
+           std::fabs(a[2] - b[2]) <= tolerance && squaredDistance(a, b) <= tolerance * tolerance;
+}
+
 /// Row-major 3 x 3 matrix times vector.
 constexpr Vector3 matrixTimesVector(const float (&matrix)[3][3], const Vector3& vector)
 {

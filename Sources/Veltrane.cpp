@@ -107,6 +107,50 @@ void FE3DMEshToPtCloud_VariablesInterpolation(int interpoMode, float defaultValu
                      "FE 3D Mesh to point cloud interpolation normal termination.", message, errorCode);
 }
 
+void FE3DMeshToFE3DMesh_NodeToNodeMapping(
+    int refNbElts, int refNbNodes, float (*refNodeCoords)[3], int** refConnectivity, int* refEltTypes, //
+    int refNbMatls, int* refMatlIdPerElt, int* refMatlTypes,                                           //
+    int targetNbElts, int targetNbNodes, float (*targetNodeCoords)[3], int** targetConnectivity,       //
+    int* targetEltTypes, int targetNbMatls, int* targetMatlIdPerElt, int* targetMatlTypes,             //
+    int* targetMatlMappingFlags, int* nodeCorrespondence, char* message, int* errorCode,               //
+    int (*callback)(int, char*, char*, int))
+{
+    MappingClass mapping;
+    mapping.itsRefMesh.init(ModelKind::mesh, refNbElts, refNbNodes, refNodeCoords, refConnectivity, refEltTypes,
+                            refNbMatls, refMatlIdPerElt, refMatlTypes);
+    mapping.itsTargetMesh.init(ModelKind::mesh, targetNbElts, targetNbNodes, targetNodeCoords, targetConnectivity,
+                               targetEltTypes, targetNbMatls, targetMatlIdPerElt, targetMatlTypes);
+    mapping.itsTargetMatlMappingFlags = targetMatlMappingFlags;
+    mapping.itsCallback = callback;
+    mapping.itsNodeCorrespondence = nodeCorrespondence;
+    mapping.readNodToNodInputs();
+    mapping.nodToNodCorrespondence();
+    reportOutcome(mapping, "Node to Node correspondence computation normal termination.", message, errorCode);
+}
+
+void FE3DMeshToFE3DMesh_GPToGPMapping(
+    int refNbElts, int refNbNodes, float (*refNodeCoords)[3], int** refConnectivity, int* refEltTypes, //
+    int refNbMatls, int* refMatlIdPerElt, int* refMatlTypes,                                           //
+    int targetNbElts, int targetNbNodes, float (*targetNodeCoords)[3], int** targetConnectivity,       //
+    int* targetEltTypes, int targetNbMatls, int* targetMatlIdPerElt, int* targetMatlTypes,             //
+    int* targetMatlMappingFlags, int** gpCorrespondenceA, int** gpCorrespondenceB, char* message,      //
+    int* errorCode, int (*callback)(int, char*, char*, int))
+{
+    MappingClass mapping;
+    mapping.itsRefMesh.init(ModelKind::mesh, refNbElts, refNbNodes, refNodeCoords, refConnectivity, refEltTypes,
+                            refNbMatls, refMatlIdPerElt, refMatlTypes);
+    mapping.itsTargetMesh.init(ModelKind::mesh, targetNbElts, targetNbNodes, targetNodeCoords, targetConnectivity,
+                               targetEltTypes, targetNbMatls, targetMatlIdPerElt, targetMatlTypes);
+    mapping.itsTargetMatlMappingFlags = targetMatlMappingFlags;
+    mapping.itsCallback = callback;
+    mapping.itsGPCorrespondenceA = gpCorrespondenceA;
+    mapping.itsGPCorrespondenceB = gpCorrespondenceB;
+    mapping.readGPToGPInputs();
+    mapping.GPToGPCorrespondence();
+    reportOutcome(mapping, "Gauss point to Gauss point correspondence computation normal termination.", message,
+                  errorCode);
+}
+
 const char* Veltrane_get_module_info(int what)
 {
     switch (what)

@@ -79,6 +79,36 @@ extern "C"
         int* targetMatlMappingFlags, FieldsSetStruct refFields, FieldsSetStruct targetFields, char* message, //
         int* errorCode, int (*callback)(int, char*, char*, int));
 
+    /// Matches the nodes of a target mesh with those of a source mesh of the same geometry.
+    ///
+    /// The meshes, flags, message, errorCode and callback are those of FE3DMeshToFE3DMesh_VariablesInterpolation.
+    ///
+    /// \param nodeCorrespondence one entry per target node: the number, from 1, of the source node at the same place
+    /// and in
+    ///                           a material of the same state code. Entries of nodes whose material is not selected are
+    ///                           not written; after a failure the selected ones are 0.
+    VELTRANE_EXPORT void FE3DMeshToFE3DMesh_NodeToNodeMapping(
+        int refNbElts, int refNbNodes, float (*refNodeCoords)[3], int** refConnectivity, int* refEltTypes, //
+        int refNbMatls, int* refMatlIdPerElt, int* refMatlTypes,                                           //
+        int targetNbElts, int targetNbNodes, float (*targetNodeCoords)[3], int** targetConnectivity,       //
+        int* targetEltTypes, int targetNbMatls, int* targetMatlIdPerElt, int* targetMatlTypes,             //
+        int* targetMatlMappingFlags, int* nodeCorrespondence, char* message, int* errorCode,               //
+        int (*callback)(int, char*, char*, int));
+
+    /// Matches the Gauss points of the selected target elements with those of a source mesh of the same geometry.
+    ///
+    /// \param gpCorrespondenceA [target element][Gauss point]: the number, from 1, of the source element
+    /// \param gpCorrespondenceB the same: the number, from 1, of the Gauss point in that element. Entries of elements
+    /// whose
+    ///                          material is not selected are not written; after a failure the selected ones are 0.
+    VELTRANE_EXPORT void FE3DMeshToFE3DMesh_GPToGPMapping(
+        int refNbElts, int refNbNodes, float (*refNodeCoords)[3], int** refConnectivity, int* refEltTypes, //
+        int refNbMatls, int* refMatlIdPerElt, int* refMatlTypes,                                           //
+        int targetNbElts, int targetNbNodes, float (*targetNodeCoords)[3], int** targetConnectivity,       //
+        int* targetEltTypes, int targetNbMatls, int* targetMatlIdPerElt, int* targetMatlTypes,             //
+        int* targetMatlMappingFlags, int** gpCorrespondenceA, int** gpCorrespondenceB, char* message,      //
+        int* errorCode, int (*callback)(int, char*, char*, int));
+
     /// Information about the module: 0 its kind, 1 its version, any other value a line that identifies the build.
     /// The texts are constant and stay valid while the library is loaded.
     VELTRANE_EXPORT const char* Veltrane_get_module_info(int what);
