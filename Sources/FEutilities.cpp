@@ -15,7 +15,7 @@ constexpr int nbNodesPerType[nbTypeCodes] = {0, 8, 4, 6, 8, 6, 4, 3, 4, 2, 10, 1
 constexpr int nbGaussPointsPerType[nbTypeCodes] = {0, 8, 1, 6, 8, 6, 4, 3, 2, 2, 5, 8, 8, 0, 0};
 } // namespace
 
-FEUtilities::FEUtilities() : itsShapeValuesAtGaussPoints{}
+FEUtilities::FEUtilities()
 {
     std::copy(std::begin(nbNodesPerType), std::end(nbNodesPerType), itsNbNodesPerType);
     std::copy(std::begin(nbGaussPointsPerType), std::end(nbGaussPointsPerType), itsNbGaussPointsPerType);

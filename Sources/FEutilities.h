@@ -27,7 +27,7 @@ public:
     int itsNbNodesPerType[nbTypeCodes];
     int itsNbGaussPointsPerType[nbTypeCodes];
     /// Shape function of each node at each Gauss point; 0 for types without shape functions.
-    float itsShapeValuesAtGaussPoints[nbTypeCodes][maxNbNodes][maxNbGaussPoints];
+    float itsShapeValuesAtGaussPoints[nbTypeCodes][maxNbNodes][maxNbGaussPoints]{};
 
 private:
     static bool isTypeCode(int typeCode) { return typeCode >= 0 && typeCode < nbTypeCodes; }

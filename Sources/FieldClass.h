@@ -26,7 +26,7 @@ enum Precision
 class FieldClass
 {
 public:
-    FieldClass() : itsName{} {}
+    FieldClass() = default;
     FieldClass(const FieldClass&) = delete;
     FieldClass& operator=(const FieldClass&) = delete;
     virtual ~FieldClass() = default;
@@ -69,15 +69,15 @@ public:
         return itsPrecision == singlePrecision ? itsDefaultValueFloat : itsDefaultValueDouble;
     }
 
-    char itsName[100];
+    char itsName[100]{};
     int itsMatlStateFlag = 0;
     int itsLocation = 0;
     int itsNbComponents = 0;
     int itsPrecision = 0;
     float* itsValuesFloat = nullptr;
     double* itsValuesDouble = nullptr;
-    float itsDefaultValueFloat;
-    float itsDefaultValueDouble;
+    float itsDefaultValueFloat = 0.0F;
+    float itsDefaultValueDouble = 0.0F;
     OwnedArray<float> itsValuesInterpoNode;
 
 private:

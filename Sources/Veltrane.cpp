@@ -41,7 +41,8 @@ void reportOutcome(MappingClass& mapping, const char* successText, char* message
         mapping.itsCallback(0, mapping.itsTitle, notice, 0);
     }
     *errorCode = mapping.itsErrorCode;
-    std::strcpy(message, mapping.itsErrorCode != success ? mapping.itsErrorMessage : successText);
+    const char* text = mapping.itsErrorCode != success ? mapping.itsErrorMessage : successText;
+    std::memcpy(message, text, std::strlen(text) + 1);
 }
 
 /// The part of a transfer that follows the loading of its models.
