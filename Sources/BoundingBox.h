@@ -7,6 +7,7 @@
 #include "VectorHelpers.h"
 
 #include <algorithm>
+#include <limits>
 
 /// Minimum and maximum corner per element, [nbElts][2][3].
 using BoxTable = ChainedTable<float>;
@@ -43,21 +44,33 @@ inline Box boxOfPoint(const float (&point)[3])
     return {{point[0], point[1], point[2]}, {point[0], point[1], point[2]}};
 }
 
-/// The box of an element's nodes; at the origin for a type without nodes.
+inline constexpr float unreachable = std::numeric_limits<float>::max();
+
+/// The box of `nbNodes` nodes; where the number is known at compile time, NbNodes is it.
+template <int NbNodes = 0> Box boxOfNodes(const float (*nodeCoords)[3], const int* nodeNumbers, int nbNodes = NbNodes)
+{
+    Box box = boxOfPoint(nodeCoords[nodeNumbers[0]]);
+    for (int i = 1; i < (NbNodes > 0 ? NbNodes : nbNodes); ++i)
+    {
+        box.add(nodeCoords[nodeNumbers[i]]);
+    }
+    return box;
+}
+
+/// The box of an element's nodes; of a type without nodes a box without extent at a place that no point reaches.
 inline Box boxOfNodes(const ModelClass& model, int elt)
 {
     const int* nodeNumbers = model.itsConnectivity[elt];
-    const int nbNodes = model.nbNodesOfElt(elt);
-    if (nbNodes == 0)
+    const float(*nodeCoords)[3] = model.itsNodeCoords;
+    switch (const int nbNodes = model.nbNodesOfElt(elt))
     {
-        return {};
+    case 0: return boxOfPoint({unreachable, unreachable, unreachable});
+    case 4: return boxOfNodes<4>(nodeCoords, nodeNumbers);
+    case 6: return boxOfNodes<6>(nodeCoords, nodeNumbers);
+    case 8: return boxOfNodes<8>(nodeCoords, nodeNumbers);
+    case 10: return boxOfNodes<10>(nodeCoords, nodeNumbers);
+    default: return boxOfNodes(nodeCoords, nodeNumbers, nbNodes);
     }
-    Box box = boxOfPoint(model.itsNodeCoords[nodeNumbers[0]]);
-    for (int i = 1; i < nbNodes; ++i)
-    {
-        box.add(model.itsNodeCoords[nodeNumbers[i]]);
-    }
-    return box;
 }
 
 /// The six values of an element's box in a table: minimum x, y, z, maximum x, y, z.
@@ -72,10 +85,18 @@ inline Box boxOfElement(const BoxTable& boxes, int elt)
     return {{values[0], values[1], values[2]}, {values[3], values[4], values[5]}};
 }
 
+inline void storeBox(const BoxTable& boxes, int elt, const Box& box)
+{
+    float* values = boxValues(boxes, elt);
+    std::copy(box.low.begin(), box.low.end(), values);
+    std::copy(box.high.begin(), box.high.end(), values + 3);
+}
+
 /// The box of everything that is added to it; empty at first.
 class RunningBox
 {
 public:
+    /// A coordinate that is not a number sticks if it comes first, and is passed over later.
     void add(const Box& other)
     {
         if (itsIsEmpty)
@@ -88,6 +109,16 @@ public:
         {
             itsBox.low[axis] = std::min(itsBox.low[axis], other.low[axis]);
             itsBox.high[axis] = std::max(itsBox.high[axis], other.high[axis]);
+        }
+    }
+
+    /// The same node by node.
+    void addNodes(const ModelClass& model, int elt)
+    {
+        const int nbNodes = model.nbNodesOfElt(elt);
+        for (int i = 0; i < nbNodes; ++i)
+        {
+            add(boxOfPoint(model.itsNodeCoords[model.itsConnectivity[elt][i]]));
         }
     }
 

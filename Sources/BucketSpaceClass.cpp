@@ -11,26 +11,6 @@ namespace
 {
 constexpr const char* unitName = "BucketSpaceClass";
 
-/// A number that is not not-a-number, truncated toward zero and kept within int.
-int truncated(float value)
-{
-    if (value >= 2147483648.0F)
-    {
-        return std::numeric_limits<int>::max();
-    }
-    if (value < -2147483648.0F)
-    {
-        return std::numeric_limits<int>::min();
-    }
-    return static_cast<int>(value);
-}
-
-/// The floor, except that a negative whole number goes one lower: ranges only get wider by it, and are clipped anyway.
-int floorAdjusted(float value)
-{
-    return truncated(value < 0.0F ? single(value - 1.0) : value);
-}
-
 /// A box enlarged by `factor` times its own extents on each side.
 Box enlarged(Box box, float factor)
 {
@@ -64,14 +44,20 @@ BucketSpaceClass::~BucketSpaceClass()
 
 char* BucketSpaceClass::build(int mode, const ModelClass& targetModel, const ModelClass& sourceModel,
                               const BoxTable& refBoxes, const BoxTable& targetBoxes, const int* targetMatlMappingFlags,
-                              float initialBucketSize, float boxMarginRatio, float bucketFactor)
+                              float initialBucketSize, float boxMarginRatio, float bucketFactor,
+                              const SurveyedBoxes* surveyed)
 {
     MessageBuffer buffer("BucketSpaceClass::build()");
-    if (!layOverTarget(targetModel, targetMatlMappingFlags, boxMarginRatio))
+    const bool isSurveyed = surveyed != nullptr && surveyed->areExact && targetModel.itsKind == ModelKind::mesh;
+    const RunningBox selectedTarget =
+        isSurveyed ? surveyed->selectedTarget : selectedBox(targetModel, targetMatlMappingFlags);
+    if (selectedTarget.isEmpty())
     {
         return newErrorText(buffer, "Error: please select at least one domain in the target model.\n");
     }
-    if (targetModel.itsKind == ModelKind::mesh && !isIncludedIn(sourceModel))
+    layOver(selectedTarget.box(), boxMarginRatio);
+    if (targetModel.itsKind == ModelKind::mesh &&
+        !isIncludedIn(isSurveyed ? surveyed->source : boxOfElements(sourceModel)))
     {
         return newErrorText(buffer, "Error: the target mesh is not included in the source mesh.\n");
     }
@@ -114,9 +100,8 @@ char* BucketSpaceClass::build(int mode, const ModelClass& targetModel, const Mod
     return nullptr;
 }
 
-/// Sets the grid's corners from the box of the selected target, enlarged; false if nothing is selected.
-bool BucketSpaceClass::layOverTarget(const ModelClass& targetModel, const int* targetMatlMappingFlags,
-                                     float boxMarginRatio)
+/// The box of the selected target elements' nodes, or of the selected points.
+RunningBox BucketSpaceClass::selectedBox(const ModelClass& targetModel, const int* targetMatlMappingFlags)
 {
     const auto isSelected = [&](int item) { return targetMatlMappingFlags[targetModel.itsMatlIdPerItem[item]] == 1; };
     RunningBox running;
@@ -126,7 +111,7 @@ bool BucketSpaceClass::layOverTarget(const ModelClass& targetModel, const int* t
         {
             if (isSelected(elt))
             {
-                running.add(boxOfNodes(targetModel, elt));
+                running.addNodes(targetModel, elt);
             }
         }
     }
@@ -140,24 +125,29 @@ bool BucketSpaceClass::layOverTarget(const ModelClass& targetModel, const int* t
             }
         }
     }
-    if (running.isEmpty())
-    {
-        return false;
-    }
-    const Box box = enlarged(running.box(), boxMarginRatio);
-    itsMin = box.low;
-    itsMax = box.high;
-    return true;
+    return running;
 }
 
-/// Whether the grid lies strictly inside the box of the source mesh, enlarged by 5 % on each side.
-bool BucketSpaceClass::isIncludedIn(const ModelClass& sourceModel) const
+RunningBox BucketSpaceClass::boxOfElements(const ModelClass& sourceModel)
 {
     RunningBox running;
     for (int elt = 0; elt < sourceModel.itsNbElts; ++elt)
     {
-        running.add(boxOfNodes(sourceModel, elt));
+        running.addNodes(sourceModel, elt);
     }
+    return running;
+}
+
+void BucketSpaceClass::layOver(const Box& selectedTarget, float boxMarginRatio)
+{
+    const Box box = enlarged(selectedTarget, boxMarginRatio);
+    itsMin = box.low;
+    itsMax = box.high;
+}
+
+/// Whether the grid lies strictly inside the box of the source mesh, enlarged by 5 % on each side.
+bool BucketSpaceClass::isIncludedIn(const RunningBox& running) const
+{
     if (running.isEmpty())
     {
         return false;
@@ -180,19 +170,9 @@ void BucketSpaceClass::chooseBucketSize(float initialBucketSize)
 {
     itsBucketSize = initialBucketSize;
     countBucketsPerAxis();
-    while (hasTooManyBuckets())
+    const auto hasOneBucket = [this] { return itsNbBuckets[0] == 1 && itsNbBuckets[1] == 1 && itsNbBuckets[2] == 1; };
+    while (hasTooManyBuckets() && !hasOneBucket())
     {
-        const bool isUseful = itsBucketSize > 0.0F && std::isfinite(itsBucketSize);
-        if (!isUseful)
-        {
-            // No doubling helps; a grid of one bucket that no point falls into.
-            std::fill_n(itsNbBuckets, 3, 1);
-            return;
-        }
-        if (itsNbBuckets[0] == 1 && itsNbBuckets[1] == 1 && itsNbBuckets[2] == 1)
-        {
-            return;
-        }
         itsBucketSize = single(2.0 * itsBucketSize);
         countBucketsPerAxis();
     }
@@ -201,10 +181,17 @@ void BucketSpaceClass::chooseBucketSize(float initialBucketSize)
 void BucketSpaceClass::countBucketsPerAxis()
 {
     itsInvBucketSize = single(1.0 / itsBucketSize);
+    if (!(itsBucketSize > 0.0F && std::isfinite(itsBucketSize)))
+    {
+        // A size of no use, which doubling does not mend either.
+        std::fill_n(itsNbBuckets, 3, 1);
+        return;
+    }
     for (std::size_t axis = 0; axis < 3; ++axis)
     {
         const float count = (itsMax[axis] - itsMin[axis]) * itsInvBucketSize;
-        itsNbBuckets[axis] = std::isnan(count) ? 1 : 1 + std::clamp(truncated(count), 0, INT32_MAX - 1);
+        constexpr auto most = static_cast<double>(std::numeric_limits<int>::max() - 1);
+        itsNbBuckets[axis] = std::isnan(count) ? 1 : 1 + static_cast<int>(std::clamp<double>(count, 0.0, most));
     }
 }
 
@@ -327,25 +314,24 @@ template <class BoxOf> void BucketSpaceClass::fillPass(int nbItems, BoxOf boxOf,
     }
 }
 
+/// An index is the floor of a position, and a negative whole number may go one lower: whatever is negative is clipped
+/// to 0 at the low end, and leaves nothing at the high end, so the sign decides. A position that is not a number is
+/// outside.
 BucketRange BucketSpaceClass::rangeOf(const Box& box) const
 {
     BucketRange range;
     for (std::size_t axis = 0; axis < 3; ++axis)
     {
-        const float low = (box.low[axis] - itsMin[axis]) * itsInvBucketSize;
-        const float high = (box.high[axis] - itsMin[axis]) * itsInvBucketSize;
-        if (std::isnan(low) || std::isnan(high))
+        // In double precision, a comparison with a number of buckets is exact.
+        const double count = itsNbBuckets[axis];
+        const double low = (box.low[axis] - itsMin[axis]) * itsInvBucketSize;
+        const double high = (box.high[axis] - itsMin[axis]) * itsInvBucketSize;
+        if (!(low < count && high >= 0.0))
         {
             return {};
         }
-        const int first = std::max(floorAdjusted(low), 0);
-        const int last = floorAdjusted(high);
-        if (last < 0 || first >= itsNbBuckets[axis])
-        {
-            return {};
-        }
-        range.low[axis] = first;
-        range.high[axis] = std::min(last, itsNbBuckets[axis] - 1);
+        range.low[axis] = low > 0.0 ? static_cast<int>(low) : 0;
+        range.high[axis] = high < count ? static_cast<int>(high) : itsNbBuckets[axis] - 1;
     }
     return range;
 }
@@ -387,14 +373,4 @@ std::int64_t BucketSpaceClass::bucketOfPoint(const Vector3& point) const
         }
     }
     return (static_cast<std::int64_t>(index[0]) * itsNbBuckets[1] + index[1]) * itsNbBuckets[2] + index[2];
-}
-
-std::span<const int> BucketSpaceClass::items(std::int64_t bucket) const
-{
-    if (bucket < 0)
-    {
-        return {};
-    }
-    const BucketClass& found = itsBuckets.values()[bucket];
-    return {found.itsItems, static_cast<std::size_t>(found.itsNbItems)};
 }

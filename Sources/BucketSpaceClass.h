@@ -29,6 +29,23 @@ enum BucketState
     filledByEnlarged = 2 ///< needed, out of reach of the source elements but not of their enlarged boxes
 };
 
+/// What a caller that has just visited all elements already knows: boxes of nodes, not inflated.
+struct SurveyedBoxes
+{
+    RunningBox source;         ///< all source elements
+    RunningBox selectedTarget; ///< the target elements whose material is selected
+    /// Whether the boxes of elements say the same as their nodes: not if an element has no nodes, or if a coordinate of
+    /// its first node is not a number, which hides the other nodes of the element.
+    bool areExact = true;
+
+    void add(RunningBox& running, const Box& element)
+    {
+        running.add(element);
+        areExact =
+            areExact && element.low[0] < unreachable && element.low[1] < unreachable && element.low[2] < unreachable;
+    }
+};
+
 /// The buckets that a box touches; empty outside the grid.
 struct BucketRange
 {
@@ -65,14 +82,38 @@ public:
     ///         inside the source mesh. A failed allocation and an unknown mode end the process.
     char* build(int mode, const ModelClass& targetModel, const ModelClass& sourceModel, const BoxTable& refBoxes,
                 const BoxTable& targetBoxes, const int* targetMatlMappingFlags, float initialBucketSize,
-                float boxMarginRatio, float bucketFactor);
+                float boxMarginRatio, float bucketFactor, const SurveyedBoxes* surveyed = nullptr);
 
     /// Position of a point's bucket in the blocks of values, or -1 outside the grid.
     std::int64_t bucketOfPoint(const Vector3& point) const;
 
     /// The items of a bucket given by its position; none for -1.
-    std::span<const int> items(std::int64_t bucket) const;
+    std::span<const int> items(std::int64_t bucket) const
+    {
+        if (bucket < 0)
+        {
+            return {};
+        }
+        const BucketClass& found = itsBuckets.values()[bucket];
+        return {found.itsItems, static_cast<std::size_t>(found.itsNbItems)};
+    }
     BucketState state(std::int64_t bucket) const { return static_cast<BucketState>(itsBucketState.values()[bucket]); }
+
+    /// The items among which a point of the bucket is searched: those of the direct pass alone.
+    std::span<const int> itemsForSearch(std::int64_t bucket) const
+    {
+        return bucket >= 0 && state(bucket) == filledDirectly ? items(bucket) : std::span<const int>{};
+    }
+
+    /// Asks for a bucket's memory ahead of its use.
+    void prefetchBucket(std::int64_t bucket) const
+    {
+        if (bucket >= 0)
+        {
+            __builtin_prefetch(itsBucketState.values() + bucket);
+            __builtin_prefetch(itsBuckets.values() + bucket);
+        }
+    }
 
     std::int64_t nbBuckets() const
     {
@@ -91,8 +132,10 @@ public:
     OwnedArray<int> itsItemInGrid; ///< per source item, 1 if a bucket lists it
 
 private:
-    bool layOverTarget(const ModelClass& targetModel, const int* targetMatlMappingFlags, float boxMarginRatio);
-    bool isIncludedIn(const ModelClass& sourceModel) const;
+    static RunningBox selectedBox(const ModelClass& targetModel, const int* targetMatlMappingFlags);
+    static RunningBox boxOfElements(const ModelClass& sourceModel);
+    void layOver(const Box& selectedTarget, float boxMarginRatio);
+    bool isIncludedIn(const RunningBox& source) const;
     void chooseBucketSize(float initialBucketSize);
     void countBucketsPerAxis();
     bool hasTooManyBuckets() const;

@@ -28,7 +28,7 @@ public:
     {
         if (itsValues)
         {
-            std::destroy_n(itsValues.get(), itsNbValues);
+            std::destroy_n(itsValues.get(), nbValues());
         }
     }
 
@@ -52,30 +52,45 @@ public:
         {
             std::uninitialized_default_construct_n(itsValues.get(), n0 * n1 * n2);
         }
-        itsNbValues = n0 * n1 * n2;
-        for (std::int64_t i = 0; i < n0; ++i)
-        {
-            itsOuterPointers[i] = itsInnerPointers.get() + i * n1;
-        }
-        for (std::int64_t row = 0; row < n0 * n1; ++row)
-        {
-            itsInnerPointers[row] = itsValues.get() + row * n2;
-        }
+        itsSizes[0] = n0;
+        itsSizes[1] = n1;
+        itsSizes[2] = n2;
         return TableBlock::none;
     }
 
     explicit operator bool() const { return static_cast<bool>(itsValues); }
-    T** operator[](std::int64_t i) const { return itsOuterPointers[i]; }
+    T** operator[](std::int64_t i) const
+    {
+        if (!itsIsLinked)
+        {
+            link();
+        }
+        return itsOuterPointers[i];
+    }
 
     /// The block of values, or null.
     T* values() const { return itsValues.get(); }
-    std::int64_t nbValues() const { return itsNbValues; }
+    std::int64_t nbValues() const { return itsSizes[0] * itsSizes[1] * itsSizes[2]; }
 
 private:
+    void link() const
+    {
+        for (std::int64_t i = 0; i < itsSizes[0]; ++i)
+        {
+            itsOuterPointers[i] = itsInnerPointers.get() + i * itsSizes[1];
+        }
+        for (std::int64_t row = 0; row < itsSizes[0] * itsSizes[1]; ++row)
+        {
+            itsInnerPointers[row] = itsValues.get() + row * itsSizes[2];
+        }
+        itsIsLinked = true;
+    }
+
     OwnedArray<T**> itsOuterPointers;
     OwnedArray<T*> itsInnerPointers;
     OwnedArray<T> itsValues;
-    std::int64_t itsNbValues = 0;
+    std::int64_t itsSizes[3]{};
+    mutable bool itsIsLinked = false;
 };
 
 #endif

@@ -12,7 +12,7 @@ constexpr const char* unitName = "FEutilities";
 // Types 6 and 7 are the linear quadrilateral and triangle, which serve as targets. The others without shape functions
 // still count nodes and Gauss points.
 constexpr int nbNodesPerType[nbTypeCodes] = {0, 8, 4, 6, 8, 6, 4, 3, 4, 2, 10, 12, 5, 4, 3};
-constexpr int nbGaussPointsPerType[nbTypeCodes] = {0, 8, 1, 6, 8, 6, 4, 3, 2, 2, 5, 8, 8, 0, 0};
+constexpr int nbGaussPointsPerType[nbTypeCodes] = {0, 8, 1, 6, 8, 6, 4, 3, 4, 2, 5, 8, 8, 0, 0};
 } // namespace
 
 FEUtilities::FEUtilities()

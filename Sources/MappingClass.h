@@ -11,6 +11,7 @@
 #include "FieldsSetClass.h"
 #include "MappingStringUtilities.h"
 #include "ModelClass.h"
+#include "PointLocator.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -64,6 +65,8 @@ public:
     {
     }
 
+    std::int64_t total() const { return itsTotal; }
+
     /// Counts one point; true if a report is due after it.
     bool advance() { return ++itsDone % itsStep == 0; }
 
@@ -92,14 +95,6 @@ struct ComputationRun
     }
     const ComputationTexts& texts;
     MessageBuffer buffer;
-};
-
-/// Where a target point lies in the source mesh; element -1 is nowhere.
-struct LocatedPoint
-{
-    int elt = -1;
-    Vector3 referenceCoords{};
-    bool isNearMiss = false; ///< in no element, taken to the element with the nearest centre
 };
 
 /// The weights of an element's nodes at a point.
@@ -215,18 +210,23 @@ public:
     int** itsGPCorrespondenceB = nullptr; ///< the same: their Gauss points
 
 private:
+    SurveyedBoxes itsSurveyedBoxes;
+
     // What the computations share (MappingSetup).
     void adoptErrorText(char* text, int code);
     void fail(MessageBuffer& buffer, const char* text);
+    bool reportStart(ComputationRun& run);
     bool reportStage(ComputationRun& run, const char* stage, int progress);
     bool reportProgress(ComputationRun& run, ProgressCounter& progress);
     void reportTermination(const ComputationRun& run);
     bool callBack(ComputationRun& run);
     bool createElementBoxes(ComputationRun& run);
     bool allocateBoxes(BoxTable& boxes, const ModelClass& model, const char* tableName, ComputationRun& run);
-    void computeBoxes(const BoxTable& boxes, const ModelClass& model) const;
+    Box inflated(Box box) const;
     bool allocatePerNode(OwnedArray<int>& table, const ModelClass& model, const char* tableName, ComputationRun& run);
-    template <class Assign> static void assignMaterials(const ModelClass& mesh, int* statePerNode, Assign assign);
+    template <class Assign>
+    static void assignMaterials(const ModelClass& mesh, int elt, int* statePerNode, Assign assign);
+    template <class Visit> void surveyTarget(Visit visit);
     float meanRefBoxSize() const;
     bool buildBucketSpace(BucketSpaceClass::Mode mode, float initialBucketSize);
     std::int64_t countTargetGaussPoints() const;
@@ -238,11 +238,15 @@ private:
     // The interpolation driver (MappingInterpolation).
     bool averageGaussPointFields();
     void scanTargetLocations();
-    bool assignTargetMaterials(ComputationRun& run);
+    bool allocateTargetMaterials(ComputationRun& run);
+    void assignTargetMaterials();
     std::int64_t countTargetPoints() const;
     bool interpolateAtNodes(ComputationRun& run, ProgressCounter& progress);
     bool interpolateAtGaussPoints(ComputationRun& run, ProgressCounter& progress);
-    bool markFarNode(ComputationRun& run, int node);
+    template <class ForEachPoint>
+    bool interpolateAt(Location pointKind, ComputationRun& run, ProgressCounter& progress, ForEachPoint forEachPoint);
+    bool countFarPoint(Location pointKind, ComputationRun& run, std::int64_t index);
+    bool markFarNode(ComputationRun& run, std::int64_t node);
     bool treatFarNodes();
     void fillFarNodesWithDefaults();
     void fillNodeFields(int node, float (*valueFor)(const FieldClass&));
@@ -253,11 +257,12 @@ private:
     void zeroUnreachedNodes();
 
     // One point (MappingPointLocation, MappingEvaluation).
-    LocatedPoint nearestElement(const Vector3& point, int matlState);
-    bool locateInMesh(LocatedPoint& located, Location pointKind, std::int64_t pointIndex, const Vector3& point,
-                      int matlStateClass, int matlState, int& farOutside);
+    PointLocator pointLocator() const;
+    void interpolateLocatedPoint(Location pointKind, const TargetPoint& point, LocatedPoint located, int& farOutside);
+    LocatedPoint nearestElement(const TargetPoint& point);
+    bool locateInMesh(LocatedPoint& located, Location pointKind, const TargetPoint& point, int& farOutside);
     bool locateInCloud(const LocatedPoint& located, int& farOutside);
-    void countInversion(const Inversion& inversion);
+    void countInversion(const LocatedPoint& located);
     ShapeValues shapeValuesAt(const LocatedPoint& located) const;
     bool normaliseNearMiss(ShapeValues& shape);
     void zeroGaussPoint(std::int64_t pointIndex, int matlStateClass);
@@ -276,23 +281,38 @@ private:
     void readTuningFile(const char* fileName);
 };
 
-/// Gives every node of a mesh the state code of its material: the first element that reaches a node decides. A material
-/// of state -1 leaves the node open to later elements, since -1 also means not assigned. `assign(node, elt)` is told.
-template <class Assign> void MappingClass::assignMaterials(const ModelClass& mesh, int* statePerNode, Assign assign)
+/// Gives an element's nodes its state code, unless an earlier element did: the first element that reaches a node
+/// decides. A material of state -1 leaves the node open to later elements, since -1 also means not assigned.
+/// `assign(node)` is told of every node that takes the element's material.
+template <class Assign>
+void MappingClass::assignMaterials(const ModelClass& mesh, int elt, int* statePerNode, Assign assign)
 {
-    std::fill_n(statePerNode, mesh.itsNbNodes, -1);
-    for (int elt = 0; elt < mesh.itsNbElts; ++elt)
+    const int matlState = mesh.matlStateOfItem(elt);
+    const int nbNodes = mesh.nbNodesOfElt(elt);
+    for (int i = 0; i < nbNodes; ++i)
     {
-        const int nbNodes = mesh.nbNodesOfElt(elt);
-        for (int i = 0; i < nbNodes; ++i)
+        const int node = mesh.itsConnectivity[elt][i];
+        if (statePerNode[node] == -1)
         {
-            const int node = mesh.itsConnectivity[elt][i];
-            if (statePerNode[node] == -1)
-            {
-                statePerNode[node] = mesh.matlStateOfItem(elt);
-                assign(node, elt);
-            }
+            statePerNode[node] = matlState;
+            assign(node);
         }
+    }
+}
+
+/// The one pass over the target elements: their inflated boxes and the box of the selected ones. `visit(elt)` does what
+/// else there is to do with an element while its nodes are at hand.
+template <class Visit> void MappingClass::surveyTarget(Visit visit)
+{
+    for (int elt = 0; elt < itsTargetMesh.itsNbElts; ++elt)
+    {
+        const Box box = boxOfNodes(itsTargetMesh, elt);
+        if (isTargetEltSelected(elt))
+        {
+            itsSurveyedBoxes.add(itsSurveyedBoxes.selectedTarget, box);
+        }
+        storeBox(itsTargetMeshBoxPerElt, elt, inflated(box));
+        visit(elt);
     }
 }
 

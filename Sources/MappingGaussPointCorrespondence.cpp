@@ -19,10 +19,11 @@ void MappingClass::GPToGPCorrespondence()
         return;
     }
     ComputationRun run(texts);
-    if (!reportStage(run, "Pretreatment", 0) || !createElementBoxes(run))
+    if (!reportStart(run) || !createElementBoxes(run))
     {
         return;
     }
+    surveyTarget([](int) {});
     const float meanSize = meanRefBoxSize();
     if (!buildBucketSpace(BucketSpaceClass::elementBuckets, meanSize) || !reportStage(run, "Computation", 5))
     {

@@ -23,13 +23,17 @@ void MappingClass::interpolation()
         return;
     }
     ComputationRun run(itsTransferType == meshToPointCloud ? pointCloudTexts : meshTexts);
-    if (!reportStage(run, "Pretreatment", 0) || !createElementBoxes(run) || !averageGaussPointFields())
+    if (!reportStart(run) || !createElementBoxes(run) || !averageGaussPointFields())
     {
         return;
     }
     scanTargetLocations();
-    if (!assignTargetMaterials(run) || !buildBucketSpace(BucketSpaceClass::elementBuckets, meanRefBoxSize()) ||
-        !reportStage(run, "Computation", 5))
+    if (!allocateTargetMaterials(run))
+    {
+        return;
+    }
+    assignTargetMaterials();
+    if (!buildBucketSpace(BucketSpaceClass::elementBuckets, meanRefBoxSize()) || !reportStage(run, "Computation", 5))
     {
         return;
     }
@@ -79,38 +83,46 @@ void MappingClass::scanTargetLocations()
     }
 }
 
-/// Gives every target node, or point of a cloud, its material, if there are fields at nodes.
-bool MappingClass::assignTargetMaterials(ComputationRun& run)
+/// Room for the material of every target node, if there are fields at nodes.
+bool MappingClass::allocateTargetMaterials(ComputationRun& run)
+{
+    return itsInterpoAtNodes == 0 ||
+           (allocatePerNode(itsTargetMeshMatlIdPerNode, itsTargetMesh, "itsTargetMeshMatlIdPerNode", run) &&
+            allocatePerNode(itsTargetMeshMatlStatePerNode, itsTargetMesh, "itsTargetMeshMatlStatePerNode", run) &&
+            allocatePerNode(itsTargetMeshMappingAtNode, itsTargetMesh, "itsTargetMeshMappingAtNode", run));
+}
+
+/// Surveys the target: the boxes of its elements, and the material of every node or point if there are fields at nodes.
+void MappingClass::assignTargetMaterials()
 {
     if (itsInterpoAtNodes == 0)
     {
-        return true;
-    }
-    if (!allocatePerNode(itsTargetMeshMatlIdPerNode, itsTargetMesh, "itsTargetMeshMatlIdPerNode", run) ||
-        !allocatePerNode(itsTargetMeshMatlStatePerNode, itsTargetMesh, "itsTargetMeshMatlStatePerNode", run) ||
-        !allocatePerNode(itsTargetMeshMappingAtNode, itsTargetMesh, "itsTargetMeshMappingAtNode", run))
-    {
-        return false;
+        surveyTarget([](int) {});
+        return;
     }
     const int nbNodes = itsTargetMesh.itsNbNodes;
-    std::fill_n(itsTargetMeshMatlIdPerNode.get(), nbNodes, -1);
-    std::fill_n(itsTargetMeshMappingAtNode.get(), nbNodes, 0);
     const auto assign = [this](int node, int item)
     {
         itsTargetMeshMatlIdPerNode[node] = itsTargetMesh.itsMatlIdPerItem[item];
         itsTargetMeshMappingAtNode[node] = itsTargetMatlMappingFlags[itsTargetMesh.itsMatlIdPerItem[item]];
     };
-    if (itsTargetMesh.itsKind == ModelKind::mesh)
+    if (itsTargetMesh.itsKind == ModelKind::pointCloud)
     {
-        assignMaterials(itsTargetMesh, itsTargetMeshMatlStatePerNode.get(), assign);
-        return true;
+        for (int point = 0; point < nbNodes; ++point)
+        {
+            itsTargetMeshMatlStatePerNode[point] = itsTargetMesh.matlStateOfItem(point);
+            assign(point, point);
+        }
+        return;
     }
-    for (int point = 0; point < nbNodes; ++point)
-    {
-        itsTargetMeshMatlStatePerNode[point] = itsTargetMesh.matlStateOfItem(point);
-        assign(point, point);
-    }
-    return true;
+    std::fill_n(itsTargetMeshMatlIdPerNode.get(), nbNodes, -1);
+    std::fill_n(itsTargetMeshMatlStatePerNode.get(), nbNodes, -1);
+    std::fill_n(itsTargetMeshMappingAtNode.get(), nbNodes, 0);
+    surveyTarget(
+        [&](int elt) {
+            assignMaterials(itsTargetMesh, elt, itsTargetMeshMatlStatePerNode.get(),
+                            [&](int node) { assign(node, elt); });
+        });
 }
 
 std::int64_t MappingClass::countTargetPoints() const
@@ -124,31 +136,114 @@ std::int64_t MappingClass::countTargetPoints() const
     return itsInterpoAtGPs != 0 ? count + countTargetGaussPoints() : count;
 }
 
-bool MappingClass::interpolateAtNodes(ComputationRun& run, ProgressCounter& progress)
+/// Visits points in batches: all of a batch are located, then one after another takes its values, so that errors,
+/// progress and cancellation come in the order of the points. `forEachPoint(visit)` names the points, and stops when
+/// `visit` returns false. False if the run has ended.
+template <class ForEachPoint>
+bool MappingClass::interpolateAt(Location pointKind, ComputationRun& run, ProgressCounter& progress,
+                                 ForEachPoint forEachPoint)
 {
-    if (itsInterpoAtNodes == 0)
+    OwnedArray<TargetPoint> points;
+    OwnedArray<LocatedPoint> located;
+    OwnedArray<PointLocator::BatchOrder> order;
+    const std::int64_t capacity = std::min<std::int64_t>(progress.total(), PointLocator::batchCapacity);
+    if (!points.allocate(capacity) || !located.allocate(capacity) || !order.allocate(capacity))
     {
+        fail(run.buffer,
+             "Allocation of the target points is not possible in MappingClass::interpolation() function.\n");
+        return false;
+    }
+    const PointLocator locator = pointLocator();
+    std::size_t nbPoints = 0;
+    const auto finishBatch = [&]
+    {
+        locator.locate({points.get(), nbPoints}, {located.get(), nbPoints}, {order.get(), nbPoints});
+        for (std::size_t i = 0; i < nbPoints; ++i)
+        {
+            const TargetPoint& point = points.get()[i];
+            if (located.get()[i].isSingular)
+            {
+                locator.search(point.position, point.matlState); // ends the process
+            }
+            int farOutside = 0;
+            interpolateLocatedPoint(pointKind, point, located.get()[i], farOutside);
+            if (itsErrorCode != success || (farOutside != 0 && !countFarPoint(pointKind, run, point.index)) ||
+                !reportProgress(run, progress))
+            {
+                return false;
+            }
+        }
+        nbPoints = 0;
         return true;
-    }
-    for (int node = 0; node < itsTargetMesh.itsNbNodes; ++node)
-    {
-        if (itsTargetMeshMappingAtNode[node] != 1)
+    };
+    const bool isComplete = forEachPoint(
+        [&](const TargetPoint& point)
         {
-            continue;
-        }
-        int farOutside = 0;
-        interpolationAtPoint(atNodes, node, itsTargetMesh.nodePosition(node),
-                             itsTargetMesh.itsMatlStateClasses[itsTargetMeshMatlIdPerNode[node]],
-                             itsTargetMeshMatlStatePerNode[node], farOutside);
-        if (itsErrorCode != success || (farOutside != 0 && !markFarNode(run, node)) || !reportProgress(run, progress))
-        {
-            return false;
-        }
-    }
-    return true;
+            points.get()[nbPoints++] = point;
+            return nbPoints < static_cast<std::size_t>(capacity) || finishBatch();
+        });
+    return isComplete && finishBatch();
 }
 
-bool MappingClass::markFarNode(ComputationRun& run, int node)
+bool MappingClass::interpolateAtNodes(ComputationRun& run, ProgressCounter& progress)
+{
+    const auto forEachNode = [this](auto visit)
+    {
+        for (int node = 0; node < itsTargetMesh.itsNbNodes; ++node)
+        {
+            if (itsTargetMeshMappingAtNode[node] == 1 &&
+                !visit(
+                    TargetPoint{.index = node,
+                                .position = itsTargetMesh.nodePosition(node),
+                                .matlStateClass = itsTargetMesh.itsMatlStateClasses[itsTargetMeshMatlIdPerNode[node]],
+                                .matlState = itsTargetMeshMatlStatePerNode[node]}))
+            {
+                return false;
+            }
+        }
+        return true;
+    };
+    return itsInterpoAtNodes == 0 || interpolateAt(atNodes, run, progress, forEachNode);
+}
+
+/// Gauss points are numbered over all target elements, whether they are selected or not.
+bool MappingClass::interpolateAtGaussPoints(ComputationRun& run, ProgressCounter& progress)
+{
+    const auto forEachGaussPoint = [this](auto visit)
+    {
+        std::int64_t firstGaussPoint = 0;
+        for (int elt = 0; elt < itsTargetMesh.itsNbElts; ++elt)
+        {
+            const int nbGaussPoints = itsTargetMesh.nbGaussPointsOfElt(elt);
+            const bool isSelected = isTargetEltSelected(elt);
+            for (int i = 0; isSelected && i < nbGaussPoints; ++i)
+            {
+                if (!visit(TargetPoint{.index = firstGaussPoint + i,
+                                       .position = itsTargetMesh.gaussPointPosition(elt, i),
+                                       .matlStateClass = itsTargetMesh.matlStateClassOfItem(elt),
+                                       .matlState = itsTargetMesh.matlStateOfItem(elt)}))
+                {
+                    return false;
+                }
+            }
+            firstGaussPoint += nbGaussPoints;
+        }
+        return true;
+    };
+    return itsInterpoAtGPs == 0 || interpolateAt(atGaussPoints, run, progress, forEachGaussPoint);
+}
+
+bool MappingClass::countFarPoint(Location pointKind, ComputationRun& run, std::int64_t index)
+{
+    if (pointKind == atGaussPoints)
+    {
+        ++itsNbTargetGPsFarOutside;
+        return true;
+    }
+    return markFarNode(run, index);
+}
+
+bool MappingClass::markFarNode(ComputationRun& run, std::int64_t node)
 {
     ++itsNbTargetNodesFarOutside;
     if (!itsTargetNodesFarOutside)
@@ -206,45 +301,11 @@ void MappingClass::fillNodeFields(int node, float (*valueFor)(const FieldClass&)
     }
 }
 
-bool MappingClass::interpolateAtGaussPoints(ComputationRun& run, ProgressCounter& progress)
-{
-    if (itsInterpoAtGPs == 0)
-    {
-        return true;
-    }
-    std::int64_t firstGaussPoint = 0;
-    for (int elt = 0; elt < itsTargetMesh.itsNbElts; ++elt)
-    {
-        const int nbGaussPoints = itsTargetMesh.nbGaussPointsOfElt(elt);
-        if (isTargetEltSelected(elt))
-        {
-            for (int i = 0; i < nbGaussPoints; ++i)
-            {
-                int farOutside = 0;
-                interpolationAtPoint(atGaussPoints, firstGaussPoint + i, itsTargetMesh.gaussPointPosition(elt, i),
-                                     itsTargetMesh.matlStateClassOfItem(elt), itsTargetMesh.matlStateOfItem(elt),
-                                     farOutside);
-                if (itsErrorCode != success)
-                {
-                    return false;
-                }
-                itsNbTargetGPsFarOutside += farOutside;
-                if (!reportProgress(run, progress))
-                {
-                    return false;
-                }
-            }
-        }
-        firstGaussPoint += nbGaussPoints;
-    }
-    return true;
-}
-
 /// Gauss points are numbered here over the selected elements alone, unlike everywhere else: with unselected elements
 /// among them the default lands on the first Gauss points of the field. Hosts rely on it as it is.
 void MappingClass::fillTargetsWithDefault()
 {
-    const std::int64_t nbSelectedGaussPoints = countTargetGaussPoints();
+    const std::int64_t nbSelectedGaussPoints = itsInterpoAtGPs != 0 ? countTargetGaussPoints() : 0;
     for (FieldClass& field : itsTargetFields.fields())
     {
         if (field.itsLocation == atNodes && itsInterpoAtNodes != 0 && itsTargetMeshMappingAtNode)
@@ -257,7 +318,7 @@ void MappingClass::fillTargetsWithDefault()
                 }
             }
         }
-        else if (field.itsLocation == atGaussPoints && itsInterpoAtGPs != 0)
+        else if (field.itsLocation == atGaussPoints)
         {
             for (std::int64_t gaussPoint = 0; gaussPoint < nbSelectedGaussPoints; ++gaussPoint)
             {

@@ -20,7 +20,7 @@ void MappingClass::nodToNodCorrespondence()
         return;
     }
     ComputationRun run(texts);
-    if (!reportStage(run, "Pretreatment", 0) || !createElementBoxes(run) || !assignStatesPerNode(run))
+    if (!reportStart(run) || !createElementBoxes(run) || !assignStatesPerNode(run))
     {
         return;
     }
@@ -60,24 +60,32 @@ void MappingClass::nodToNodCorrespondence()
     reportTermination(run);
 }
 
+/// Gives the nodes of both meshes the state of their material, and surveys the target.
 bool MappingClass::assignStatesPerNode(ComputationRun& run)
 {
     if (!allocatePerNode(itsRefMeshMatlStatePerNode, itsRefMesh, "itsRefMeshMatlStatePerNode", run))
     {
         return false;
     }
-    assignMaterials(itsRefMesh, itsRefMeshMatlStatePerNode.get(), [](int, int) {});
+    std::fill_n(itsRefMeshMatlStatePerNode.get(), itsRefMesh.itsNbNodes, -1);
+    for (int elt = 0; elt < itsRefMesh.itsNbElts; ++elt)
+    {
+        assignMaterials(itsRefMesh, elt, itsRefMeshMatlStatePerNode.get(), [](int) {});
+    }
     if (!allocatePerNode(itsTargetMeshMatlStatePerNode, itsTargetMesh, "itsTargetMeshMatlStatePerNode", run) ||
         !allocatePerNode(itsTargetMeshMappingAtNode, itsTargetMesh, "itsTargetMeshMappingAtNode", run))
     {
         return false;
     }
+    std::fill_n(itsTargetMeshMatlStatePerNode.get(), itsTargetMesh.itsNbNodes, -1);
     std::fill_n(itsTargetMeshMappingAtNode.get(), itsTargetMesh.itsNbNodes, 0);
-    assignMaterials(itsTargetMesh, itsTargetMeshMatlStatePerNode.get(),
-                    [this](int node, int elt) {
-                        itsTargetMeshMappingAtNode[node] =
-                            itsTargetMatlMappingFlags[itsTargetMesh.itsMatlIdPerItem[elt]];
-                    });
+    surveyTarget(
+        [this](int elt)
+        {
+            const int mappingFlag = itsTargetMatlMappingFlags[itsTargetMesh.itsMatlIdPerItem[elt]];
+            assignMaterials(itsTargetMesh, elt, itsTargetMeshMatlStatePerNode.get(),
+                            [&](int node) { itsTargetMeshMappingAtNode[node] = mappingFlag; });
+        });
     return true;
 }
 

@@ -6,42 +6,28 @@
 namespace
 {
 constexpr const char* pointFunctionName = "MappingClass::interpolationAtPoint()";
-
-bool boxContains(const float* box, const Vector3& point)
-{
-    return box[0] <= point[0] && point[0] <= box[3] && box[1] <= point[1] && point[1] <= box[4] && box[2] <= point[2] &&
-           point[2] <= box[5];
 }
-} // namespace
 
-void MappingClass::countInversion(const Inversion& inversion)
+PointLocator MappingClass::pointLocator() const
 {
-    itsMeanIterations += static_cast<float>(inversion.nbIterations);
+    return {itsRefMesh, itsRefMeshBoxPerElt, itsBucketSpace, itsRefCoordTolerance};
+}
+
+/// Counts an accepted inversion. The sum is a single-precision one, in the order of the points.
+void MappingClass::countInversion(const LocatedPoint& located)
+{
+    itsMeanIterations += static_cast<float>(located.nbIterations);
     ++itsNbInterpolatedPoints;
 }
 
 LocatedPoint MappingClass::searchBucket(const Vector3& point, int matlState)
 {
-    const std::int64_t bucket = itsBucketSpace.bucketOfPoint(point);
-    if (bucket < 0 || itsBucketSpace.state(bucket) != filledDirectly)
+    const LocatedPoint located = pointLocator().search(point, matlState);
+    if (located.elt != -1)
     {
-        return {};
+        countInversion(located);
     }
-    for (const int elt : itsBucketSpace.items(bucket))
-    {
-        const float* box = boxValues(itsRefMeshBoxPerElt, elt);
-        if (itsRefMesh.matlStateOfItem(elt) != matlState || !boxContains(box, point))
-        {
-            continue;
-        }
-        const Inversion inversion = itsRefMesh.referenceCoordinates(elt, box, point, itsRefCoordTolerance);
-        if (inversion.result == Inversion::inside)
-        {
-            countInversion(inversion);
-            return {.elt = elt, .referenceCoords = inversion.referenceCoords};
-        }
-    }
-    return {};
+    return located;
 }
 
 char* MappingClass::createBaryPerRefElt()
@@ -90,17 +76,17 @@ char* MappingClass::createBaryPerRefElt()
 
 /// The element of the point's bucket, whatever the bucket's state, whose centre is nearest; of equally near ones the
 /// last. No element if the inversion there does not converge.
-LocatedPoint MappingClass::nearestElement(const Vector3& point, int matlState)
+LocatedPoint MappingClass::nearestElement(const TargetPoint& point)
 {
     int nearest = -1;
     float nearestDistance = 0.0F;
-    for (const int elt : itsBucketSpace.items(itsBucketSpace.bucketOfPoint(point)))
+    for (const int elt : itsBucketSpace.items(itsBucketSpace.bucketOfPoint(point.position)))
     {
-        if (itsRefMesh.matlStateOfItem(elt) != matlState)
+        if (itsRefMesh.matlStateOfItem(elt) != point.matlState)
         {
             continue;
         }
-        const float distance = squaredDistance(point, itsRefMeshBaryPerElt[elt]);
+        const float distance = squaredDistance(point.position, itsRefMeshBaryPerElt[elt]);
         if (nearest == -1 || nearestDistance >= distance)
         {
             nearest = elt;
@@ -111,41 +97,50 @@ LocatedPoint MappingClass::nearestElement(const Vector3& point, int matlState)
     {
         return {};
     }
-    const Inversion inversion =
-        itsRefMesh.referenceCoordinates(nearest, boxValues(itsRefMeshBoxPerElt, nearest), point, itsRefCoordTolerance);
+    const Inversion inversion = itsRefMesh.referenceCoordinates(nearest, boxValues(itsRefMeshBoxPerElt, nearest),
+                                                                point.position, itsRefCoordTolerance);
     if (inversion.result == Inversion::notConverged)
     {
         return {};
     }
-    countInversion(inversion);
-    return {.elt = nearest, .referenceCoords = inversion.referenceCoords, .isNearMiss = true};
+    return {.elt = nearest,
+            .referenceCoords = inversion.referenceCoords,
+            .nbIterations = inversion.nbIterations,
+            .isNearMiss = true};
 }
 
 void MappingClass::interpolationAtPoint(Location pointKind, std::int64_t pointIndex, const Vector3& point,
                                         int matlStateClass, int matlState, int& farOutside)
 {
+    const TargetPoint targetPoint{
+        .index = pointIndex, .position = point, .matlStateClass = matlStateClass, .matlState = matlState};
+    interpolateLocatedPoint(pointKind, targetPoint, pointLocator().search(point, matlState), farOutside);
+}
+
+/// What follows the search for a point: the fallback, the count, the values.
+void MappingClass::interpolateLocatedPoint(Location pointKind, const TargetPoint& point, LocatedPoint located,
+                                           int& farOutside)
+{
     farOutside = 0;
-    LocatedPoint located = searchBucket(point, matlState);
-    const bool isFound =
-        itsTargetMesh.itsKind == ModelKind::pointCloud
-            ? locateInCloud(located, farOutside)
-            : locateInMesh(located, pointKind, pointIndex, point, matlStateClass, matlState, farOutside);
+    const bool isFound = itsTargetMesh.itsKind == ModelKind::pointCloud
+                             ? locateInCloud(located, farOutside)
+                             : locateInMesh(located, pointKind, point, farOutside);
     if (!isFound)
     {
         return;
     }
+    countInversion(located);
     ShapeValues shape = shapeValuesAt(located);
     if (located.isNearMiss && !normaliseNearMiss(shape))
     {
         return;
     }
-    evaluateFields(pointKind, pointIndex, matlStateClass, itsRefMesh.itsConnectivity[located.elt], shape);
+    evaluateFields(pointKind, point.index, point.matlStateClass, itsRefMesh.itsConnectivity[located.elt], shape);
 }
 
 /// What follows the search for a point of a mesh: a point in no element goes to the nearest one of its bucket, or is
 /// outside. True if there is an element.
-bool MappingClass::locateInMesh(LocatedPoint& located, Location pointKind, std::int64_t pointIndex,
-                                const Vector3& point, int matlStateClass, int matlState, int& farOutside)
+bool MappingClass::locateInMesh(LocatedPoint& located, Location pointKind, const TargetPoint& point, int& farOutside)
 {
     if (located.elt != -1)
     {
@@ -160,7 +155,7 @@ bool MappingClass::locateInMesh(LocatedPoint& located, Location pointKind, std::
             return false;
         }
     }
-    located = nearestElement(point, matlState);
+    located = nearestElement(point);
     if (located.elt != -1)
     {
         return true;
@@ -175,7 +170,7 @@ bool MappingClass::locateInMesh(LocatedPoint& located, Location pointKind, std::
     if (pointKind == atGaussPoints)
     {
         // A node's number has no meaning in fields at Gauss points, and far nodes are filled later.
-        zeroGaussPoint(pointIndex, matlStateClass);
+        zeroGaussPoint(point.index, point.matlStateClass);
     }
     farOutside = 1;
     return false;

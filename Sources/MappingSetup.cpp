@@ -25,10 +25,16 @@ void MappingClass::fail(MessageBuffer& buffer, const char* text)
     adoptErrorText(buffer.release(), failure);
 }
 
+/// Sets the title of a run and enters its first stage; false if the host cancels.
+bool MappingClass::reportStart(ComputationRun& run)
+{
+    copyText(itsTitle, run.texts.title);
+    return reportStage(run, "Pretreatment", 0);
+}
+
 /// Enters a stage of a run; false if the host cancels.
 bool MappingClass::reportStage(ComputationRun& run, const char* stage, int progress)
 {
-    copyText(itsTitle, run.texts.title);
     copyText(itsStage, stage);
     itsProgress = progress;
     return callBack(run);
@@ -72,23 +78,21 @@ bool MappingClass::callBack(ComputationRun& run)
     return false;
 }
 
-/// Makes the inflated boxes of the source elements, and of the target elements if the target is a mesh.
+/// Makes the inflated boxes of the source elements, and room for those of the target elements if the target is a mesh.
 bool MappingClass::createElementBoxes(ComputationRun& run)
 {
     if (!allocateBoxes(itsRefMeshBoxPerElt, itsRefMesh, "itsRefMeshBoxPerElt", run))
     {
         return false;
     }
-    computeBoxes(itsRefMeshBoxPerElt, itsRefMesh);
-    if (itsTargetMesh.itsKind == ModelKind::mesh)
+    for (int elt = 0; elt < itsRefMesh.itsNbElts; ++elt)
     {
-        if (!allocateBoxes(itsTargetMeshBoxPerElt, itsTargetMesh, "itsTargetMeshBoxPerElt", run))
-        {
-            return false;
-        }
-        computeBoxes(itsTargetMeshBoxPerElt, itsTargetMesh);
+        const Box box = boxOfNodes(itsRefMesh, elt);
+        itsSurveyedBoxes.add(itsSurveyedBoxes.source, box);
+        storeBox(itsRefMeshBoxPerElt, elt, inflated(box));
     }
-    return true;
+    return itsTargetMesh.itsKind != ModelKind::mesh ||
+           allocateBoxes(itsTargetMeshBoxPerElt, itsTargetMesh, "itsTargetMeshBoxPerElt", run);
 }
 
 // The texts of failed allocations name interpolation() in every computation; hosts know them so.
@@ -108,18 +112,13 @@ bool MappingClass::allocateBoxes(BoxTable& boxes, const ModelClass& model, const
     return false;
 }
 
-void MappingClass::computeBoxes(const BoxTable& boxes, const ModelClass& model) const
+/// A box moved outward on all sides by the same margin, a fraction of its largest extent.
+Box MappingClass::inflated(Box box) const
 {
-    for (int elt = 0; elt < model.itsNbElts; ++elt)
-    {
-        Box box = boxOfNodes(model, elt);
-        const Vector3 extents = box.extents();
-        const float margin = itsBoxMarginRatio * std::max({extents[0], extents[1], extents[2]});
-        box.inflate({margin, margin, margin});
-        float* values = boxValues(boxes, elt);
-        std::copy(box.low.begin(), box.low.end(), values);
-        std::copy(box.high.begin(), box.high.end(), values + 3);
-    }
+    const Vector3 extents = box.extents();
+    const float margin = itsBoxMarginRatio * std::max({extents[0], extents[1], extents[2]});
+    box.inflate({margin, margin, margin});
+    return box;
 }
 
 bool MappingClass::allocatePerNode(OwnedArray<int>& table, const ModelClass& model, const char* tableName,
@@ -151,9 +150,9 @@ float MappingClass::meanRefBoxSize() const
 
 bool MappingClass::buildBucketSpace(BucketSpaceClass::Mode mode, float initialBucketSize)
 {
-    char* errorText =
-        itsBucketSpace.build(mode, itsTargetMesh, itsRefMesh, itsRefMeshBoxPerElt, itsTargetMeshBoxPerElt,
-                             itsTargetMatlMappingFlags, initialBucketSize, itsBoxMarginRatio, itsBucketFactor);
+    char* errorText = itsBucketSpace.build(mode, itsTargetMesh, itsRefMesh, itsRefMeshBoxPerElt, itsTargetMeshBoxPerElt,
+                                           itsTargetMatlMappingFlags, initialBucketSize, itsBoxMarginRatio,
+                                           itsBucketFactor, &itsSurveyedBoxes);
     if (errorText == nullptr)
     {
         return true;

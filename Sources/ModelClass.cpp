@@ -106,5 +106,13 @@ Inversion ModelClass::referenceCoordinates(int elt, const float* box, const Vect
     {
         FEUtilities::shapeFunctions(itsEltTypes[elt], inversion.referenceCoords, nullptr); // ends the process
     }
+    if (inversion.result == Inversion::singular)
+    {
+        endOnSingularJacobian();
+    }
+    if (inversion.result == Inversion::singular)
+    {
+        endOnSingularJacobian();
+    }
     return inversion;
 }

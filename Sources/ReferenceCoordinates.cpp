@@ -4,8 +4,9 @@
 
 #include <cstdlib>
 
-void endOnSingularJacobian(const float (&jacobian)[3][3])
+void endOnSingularJacobian()
 {
+    constexpr float jacobian[3][3]{};
     float adjugate[3][3];
     char* text = invMatrix33(jacobian, adjugate);
     printMessage("%s", text);

@@ -16,6 +16,7 @@ struct Inversion
 {
     enum Result
     {
+        singular = -2,     ///< a Jacobian with a determinant of exactly 0, on which the process is to end
         notConverged = -1, ///< or no element at all
         outside = 0,
         inside = 1
@@ -75,14 +76,14 @@ void jacobianMatrix(const ElementNodes<Kind>& nodes, const Vector3& referenceCoo
     }
 }
 
-/// Prints the text of the failed inversion and ends the process.
-[[noreturn]] void endOnSingularJacobian(const float (&jacobian)[3][3]);
+/// Prints the text of a failed matrix inversion and ends the process.
+[[noreturn]] void endOnSingularJacobian();
 
 /// Searches the reference coordinates of `point` in an element.
 ///
 /// `box` is the element's inflated box, minimum then maximum; the search has converged when the squared distance to the
 /// point is at most (precisionFactor * smallest box extent)^2. A converged point is inside if it lies in the reference
-/// domain widened by 2 * precisionFactor. A Jacobian with a determinant of exactly 0 ends the process.
+/// domain widened by 2 * precisionFactor.
 template <class Kind>
 Inversion invertPoint(const ElementNodes<Kind>& nodes, const float* box, const Vector3& point, float precisionFactor)
 {
@@ -103,7 +104,8 @@ Inversion invertPoint(const ElementNodes<Kind>& nodes, const float* box, const V
         jacobianMatrix<Kind>(nodes, xi, jacobian);
         if (!invertMatrix33(jacobian, inverse))
         {
-            endOnSingularJacobian(jacobian);
+            inversion.result = Inversion::singular;
+            return inversion;
         }
         const Vector3 residual{point[0] - position[0], point[1] - position[1], point[2] - position[2]};
         const Vector3 step = matrixTimesVector(inverse, residual);

@@ -12,7 +12,7 @@
 
 /// Nodes and Gauss points per type code, 0 to 14.
 inline constexpr std::array<int, 15> nodesOfType{0, 8, 4, 6, 8, 6, 4, 3, 4, 2, 10, 12, 5, 4, 3};
-inline constexpr std::array<int, 15> gaussPointsOfType{0, 8, 1, 6, 8, 6, 4, 3, 2, 2, 5, 8, 8, 0, 0};
+inline constexpr std::array<int, 15> gaussPointsOfType{0, 8, 1, 6, 8, 6, 4, 3, 4, 2, 5, 8, 8, 0, 0};
 
 struct FuzzedMesh
 {

@@ -1,0 +1,307 @@
+#include "PointLocator.h"
+
+#include "BoxTest.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+
+namespace
+{
+/// Points that travel through the stages of locate() together: enough to hide the way to memory, few enough that what
+/// was fetched for them is still there when it is needed.
+constexpr std::size_t groupSize = 16;
+
+/// Candidates that a point's box tests keep at a time; more are tested when these have been refused.
+constexpr int maxNbCandidates = 24;
+
+// An entry of the order in which a batch is visited: a point's bucket, and its position in the batch. Sorted, the
+// entries go through the grid; a point outside, in bucket -1, comes first.
+constexpr int positionBits = 13;
+static_assert(PointLocator::batchCapacity == 1 << positionBits);
+
+PointLocator::BatchOrder entryOf(std::int64_t bucket, std::size_t position)
+{
+    return static_cast<PointLocator::BatchOrder>(bucket + 1) << positionBits | position;
+}
+
+std::int64_t bucketOf(PointLocator::BatchOrder entry)
+{
+    return static_cast<std::int64_t>(entry >> positionBits) - 1;
+}
+
+std::size_t positionOf(PointLocator::BatchOrder entry)
+{
+    return entry & (PointLocator::batchCapacity - 1);
+}
+
+void prefetch(const void* address)
+{
+    __builtin_prefetch(address);
+}
+
+/// All cache lines of a stretch of memory.
+void prefetchRange(const void* begin, const void* end)
+{
+    constexpr std::ptrdiff_t cacheLine = 64;
+    for (const auto* line = static_cast<const char*>(begin); line < static_cast<const char*>(end); line += cacheLine)
+    {
+        prefetch(line);
+    }
+}
+
+float largestMagnitude(const ModelClass& mesh)
+{
+    float largest = 0.0F;
+    for (int node = 0; node < mesh.itsNbNodes; ++node)
+    {
+        for (const float coordinate : mesh.itsNodeCoords[node])
+        {
+            largest = std::max(largest, std::fabs(coordinate));
+        }
+    }
+    return largest;
+}
+} // namespace
+
+struct PointLocator::InFlight
+{
+    std::size_t position = 0; ///< of the point in the batch
+    Vector3 point{};
+    int matlState = 0;
+    std::span<const int> items; ///< elements of the bucket that have not been tested yet
+    int nbCandidates = 0;
+    std::array<int, maxNbCandidates> candidates;
+};
+
+PointLocator::PointLocator(const ModelClass& sourceModel, const BoxTable& boxes, const BucketSpaceClass& space,
+                           float precisionFactor)
+    : itsMesh(sourceModel), itsBoxes(boxes), itsSpace(space), itsPrecisionFactor(precisionFactor),
+      itsHasOneMatlState(std::all_of(sourceModel.itsMatlStates, sourceModel.itsMatlStates + sourceModel.itsNbMatls,
+                                     [&](int state) { return state == sourceModel.itsMatlStates[0]; })),
+      itsTetrahedronRefusal(precisionFactor, largestMagnitude(sourceModel))
+{
+}
+
+LocatedPoint PointLocator::search(const Vector3& point, int matlState) const
+{
+    for (const int elt : itsSpace.itemsForSearch(itsSpace.bucketOfPoint(point)))
+    {
+        const float* box = boxValues(itsBoxes, elt);
+        if (itsMesh.matlStateOfItem(elt) != matlState || !boxContains(box, point))
+        {
+            continue;
+        }
+        const Inversion inversion = itsMesh.referenceCoordinates(elt, box, point, itsPrecisionFactor);
+        if (inversion.result == Inversion::inside)
+        {
+            return {.elt = elt, .referenceCoords = inversion.referenceCoords, .nbIterations = inversion.nbIterations};
+        }
+    }
+    return {};
+}
+
+void PointLocator::locate(std::span<const TargetPoint> points, std::span<LocatedPoint> located,
+                          std::span<BatchOrder> order) const
+{
+    for (std::size_t i = 0; i < points.size(); ++i)
+    {
+        order[i] = entryOf(itsSpace.bucketOfPoint(points[i].position), i);
+    }
+    const bool isJumping = isOrderJumping(order);
+    if (isJumping)
+    {
+        std::sort(order.begin(), order.end());
+    }
+    for (std::size_t first = 0; first < points.size(); first += groupSize)
+    {
+        const auto group = order.subspan(first, std::min(groupSize, points.size() - first));
+        if (isJumping)
+        {
+            locateGroup<true>(points, located, group);
+        }
+        else
+        {
+            locateGroup<false>(points, located, group);
+        }
+    }
+}
+
+/// Whether points in a row often lie far from each other, so that the memory of one is of no use to the next.
+bool PointLocator::isOrderJumping(std::span<const BatchOrder> order) const
+{
+    constexpr std::int64_t cachedBuckets = 4096;
+    const std::int64_t farApart = itsSpace.nbBuckets() / 16;
+    std::size_t nbJumps = 0;
+    for (std::size_t i = 1; i < order.size(); ++i)
+    {
+        nbJumps += std::abs(bucketOf(order[i]) - bucketOf(order[i - 1])) > farApart ? 1 : 0;
+    }
+    return itsSpace.nbBuckets() > cachedBuckets && nbJumps > order.size() / 4;
+}
+
+template <bool prefetching>
+void PointLocator::locateGroup(std::span<const TargetPoint> points, std::span<LocatedPoint> located,
+                               std::span<const BatchOrder> order) const
+{
+    std::array<InFlight, groupSize> flights;
+    const std::span group(flights.data(), order.size());
+    if constexpr (prefetching)
+    {
+        for (const BatchOrder entry : order)
+        {
+            itsSpace.prefetchBucket(bucketOf(entry));
+        }
+    }
+    for (std::size_t i = 0; i < order.size(); ++i)
+    {
+        InFlight& flight = group[i];
+        flight.position = positionOf(order[i]);
+        flight.point = points[flight.position].position;
+        flight.matlState = points[flight.position].matlState;
+        flight.items = itsSpace.itemsForSearch(bucketOf(order[i]));
+    }
+    if constexpr (prefetching)
+    {
+        prefetchLists(group);
+        prefetchBoxes(group);
+    }
+    for (InFlight& flight : group)
+    {
+        collectCandidates<prefetching>(flight);
+    }
+    if constexpr (prefetching)
+    {
+        prefetchNodes(group);
+    }
+    for (InFlight& flight : group)
+    {
+        located[flight.position] = firstAccepting(flight);
+    }
+}
+
+void PointLocator::prefetchLists(std::span<InFlight> group) const
+{
+    for (const InFlight& flight : group)
+    {
+        prefetchRange(flight.items.data(), flight.items.data() + flight.items.size());
+    }
+}
+
+void PointLocator::prefetchBoxes(std::span<InFlight> group) const
+{
+    for (const InFlight& flight : group)
+    {
+        for (const int elt : flight.items)
+        {
+            prefetch(boxValues(itsBoxes, elt));
+            prefetch(boxValues(itsBoxes, elt) + 5);
+            if (!itsHasOneMatlState)
+            {
+                prefetch(itsMesh.itsMatlIdPerItem + elt);
+            }
+        }
+    }
+}
+
+/// Takes elements from the point's list as long as there is room for candidates.
+template <bool prefetching> void PointLocator::collectCandidates(InFlight& flight) const
+{
+    const BoxTest isInBox(flight.point);
+    int nbCandidates = 0;
+    std::size_t nbTested = 0;
+    for (; nbTested < flight.items.size() && nbCandidates < maxNbCandidates; ++nbTested)
+    {
+        const int elt = flight.items[nbTested];
+        if (!itsHasOneMatlState && itsMesh.matlStateOfItem(elt) != flight.matlState)
+        {
+            continue;
+        }
+        // Written in any case, counted only if it is one: there is no branch to guess wrong.
+        flight.candidates[static_cast<std::size_t>(nbCandidates)] = elt;
+        nbCandidates += isInBox(boxValues(itsBoxes, elt)) ? 1 : 0;
+    }
+    flight.items = flight.items.subspan(nbTested);
+    flight.nbCandidates = nbCandidates;
+    if constexpr (prefetching)
+    {
+        for (int i = 0; i < nbCandidates; ++i)
+        {
+            prefetch(itsMesh.itsConnectivity + flight.candidates[static_cast<std::size_t>(i)]);
+            prefetch(itsMesh.itsEltTypes + flight.candidates[static_cast<std::size_t>(i)]);
+        }
+    }
+}
+
+/// In two steps, since a node's number must be there before its coordinates can be fetched.
+void PointLocator::prefetchNodes(std::span<InFlight> group) const
+{
+    const auto forEachCandidate = [&](auto visit)
+    {
+        for (const InFlight& flight : group)
+        {
+            for (int i = 0; i < flight.nbCandidates; ++i)
+            {
+                const int elt = flight.candidates[static_cast<std::size_t>(i)];
+                visit(itsMesh.itsConnectivity[elt], itsMesh.nbNodesOfElt(elt));
+            }
+        }
+    };
+    forEachCandidate([](const int* nodeNumbers, int nbNodes) { prefetchRange(nodeNumbers, nodeNumbers + nbNodes); });
+    forEachCandidate(
+        [this](const int* nodeNumbers, int nbNodes)
+        {
+            for (int i = 0; i < nbNodes; ++i)
+            {
+                prefetch(itsMesh.itsNodeCoords + nodeNumbers[i]);
+            }
+        });
+}
+
+LocatedPoint PointLocator::firstAccepting(InFlight& flight) const
+{
+    if (itsHasOneMatlState && flight.matlState != itsMesh.itsMatlStates[0])
+    {
+        return {};
+    }
+    while (flight.nbCandidates > 0)
+    {
+        for (int i = 0; i < flight.nbCandidates; ++i)
+        {
+            const int elt = flight.candidates[static_cast<std::size_t>(i)];
+            const Inversion inversion = invert(elt, flight.point);
+            if (inversion.result == Inversion::inside)
+            {
+                return {
+                    .elt = elt, .referenceCoords = inversion.referenceCoords, .nbIterations = inversion.nbIterations};
+            }
+            if (inversion.result == Inversion::singular)
+            {
+                return {.isSingular = true};
+            }
+        }
+        collectCandidates<false>(flight);
+    }
+    return {};
+}
+
+Inversion PointLocator::invert(int elt, const Vector3& point) const
+{
+    Inversion inversion;
+    visitElementKind(itsMesh.itsEltTypes[elt],
+                     [&]<class Kind>(Kind)
+                     {
+                         const float* box = boxValues(itsBoxes, elt);
+                         const auto nodes = gatherNodes<Kind>(itsMesh.itsConnectivity[elt], itsMesh.itsNodeCoords);
+                         if constexpr (std::is_same_v<Kind, LinearTetrahedron>)
+                         {
+                             if (itsTetrahedronRefusal.refuses(nodes, box, point))
+                             {
+                                 inversion.result = Inversion::outside;
+                                 return;
+                             }
+                         }
+                         inversion = invertPoint<Kind>(nodes, box, point, itsPrecisionFactor);
+                     });
+    return inversion;
+}
