@@ -1,0 +1,38 @@
+/// How the command ends.
+#ifndef VELTRANE_COMMAND_EXIT_STATUS_H
+#define VELTRANE_COMMAND_EXIT_STATUS_H
+
+namespace veltrane
+{
+
+/// Usage, data, input and output errors have the customary numbers of <sysexits.h>, a cancellation the shell's for the
+/// signal.
+enum class ExitStatus : int
+{
+    done = 0,
+    failed = 1,
+    targetOutside = 2,
+    propagationWarning = 3,
+    usage = 64,
+    badData = 65,
+    noInput = 66,
+    cannotCreate = 73,
+    cancelled = 130
+};
+
+/// For the help texts.
+inline constexpr const char* exitStatusHelp =
+    "Exit statuses:\n"
+    "    0  done\n"
+    "    1  failed\n"
+    "    2  parts of the target are outside the source (mode 0)\n"
+    "    3  done, but parts of the target could not be reached by propagation (mode 2) and hold 0\n"
+    "   64  wrong usage\n"
+    "   65  unsuitable data in a file\n"
+    "   66  an input file is missing or cannot be opened\n"
+    "   73  the output cannot be created\n"
+    "  130  cancelled\n";
+
+} // namespace veltrane
+
+#endif

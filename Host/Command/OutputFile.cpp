@@ -1,0 +1,133 @@
+#include "OutputFile.h"
+
+#include "FileDescriptor.h"
+#include "MeshFile.h"
+#include "Text.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <system_error>
+
+namespace veltrane
+{
+namespace
+{
+
+/// A file that is there from its construction to the end of its life, unless it is renamed.
+class TemporaryFile
+{
+public:
+    explicit TemporaryFile(const std::filesystem::path& path) : path_(path)
+    {
+        const FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+        if (!file.isValid())
+        {
+            throw CannotWrite(
+                text("cannot create a file in '", path.parent_path().string(), "': ", std::strerror(errno)));
+        }
+    }
+    ~TemporaryFile()
+    {
+        std::error_code ignored; // it has gone if it was renamed
+        std::filesystem::remove(path_, ignored);
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    void rename(const std::filesystem::path& path) const
+    {
+        std::error_code failure;
+        std::filesystem::rename(path_, path, failure);
+        if (failure)
+        {
+            throw CannotWrite(text("cannot create '", path.string(), "': ", failure.message()));
+        }
+    }
+
+private:
+    std::filesystem::path path_;
+};
+
+std::filesystem::file_type typeOf(const std::filesystem::path& path)
+{
+    std::error_code ignored; // the type says enough
+    return std::filesystem::status(path, ignored).type();
+}
+
+/// Checks what stands where the output is to be.
+void checkExisting(const std::filesystem::path& path, std::span<const std::filesystem::path> inputs)
+{
+    switch (typeOf(path))
+    {
+    case std::filesystem::file_type::not_found:
+        if (std::filesystem::is_symlink(path))
+        {
+            throw CannotWrite(text("the output '", path.string(), "' is a link that leads nowhere"));
+        }
+        return;
+    case std::filesystem::file_type::directory:
+        throw CannotWrite(text("the output '", path.string(), "' is a directory"));
+    case std::filesystem::file_type::regular: break;
+    default: throw CannotWrite(text("the output '", path.string(), "' exists and is not a regular file"));
+    }
+    for (const std::filesystem::path& input : inputs)
+    {
+        std::error_code ignored; // an input that is not there is reported when it is read
+        if (std::filesystem::equivalent(path, input, ignored))
+        {
+            throw CannotWrite(text("the output '", path.string(), "' is the input '", input.string(), "' itself"));
+        }
+    }
+    if (::access(path.c_str(), W_OK) != 0)
+    {
+        throw CannotWrite(text("cannot replace the output '", path.string(), "': ", std::strerror(errno)));
+    }
+}
+
+} // namespace
+
+OutputFile::OutputFile(const std::filesystem::path& path, std::span<const std::filesystem::path> inputs)
+    : givenPath_(path)
+{
+    const std::filesystem::path directory = path.has_parent_path() ? path.parent_path() : ".";
+    if (typeOf(directory) != std::filesystem::file_type::directory)
+    {
+        throw CannotWrite(text("there is no directory '", directory.string(), "' for the output"));
+    }
+    checkExisting(path, inputs);
+    try
+    {
+        path_ = std::filesystem::weakly_canonical(std::filesystem::absolute(path));
+    }
+    catch (const std::filesystem::filesystem_error& error)
+    {
+        throw CannotWrite(text("cannot create '", path.string(), "': ", error.code().message()));
+    }
+    temporaryPath_ = path_.parent_path() / text(".", path_.filename().string(), ".", ::getpid(), ".part");
+    const TemporaryFile trial(temporaryPath_);
+}
+
+void OutputFile::write(const std::function<void(const std::filesystem::path&)>& writer) const
+{
+    const TemporaryFile file(temporaryPath_);
+    std::error_code ignored; // a new output has no permissions to take over
+    const std::filesystem::file_status replaced = std::filesystem::status(path_, ignored);
+    try
+    {
+        writer(temporaryPath_);
+    }
+    catch (const CannotWrite& reason)
+    {
+        throw CannotWrite(text("cannot write '", givenPath_.string(), "': ", reason.what()));
+    }
+    if (std::filesystem::exists(replaced))
+    {
+        std::filesystem::permissions(temporaryPath_, replaced.permissions(), ignored);
+    }
+    file.rename(path_);
+}
+
+} // namespace veltrane

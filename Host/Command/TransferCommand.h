@@ -1,0 +1,45 @@
+/// veltrane transfer
+#ifndef VELTRANE_COMMAND_TRANSFER_COMMAND_H
+#define VELTRANE_COMMAND_TRANSFER_COMMAND_H
+
+#include "ExitStatus.h"
+
+#include <CLI/CLI.hpp>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace veltrane
+{
+
+/// Transfers point data from one mesh file to another.
+class TransferCommand
+{
+public:
+    /// Adds the subcommand.
+    explicit TransferCommand(CLI::App& app);
+    TransferCommand(const TransferCommand&) = delete;
+    TransferCommand& operator=(const TransferCommand&) = delete;
+
+    bool isChosen() const { return command_->parsed(); }
+
+    /// Throws what the host side throws.
+    ExitStatus run() const;
+
+private:
+    CLI::App* command_;
+    std::string source_;
+    std::string target_;
+    std::string output_;
+    std::string mode_ = "0";
+    std::vector<std::string> fields_;
+    std::optional<float> defaultValue_;
+    std::optional<float> tolerance_;
+    bool replace_ = false;
+    bool quiet_ = false;
+};
+
+} // namespace veltrane
+
+#endif

@@ -1,0 +1,96 @@
+// The command veltrane.
+#include "ExitStatus.h"
+#include "Interruption.h"
+#include "MeshFile.h"
+#include "Text.h"
+#include "TransferCommand.h"
+#include "VersionText.h"
+
+#include <CLI/CLI.hpp>
+
+#include <iostream>
+#include <new>
+
+namespace
+{
+
+using veltrane::ExitStatus;
+
+ExitStatus fail(const std::exception& error, ExitStatus status)
+{
+    std::cerr << "veltrane: " << error.what() << '\n';
+    return status;
+}
+
+/// Runs a subcommand; turns what it throws into a message and a status.
+template <typename Command> ExitStatus run(const Command& command)
+{
+    try
+    {
+        return command.run();
+    }
+    catch (const veltrane::InvalidOption& error)
+    {
+        return fail(error, ExitStatus::usage);
+    }
+    catch (const veltrane::NoInput& error)
+    {
+        return fail(error, ExitStatus::noInput);
+    }
+    catch (const veltrane::BadFile& error)
+    {
+        return fail(error, ExitStatus::badData);
+    }
+    catch (const veltrane::InvalidData& error)
+    {
+        return fail(error, ExitStatus::badData);
+    }
+    catch (const veltrane::CannotWrite& error)
+    {
+        return fail(error, ExitStatus::cannotCreate);
+    }
+    catch (const veltrane::TargetOutside& error)
+    {
+        return fail(error, ExitStatus::targetOutside);
+    }
+    catch (const veltrane::Cancelled&)
+    {
+        std::cerr << "veltrane: cancelled\n";
+        return ExitStatus::cancelled;
+    }
+    catch (const std::bad_alloc&)
+    {
+        std::cerr << "veltrane: there is not enough memory\n";
+        return ExitStatus::failed;
+    }
+    catch (const std::exception& error)
+    {
+        return fail(error, ExitStatus::failed);
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    veltrane::catchInterruptions();
+    CLI::App app("Transfers results between finite-element meshes.", "veltrane");
+    app.require_subcommand(1);
+    app.set_version_flag("--version", veltrane::versionText, "Print the versions of the command and of the library");
+    app.footer(veltrane::text("Example:\n  veltrane transfer thermal.vtu structure.vtu -o loaded.vtu\n\n",
+                              veltrane::exitStatusHelp));
+    app.failure_message([](const CLI::App*, const CLI::Error& error)
+                        { return veltrane::text("veltrane: ", error.what(), " (see --help)\n"); });
+    const veltrane::TransferCommand transfer(app);
+
+    try
+    {
+        app.parse(argc, argv);
+    }
+    catch (const CLI::ParseError& error)
+    {
+        const int code = app.exit(error);
+        return code == 0 ? 0 : static_cast<int>(ExitStatus::usage);
+    }
+    return static_cast<int>(run(transfer));
+}

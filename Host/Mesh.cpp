@@ -1,0 +1,223 @@
+#include "Mesh.h"
+
+#include "Errors.h"
+#include "Text.h"
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <string_view>
+#include <utility>
+
+namespace veltrane
+{
+namespace
+{
+
+constexpr int notAssigned = -1;
+
+/// The library counts in int.
+void checkCount(std::size_t count, std::string_view what)
+{
+    if (count > static_cast<std::size_t>(INT_MAX))
+    {
+        throw InvalidData(text("there are ", count, " ", what, "s, more than the ", INT_MAX, " that can be counted"));
+    }
+}
+
+void checkCoordinates(const std::vector<float>& coordinates, std::string_view what)
+{
+    if (coordinates.size() % 3 != 0)
+    {
+        throw InvalidData(text(coordinates.size(), " coordinates do not make whole ", what, "s of three"));
+    }
+    checkCount(coordinates.size() / 3, what);
+    for (std::size_t i = 0; i < coordinates.size(); ++i)
+    {
+        if (!std::isfinite(coordinates[i]))
+        {
+            throw InvalidData(text("coordinate ", "xyz"[i % 3], " of ", what, " ", i / 3,
+                                   " is not a finite single-precision number"));
+        }
+    }
+}
+
+void checkStateCode(const Material& material)
+{
+    if (material.stateCode == notAssigned)
+    {
+        throw InvalidData(text("material ", material.name, " has the state code -1, which stands for no material"));
+    }
+}
+
+void checkMaterials(const std::vector<Material>& materials, const std::vector<int>& materialPerItem,
+                    std::size_t itemCount, std::string_view what)
+{
+    if (materials.empty())
+    {
+        throw InvalidData("there is no material");
+    }
+    checkCount(materials.size(), "material");
+    std::ranges::for_each(materials, checkStateCode);
+    if (materialPerItem.size() != itemCount)
+    {
+        throw InvalidData(
+            text("there are ", itemCount, " ", what, "s, but ", materialPerItem.size(), " material numbers for them"));
+    }
+    for (std::size_t item = 0; item < itemCount; ++item)
+    {
+        const int material = materialPerItem[item];
+        if (material < 0 || static_cast<std::size_t>(material) >= materials.size())
+        {
+            throw InvalidData(text(what, " ", item, " has material number ", material, ", but there are ",
+                                   materials.size(), " materials, counted from 0"));
+        }
+    }
+}
+
+/// Checks that the offsets cut the connectivity into as many nodes per element as its kind has.
+void checkElements(const MeshData& data)
+{
+    const std::size_t elementCount = data.kinds.size();
+    if (elementCount == 0)
+    {
+        throw InvalidData("there is no element");
+    }
+    checkCount(elementCount, "element");
+    if (data.offsets.size() != elementCount + 1)
+    {
+        throw InvalidData(text("there are ", elementCount, " elements, but ", data.offsets.size(),
+                               " offsets instead of one more than elements"));
+    }
+    if (data.offsets.front() != 0)
+    {
+        throw InvalidData(text("the offsets begin with ", data.offsets.front(), " instead of 0"));
+    }
+    for (std::size_t element = 0; element < elementCount; ++element)
+    {
+        const ElementKindInfo* kind = findElementKind(data.kinds[element]);
+        if (kind == nullptr)
+        {
+            throw InvalidData(
+                text("element ", element, " has the unknown type code ", static_cast<int>(data.kinds[element])));
+        }
+        const std::size_t begin = data.offsets[element];
+        const std::size_t end = data.offsets[element + 1];
+        if (end < begin || end > data.connectivity.size())
+        {
+            throw InvalidData(text("the offsets ", begin, " and ", end, " of element ", element,
+                                   " do not delimit a part of the connectivity, which has ", data.connectivity.size(),
+                                   " entries"));
+        }
+        if (end - begin != static_cast<std::size_t>(kind->nodeCount))
+        {
+            throw InvalidData(text("element ", element, " is a ", kind->name, " of ", end - begin, " nodes instead of ",
+                                   kind->nodeCount));
+        }
+    }
+    if (data.offsets.back() != data.connectivity.size())
+    {
+        throw InvalidData(text("the elements have ", data.offsets.back(), " nodes in all, but the connectivity has ",
+                               data.connectivity.size(), " entries"));
+    }
+}
+
+void checkNodeNumbers(const MeshData& data)
+{
+    const std::size_t nodeCount = data.coordinates.size() / 3;
+    for (std::size_t element = 0; element < data.kinds.size(); ++element)
+    {
+        for (std::size_t i = data.offsets[element]; i < data.offsets[element + 1]; ++i)
+        {
+            const int node = data.connectivity[i];
+            if (node < 0 || static_cast<std::size_t>(node) >= nodeCount)
+            {
+                throw InvalidData(text("element ", element, " refers to node ", node, ", but there are ", nodeCount,
+                                       " nodes, counted from 0"));
+            }
+        }
+    }
+}
+
+} // namespace
+
+Mesh::Mesh(MeshData data) : data_(std::move(data))
+{
+    checkCoordinates(data_.coordinates, "node");
+    checkElements(data_);
+    checkNodeNumbers(data_);
+    checkMaterials(data_.materials, data_.materialPerElement, data_.kinds.size(), "element");
+}
+
+const ElementKindInfo& Mesh::kindOf(int element) const
+{
+    return *findElementKind(data_.kinds[static_cast<std::size_t>(element)]);
+}
+
+std::span<const int> Mesh::nodesOf(int element) const
+{
+    const std::size_t begin = data_.offsets[static_cast<std::size_t>(element)];
+    const std::size_t end = data_.offsets[static_cast<std::size_t>(element) + 1];
+    return std::span(data_.connectivity).subspan(begin, end - begin);
+}
+
+std::span<const float, 3> Mesh::nodePosition(int node) const
+{
+    return std::span(data_.coordinates).subspan(static_cast<std::size_t>(node) * 3).first<3>();
+}
+
+std::size_t Mesh::gaussPointCount() const
+{
+    std::size_t count = 0;
+    for (int element = 0; element < elementCount(); ++element)
+    {
+        count += static_cast<std::size_t>(kindOf(element).gaussPointCount);
+    }
+    return count;
+}
+
+Box Mesh::boundingBox() const
+{
+    const std::span<const float, 3> first = nodePosition(data_.connectivity.front());
+    Box box{{first[0], first[1], first[2]}, {first[0], first[1], first[2]}};
+    for (const int node : data_.connectivity)
+    {
+        const std::span<const float, 3> position = nodePosition(node);
+        for (std::size_t axis = 0; axis < 3; ++axis)
+        {
+            box.min[axis] = std::min(box.min[axis], position[axis]);
+            box.max[axis] = std::max(box.max[axis], position[axis]);
+        }
+    }
+    return box;
+}
+
+void Mesh::setStateCodes(std::span<const int> codes)
+{
+    if (codes.size() != data_.materials.size())
+    {
+        throw InvalidData(text("there are ", data_.materials.size(), " materials, but ", codes.size(), " state codes"));
+    }
+    std::vector<Material> materials = data_.materials;
+    for (std::size_t i = 0; i < codes.size(); ++i)
+    {
+        materials[i].stateCode = codes[i];
+    }
+    std::ranges::for_each(materials, checkStateCode);
+    data_.materials = std::move(materials);
+}
+
+PointCloud::PointCloud(std::vector<float> coordinates, std::vector<int> materialPerPoint,
+                       std::vector<Material> materials)
+    : coordinates_(std::move(coordinates)), materialPerPoint_(std::move(materialPerPoint)),
+      materials_(std::move(materials))
+{
+    if (coordinates_.empty())
+    {
+        throw InvalidData("there is no point");
+    }
+    checkCoordinates(coordinates_, "point");
+    checkMaterials(materials_, materialPerPoint_, coordinates_.size() / 3, "point");
+}
+
+} // namespace veltrane

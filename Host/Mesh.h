@@ -1,0 +1,96 @@
+/// Owning meshes and point clouds, checked when they are built.
+#ifndef VELTRANE_HOST_MESH_H
+#define VELTRANE_HOST_MESH_H
+
+#include "ElementKind.h"
+
+#include <array>
+#include <cstddef>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace veltrane
+{
+
+/// A material of a mesh. Source and target are matched by state code: a target point takes values only from source
+/// elements whose material has the code of its own material.
+struct Material
+{
+    std::string name{}; ///< for messages and reports
+    int stateCode = 0;  ///< any number but -1, which the library uses for "not assigned"
+};
+
+/// An axis-parallel box.
+struct Box
+{
+    std::array<float, 3> min;
+    std::array<float, 3> max;
+};
+
+/// What a mesh is made of. All numbers count from 0.
+struct MeshData
+{
+    std::vector<float> coordinates{};   ///< x, y, z of each node, one node after another
+    std::vector<ElementKind> kinds{};   ///< one per element
+    std::vector<std::size_t> offsets{}; ///< where each element's nodes begin in `connectivity`, and the end: one more
+                                        ///< entry than there are elements
+    std::vector<int> connectivity{};    ///< node numbers, element after element
+    std::vector<int> materialPerElement{}; ///< one index into `materials` per element
+    std::vector<Material> materials{};     ///< at least one
+};
+
+/// A finite-element mesh in one piece that holds together: finite coordinates, known element kinds with as many nodes
+/// as they need, node and material numbers in range. Only the materials' state codes can change afterwards.
+class Mesh
+{
+public:
+    /// Throws InvalidData, naming what is wrong and where.
+    explicit Mesh(MeshData data);
+
+    int nodeCount() const { return static_cast<int>(data_.coordinates.size() / 3); }
+    int elementCount() const { return static_cast<int>(data_.kinds.size()); }
+
+    const std::vector<float>& coordinates() const { return data_.coordinates; }
+    const std::vector<ElementKind>& kinds() const { return data_.kinds; }
+    const std::vector<int>& materialPerElement() const { return data_.materialPerElement; }
+    const std::vector<Material>& materials() const { return data_.materials; }
+
+    const ElementKindInfo& kindOf(int element) const;
+    std::span<const int> nodesOf(int element) const;
+    std::span<const float, 3> nodePosition(int node) const;
+
+    /// Gauss points of all elements: the number of rows of a Gauss-point field on this mesh.
+    std::size_t gaussPointCount() const;
+
+    /// The box of the nodes that belong to elements.
+    Box boundingBox() const;
+
+    /// Gives every material its state code, in the order of the materials. Throws InvalidData.
+    void setStateCodes(std::span<const int> codes);
+
+private:
+    MeshData data_;
+};
+
+/// Points with materials, as a target. Points count from 0.
+class PointCloud
+{
+public:
+    /// Coordinates are x, y, z of each point. Throws InvalidData, naming what is wrong and where.
+    PointCloud(std::vector<float> coordinates, std::vector<int> materialPerPoint, std::vector<Material> materials);
+
+    int pointCount() const { return static_cast<int>(coordinates_.size() / 3); }
+    const std::vector<float>& coordinates() const { return coordinates_; }
+    const std::vector<int>& materialPerPoint() const { return materialPerPoint_; }
+    const std::vector<Material>& materials() const { return materials_; }
+
+private:
+    std::vector<float> coordinates_;
+    std::vector<int> materialPerPoint_;
+    std::vector<Material> materials_;
+};
+
+} // namespace veltrane
+
+#endif

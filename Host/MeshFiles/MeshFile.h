@@ -1,0 +1,92 @@
+/// Mesh files: VTK's unstructured grids (.vtu).
+#ifndef VELTRANE_HOST_MESH_FILE_H
+#define VELTRANE_HOST_MESH_FILE_H
+
+#include "Errors.h"
+#include "Field.h"
+#include "Mesh.h"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace veltrane
+{
+
+/// A file that is not there or cannot be opened.
+class NoInput : public Error
+{
+public:
+    using Error::Error;
+};
+
+/// A file whose contents are not what is needed.
+class BadFile : public Error
+{
+public:
+    using Error::Error;
+};
+
+/// A file that cannot be written.
+class CannotWrite : public Error
+{
+public:
+    using Error::Error;
+};
+
+/// What a mesh is read for. A source is made of the volume cells alone: its surface cells, which many mesh generators
+/// write beside them, are left out.
+enum class MeshRole
+{
+    source,
+    target
+};
+
+/// A point-data array of a mesh file.
+struct PointArray
+{
+    std::string name;
+    int componentCount;
+    bool isFloatingPoint;
+};
+
+/// A mesh file in memory: the mesh, the fields, and everything else that the file holds.
+class MeshFile
+{
+public:
+    /// Reads the file. Throws NoInput or BadFile, naming the file and what is wrong.
+    MeshFile(const std::filesystem::path& path, MeshRole role);
+    ~MeshFile();
+    MeshFile(MeshFile&&) noexcept;
+    MeshFile& operator=(MeshFile&&) noexcept;
+
+    const std::filesystem::path& path() const;
+    Mesh& mesh();
+    const Mesh& mesh() const;
+
+    /// The cell-data array that numbers the materials: the first of the usual names. Without one all is one material.
+    const std::optional<std::string>& materialArray() const;
+
+    /// Cells of the file that are not part of the mesh.
+    int leftOutCellCount() const;
+
+    const std::vector<PointArray>& pointArrays() const;
+
+    /// A floating-point point-data array as a field. Throws BadFile if there is none of this name or it is none.
+    Field field(const std::string& name) const;
+
+    /// Writes the file's data set, with all its arrays and these fields as further point data, an array of the same
+    /// name being replaced. Throws CannotWrite with nothing but the reason.
+    void writeWith(std::span<const Field> fields, const std::filesystem::path& path) const;
+
+private:
+    struct Contents;
+    std::unique_ptr<Contents> contents_;
+};
+
+} // namespace veltrane
+
+#endif

@@ -1,0 +1,34 @@
+/// VTK's errors and warnings as texts instead of noise on standard error.
+#ifndef VELTRANE_HOST_VTK_MESSAGES_H
+#define VELTRANE_HOST_VTK_MESSAGES_H
+
+#include <vtkOutputWindow.h>
+#include <vtkSmartPointer.h>
+
+#include <string>
+#include <vector>
+
+namespace veltrane
+{
+
+/// While it lives, whatever VTK has to say ends up here.
+class VtkMessages
+{
+public:
+    VtkMessages();
+    ~VtkMessages();
+    VtkMessages(const VtkMessages&) = delete;
+    VtkMessages& operator=(const VtkMessages&) = delete;
+
+    /// Without places in VTK's sources and addresses of its objects, each in one line.
+    const std::vector<std::string>& errors() const;
+
+private:
+    class Window;
+    vtkSmartPointer<vtkOutputWindow> previous_;
+    vtkSmartPointer<Window> window_;
+};
+
+} // namespace veltrane
+
+#endif

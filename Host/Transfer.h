@@ -1,0 +1,103 @@
+/// Transfers of fields from a source mesh to a target mesh or to points: the safe C++ side of the library.
+///
+/// Everything that the library would answer by ending the process and that can be found out beforehand is checked here
+/// and thrown as an exception. What remains (a source element whose Jacobian becomes singular on the way to a point)
+/// ends the process too, since the library does not return from it, but never with status 0: the line of the library
+/// goes to standard error and the process ends with status 1.
+///
+/// A call works in a private temporary directory: while the library runs, it is the current directory of the whole
+/// process and standard output is redirected into it, so that neither tuning files nor logs of the user's directory are
+/// touched. Both are as they were again during each progress callback and after the call. Calls take turns; a call from
+/// within a progress callback is refused.
+#ifndef VELTRANE_HOST_TRANSFER_H
+#define VELTRANE_HOST_TRANSFER_H
+
+#include "Field.h"
+#include "Mesh.h"
+#include "TransferStatistics.h"
+
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace veltrane
+{
+
+/// What happens to target points too far from the source to be given values from it.
+enum class OutsideMode : int
+{
+    error = 0,        ///< the transfer fails (TargetOutside)
+    defaultValue = 1, ///< nodes and points get the default value, Gauss points 0
+    propagate = 2     ///< nodes get values from neighbouring nodes, Gauss points 0; not for points
+};
+
+/// Settings of the search for which the library has defaults.
+struct Tuning
+{
+    /// Of reference coordinates, 0.001; a point outside an element by twice as much counts as inside.
+    std::optional<float> tolerance{};
+    /// How far around their boxes elements are entered into buckets without any, as part of their boxes, 0.1.
+    std::optional<float> bucketFactor{};
+    /// 10 000 000
+    std::optional<long long> maxBuckets{};
+};
+
+struct Progress
+{
+    int percent;
+    std::string_view title; ///< of the computation
+    std::string_view stage;
+};
+
+/// Is told the progress, about once per percent; returns false to cancel. Runs on the caller's thread. What it throws
+/// cancels the computation and comes out of it.
+using ProgressCallback = std::function<bool(const Progress&)>;
+
+struct TransferOptions
+{
+    OutsideMode mode = OutsideMode::error;
+    /// What far nodes and points get in mode `defaultValue`, and what all those hold that receive no values.
+    float defaultValue = 0;
+    /// Per target material: its nodes and Gauss points receive values. Empty: all do.
+    std::vector<bool> targetMapping{};
+    /// Per source field, where on the target mesh its values go. Empty: to the locations that it has on the source.
+    std::vector<Location> targetLocations{};
+    Tuning tuning{};
+    ProgressCallback progress{};
+};
+
+enum class Outcome
+{
+    done,
+    /// Nodes in regions of the target without any connection to the source were set to zero, and no Gauss-point values
+    /// were computed.
+    propagationWarning
+};
+
+struct TransferResult
+{
+    std::vector<Field> fields; ///< one per source field, of its name, components and precision
+    Outcome outcome;
+    std::string message;                          ///< the library's, in one line
+    std::optional<TransferStatistics> statistics; ///< absent if the library could not write its log
+    std::string libraryOutput;                    ///< what was written to standard output meanwhile
+};
+
+/// Transfers the fields of the source to the target.
+///
+/// Throws InvalidData or InvalidOption if the arguments do not fit each other, TargetOutside in mode `error` if a
+/// target point is too far from the source, TransferError with the library's message if it cannot do the transfer
+/// otherwise, Cancelled if the progress callback says so, Error if there is no place for the private directory.
+TransferResult transfer(const Mesh& source, std::span<const Field> sourceFields, const Mesh& target,
+                        const TransferOptions& options = {});
+
+/// Samples the fields of the source at points; exceptions as for transfer(). Points in no source element are far.
+TransferResult sample(const Mesh& source, std::span<const Field> sourceFields, const PointCloud& points,
+                      const TransferOptions& options = {});
+
+} // namespace veltrane
+
+#endif

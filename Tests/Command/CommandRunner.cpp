@@ -1,0 +1,112 @@
+#include "CommandRunner.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace
+{
+
+void redirect(int descriptor, const std::filesystem::path& file)
+{
+    const int opened = ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    ::dup2(opened, descriptor);
+    ::close(opened);
+}
+
+int statusOf(pid_t process)
+{
+    int status = 0;
+    while (::waitpid(process, &status, 0) < 0 && errno == EINTR)
+    {
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+std::string contents(const std::filesystem::path& file)
+{
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+/// Empty at the end.
+std::string readSome(int descriptor)
+{
+    std::array<char, 4096> block;
+    const ssize_t count = ::read(descriptor, block.data(), block.size());
+    return count > 0 ? std::string(block.data(), static_cast<std::size_t>(count)) : std::string();
+}
+
+} // namespace
+
+void CommandRunner::becomeCommand(const std::vector<std::string>& arguments) const
+{
+    std::vector<char*> words{const_cast<char*>(VELTRANE_COMMAND)};
+    for (const std::string& argument : arguments)
+    {
+        words.push_back(const_cast<char*>(argument.c_str()));
+    }
+    words.push_back(nullptr);
+    ::setenv("TMPDIR", temporary_.path().c_str(), 1);
+    if (::chdir(directory_.path().c_str()) == 0)
+    {
+        ::execv(VELTRANE_COMMAND, words.data());
+    }
+    std::_Exit(127);
+}
+
+CommandResult CommandRunner::run(const std::vector<std::string>& arguments, std::optional<rlim_t> maxFileSize) const
+{
+    const TestDirectory streams;
+    const pid_t process = ::fork();
+    if (process == 0)
+    {
+        redirect(STDOUT_FILENO, streams / "output");
+        redirect(STDERR_FILENO, streams / "errors");
+        if (maxFileSize)
+        {
+            const rlimit limit{*maxFileSize, *maxFileSize};
+            ::setrlimit(RLIMIT_FSIZE, &limit);
+            ::signal(SIGXFSZ, SIG_IGN); // the failure is to come from the write itself
+        }
+        becomeCommand(arguments);
+    }
+    const int status = statusOf(process);
+    return {status, contents(streams / "output"), contents(streams / "errors")};
+}
+
+CommandResult CommandRunner::runAndInterrupt(const std::vector<std::string>& arguments, int signal) const
+{
+    const TestDirectory streams;
+    const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
+    if (terminal < 0 || ::grantpt(terminal) != 0 || ::unlockpt(terminal) != 0)
+    {
+        throw std::runtime_error("cannot open a terminal");
+    }
+    const std::string name = ::ptsname(terminal);
+    const pid_t process = ::fork();
+    if (process == 0)
+    {
+        ::close(terminal);
+        redirect(STDOUT_FILENO, streams / "output");
+        redirect(STDERR_FILENO, name);
+        becomeCommand(arguments);
+    }
+    std::string errors = readSome(terminal);
+    ::kill(process, signal);
+    for (std::string more = readSome(terminal); !more.empty(); more = readSome(terminal))
+    {
+        errors += more;
+    }
+    ::close(terminal);
+    const int status = statusOf(process);
+    return {status, contents(streams / "output"), errors};
+}

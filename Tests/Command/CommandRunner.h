@@ -1,0 +1,45 @@
+/// The built command as a process.
+#ifndef VELTRANE_TESTS_COMMAND_RUNNER_H
+#define VELTRANE_TESTS_COMMAND_RUNNER_H
+
+#include "TestDirectory.h"
+
+#include <sys/resource.h>
+
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+struct CommandResult
+{
+    int status; ///< -1 if a signal ended the process
+    std::string output;
+    std::string errors;
+};
+
+/// Runs the command in a directory of its own with a place of its own for temporary files.
+class CommandRunner
+{
+public:
+    /// \param maxFileSize  writing more bytes than that into a file fails
+    CommandResult run(const std::vector<std::string>& arguments, std::optional<rlim_t> maxFileSize = {}) const;
+
+    /// Runs the command with a terminal as standard error and sends it a signal as soon as it writes there; `errors` is
+    /// what came before and after.
+    CommandResult runAndInterrupt(const std::vector<std::string>& arguments, int signal) const;
+
+    const TestDirectory& directory() const { return directory_; }
+    std::filesystem::path file(const std::string& name) const { return directory_ / name; }
+
+    /// What the command has left where temporary files go.
+    std::set<std::string> temporaryNames() const { return temporary_.names(); }
+
+private:
+    [[noreturn]] void becomeCommand(const std::vector<std::string>& arguments) const;
+
+    TestDirectory directory_;
+    TestDirectory temporary_;
+};
+
+#endif
