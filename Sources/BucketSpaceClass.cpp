@@ -26,6 +26,26 @@ Box boxAroundPoint(const float (&point)[3], float reach)
     return box;
 }
 
+/// The six values of a box, as a table of boxes holds them.
+struct BoxValues
+{
+    explicit BoxValues(const Box& box)
+        : values{box.low[0], box.low[1], box.low[2], box.high[0], box.high[1], box.high[2]}
+    {
+    }
+    float values[6];
+};
+
+const float* valuesOf(const float* values)
+{
+    return values;
+}
+
+const float* valuesOf(const BoxValues& box)
+{
+    return box.values;
+}
+
 char* newErrorText(MessageBuffer& buffer, const char* text)
 {
     formatMessage(buffer.text(), "%s", text);
@@ -67,10 +87,16 @@ char* BucketSpaceClass::build(int mode, const ModelClass& targetModel, const Mod
     allocateBuckets();
     if (mode == elementBuckets)
     {
-        const auto directBox = [&](int elt) { return boxOfElement(refBoxes, elt); };
-        const auto enlargedBox = [&](int elt) { return enlarged(boxOfElement(refBoxes, elt), bucketFactor); };
+        const auto directBox = [&](int elt) { return boxValues(refBoxes, elt); };
+        const auto enlargedBox = [&](int elt)
+        { return BoxValues(enlarged(boxOfElement(refBoxes, elt), bucketFactor)); };
         countPass(sourceModel.itsNbElts, directBox, neededEmpty, filledDirectly);
-        countPass(sourceModel.itsNbElts, enlargedBox, neededEmpty, filledByEnlarged);
+        // Most often every needed bucket is reached by now, and there is nothing to enlarge boxes for.
+        const bool isEnlarging = itsNbNeededEmpty > 0;
+        if (isEnlarging)
+        {
+            countPass(sourceModel.itsNbElts, enlargedBox, neededEmpty, filledByEnlarged);
+        }
         allocateEntries();
         if (!itsItemInGrid.allocate(sourceModel.itsNbElts))
         {
@@ -78,12 +104,16 @@ char* BucketSpaceClass::build(int mode, const ModelClass& targetModel, const Mod
         }
         std::fill_n(itsItemInGrid.get(), sourceModel.itsNbElts, 0);
         fillPass(sourceModel.itsNbElts, directBox, filledDirectly);
-        fillPass(sourceModel.itsNbElts, enlargedBox, filledByEnlarged);
+        if (isEnlarging)
+        {
+            fillPass(sourceModel.itsNbElts, enlargedBox, filledByEnlarged);
+        }
     }
     else if (mode == nodeBuckets)
     {
         const float reach = single(0.001 * initialBucketSize);
-        const auto nodeBox = [&](int node) { return boxAroundPoint(sourceModel.itsNodeCoords[node], reach); };
+        const auto nodeBox = [&](int node)
+        { return BoxValues(boxAroundPoint(sourceModel.itsNodeCoords[node], reach)); };
         countPass(sourceModel.itsNbNodes, nodeBox, neededEmpty, filledDirectly);
         allocateEntries();
         if (!itsItemInGrid.allocate(sourceModel.itsNbNodes))
@@ -235,13 +265,21 @@ void BucketSpaceClass::markNeededBuckets(const ModelClass& targetModel, const Bo
                                          float boxMarginRatio)
 {
     int* states = itsBucketState.values();
-    const auto markRange = [&](const Box& box)
-    { forEachBucket(rangeOf(box), [&](std::int64_t bucket) { states[bucket] = neededEmpty; }); };
+    const BucketRanges rangeOf = ranges();
+    const auto markRange = [&](const float* box)
+    {
+        forEachBucket(rangeOf(box),
+                      [&](std::int64_t bucket)
+                      {
+                          itsNbNeededEmpty += states[bucket] == notNeeded ? 1 : 0;
+                          states[bucket] = neededEmpty;
+                      });
+    };
     if (targetModel.itsKind == ModelKind::mesh)
     {
         for (int elt = 0; elt < targetModel.itsNbElts; ++elt)
         {
-            markRange(boxOfElement(targetBoxes, elt));
+            markRange(boxValues(targetBoxes, elt));
         }
     }
     else
@@ -249,7 +287,7 @@ void BucketSpaceClass::markNeededBuckets(const ModelClass& targetModel, const Bo
         const float reach = boxMarginRatio * itsBucketSize;
         for (int point = 0; point < targetModel.itsNbNodes; ++point)
         {
-            markRange(boxAroundPoint(targetModel.itsNodeCoords[point], reach));
+            markRange(BoxValues(boxAroundPoint(targetModel.itsNodeCoords[point], reach)).values);
         }
     }
 }
@@ -258,13 +296,15 @@ template <class BoxOf> void BucketSpaceClass::countPass(int nbItems, BoxOf boxOf
 {
     int* states = itsBucketState.values();
     BucketClass* buckets = itsBuckets.values();
+    const BucketRanges rangeOf = ranges();
     for (int item = 0; item < nbItems; ++item)
     {
-        forEachBucket(rangeOf(boxOf(item)),
+        forEachBucket(rangeOf(valuesOf(boxOf(item))),
                       [&](std::int64_t bucket)
                       {
                           if (states[bucket] == from || states[bucket] == to)
                           {
+                              itsNbNeededEmpty -= states[bucket] == neededEmpty ? 1 : 0;
                               states[bucket] = to;
                               ++buckets[bucket].itsNbItems;
                               ++itsNbEntries;
@@ -273,7 +313,8 @@ template <class BoxOf> void BucketSpaceClass::countPass(int nbItems, BoxOf boxOf
     }
 }
 
-/// Gives every used bucket its run of the shared storage, and sets its number of items back to 0 for the filling.
+/// Gives every used bucket its run of the shared storage, and sets its number of items back to 0 for the filling, which
+/// writes every entry.
 void BucketSpaceClass::allocateEntries()
 {
     int* entries = allocateArray<int>(itsNbEntries);
@@ -283,7 +324,6 @@ void BucketSpaceClass::allocateEntries()
     }
     BucketClass* buckets = itsBuckets.values();
     buckets[0].itsItems = entries;
-    std::fill_n(entries, itsNbEntries, -1);
     for (std::int64_t bucket = 0; bucket < itsBuckets.nbValues(); ++bucket)
     {
         if (state(bucket) == filledDirectly || state(bucket) == filledByEnlarged)
@@ -299,9 +339,10 @@ template <class BoxOf> void BucketSpaceClass::fillPass(int nbItems, BoxOf boxOf,
 {
     const int* states = itsBucketState.values();
     BucketClass* buckets = itsBuckets.values();
+    const BucketRanges rangeOf = ranges();
     for (int item = 0; item < nbItems; ++item)
     {
-        forEachBucket(rangeOf(boxOf(item)),
+        forEachBucket(rangeOf(valuesOf(boxOf(item))),
                       [&](std::int64_t position)
                       {
                           if (states[position] == state)
@@ -312,28 +353,6 @@ template <class BoxOf> void BucketSpaceClass::fillPass(int nbItems, BoxOf boxOf,
                           }
                       });
     }
-}
-
-/// An index is the floor of a position, and a negative whole number may go one lower: whatever is negative is clipped
-/// to 0 at the low end, and leaves nothing at the high end, so the sign decides. A position that is not a number is
-/// outside.
-BucketRange BucketSpaceClass::rangeOf(const Box& box) const
-{
-    BucketRange range;
-    for (std::size_t axis = 0; axis < 3; ++axis)
-    {
-        // In double precision, a comparison with a number of buckets is exact.
-        const double count = itsNbBuckets[axis];
-        const double low = (box.low[axis] - itsMin[axis]) * itsInvBucketSize;
-        const double high = (box.high[axis] - itsMin[axis]) * itsInvBucketSize;
-        if (!(low < count && high >= 0.0))
-        {
-            return {};
-        }
-        range.low[axis] = low > 0.0 ? static_cast<int>(low) : 0;
-        range.high[axis] = high < count ? static_cast<int>(high) : itsNbBuckets[axis] - 1;
-    }
-    return range;
 }
 
 template <class Visitor> void BucketSpaceClass::forEachBucket(const BucketRange& range, Visitor visit) const

@@ -5,6 +5,7 @@
 #define VELTRANE_BUCKET_SPACE_CLASS_H
 
 #include "BoundingBox.h"
+#include "BucketRange.h"
 #include "ChainedTable.h"
 
 #include <cstdint>
@@ -44,15 +45,6 @@ struct SurveyedBoxes
         areExact =
             areExact && element.low[0] < unreachable && element.low[1] < unreachable && element.low[2] < unreachable;
     }
-};
-
-/// The buckets that a box touches; empty outside the grid.
-struct BucketRange
-{
-    int low[3]{};
-    int high[3]{-1, -1, -1};
-
-    bool isEmpty() const { return high[0] == -1 || high[1] == -1 || high[2] == -1; }
 };
 
 class BucketSpaceClass
@@ -145,11 +137,14 @@ private:
     void allocateEntries();
 
     /// One pass over the source items: countPass adds to the buckets' numbers of items, fillPass writes the items.
-    /// `boxOf(item)` gives an item's box; buckets in state `from` or `to` take the item, a counted one goes to `to`.
+    /// `boxOf(item)` gives the six values of an item's box; buckets in state `from` or `to` take the item, a counted
+    /// one goes to `to`.
     template <class BoxOf> void countPass(int nbItems, BoxOf boxOf, BucketState from, BucketState to);
     template <class BoxOf> void fillPass(int nbItems, BoxOf boxOf, BucketState state);
 
-    BucketRange rangeOf(const Box& box) const;
+    BucketRanges ranges() const { return {itsMin, itsInvBucketSize, itsNbBuckets}; }
+    std::int64_t itsNbNeededEmpty = 0; ///< buckets in the state neededEmpty
+
     template <class Visitor> void forEachBucket(const BucketRange& range, Visitor visit) const;
 };
 

@@ -211,6 +211,7 @@ public:
 
 private:
     SurveyedBoxes itsSurveyedBoxes;
+    float itsRefBoxSizeSum = 0.0F; ///< extents of the inflated source boxes, one running sum over elements, then axes
 
     // What the computations share (MappingSetup).
     void adoptErrorText(char* text, int code);
@@ -222,7 +223,14 @@ private:
     bool callBack(ComputationRun& run);
     bool createElementBoxes(ComputationRun& run);
     bool allocateBoxes(BoxTable& boxes, const ModelClass& model, const char* tableName, ComputationRun& run);
-    Box inflated(Box box) const;
+    /// A box moved outward on all sides by the same margin, a fraction of its largest extent.
+    Box inflated(Box box) const
+    {
+        const Vector3 extents = box.extents();
+        const float margin = itsBoxMarginRatio * std::max({extents[0], extents[1], extents[2]});
+        box.inflate({margin, margin, margin});
+        return box;
+    }
     bool allocatePerNode(OwnedArray<int>& table, const ModelClass& model, const char* tableName, ComputationRun& run);
     template <class Assign>
     static void assignMaterials(const ModelClass& mesh, int elt, int* statePerNode, Assign assign);

@@ -88,8 +88,13 @@ bool MappingClass::createElementBoxes(ComputationRun& run)
     for (int elt = 0; elt < itsRefMesh.itsNbElts; ++elt)
     {
         const Box box = boxOfNodes(itsRefMesh, elt);
+        const Box inflatedBox = inflated(box);
         itsSurveyedBoxes.add(itsSurveyedBoxes.source, box);
-        storeBox(itsRefMeshBoxPerElt, elt, inflated(box));
+        storeBox(itsRefMeshBoxPerElt, elt, inflatedBox);
+        for (const float extent : inflatedBox.extents())
+        {
+            itsRefBoxSizeSum += absoluteValue(extent);
+        }
     }
     return itsTargetMesh.itsKind != ModelKind::mesh ||
            allocateBoxes(itsTargetMeshBoxPerElt, itsTargetMesh, "itsTargetMeshBoxPerElt", run);
@@ -112,15 +117,6 @@ bool MappingClass::allocateBoxes(BoxTable& boxes, const ModelClass& model, const
     return false;
 }
 
-/// A box moved outward on all sides by the same margin, a fraction of its largest extent.
-Box MappingClass::inflated(Box box) const
-{
-    const Vector3 extents = box.extents();
-    const float margin = itsBoxMarginRatio * std::max({extents[0], extents[1], extents[2]});
-    box.inflate({margin, margin, margin});
-    return box;
-}
-
 bool MappingClass::allocatePerNode(OwnedArray<int>& table, const ModelClass& model, const char* tableName,
                                    ComputationRun& run)
 {
@@ -134,18 +130,10 @@ bool MappingClass::allocatePerNode(OwnedArray<int>& table, const ModelClass& mod
     return false;
 }
 
-/// The mean extent of the inflated source boxes over elements and axes: one running sum in this order.
+/// The mean extent of the inflated source boxes over elements and axes.
 float MappingClass::meanRefBoxSize() const
 {
-    float sum = 0.0F;
-    for (int elt = 0; elt < itsRefMesh.itsNbElts; ++elt)
-    {
-        for (const float extent : boxOfElement(itsRefMeshBoxPerElt, elt).extents())
-        {
-            sum += absoluteValue(extent);
-        }
-    }
-    return sum / static_cast<float>(3 * static_cast<std::int64_t>(itsRefMesh.itsNbElts));
+    return itsRefBoxSizeSum / static_cast<float>(3 * static_cast<std::int64_t>(itsRefMesh.itsNbElts));
 }
 
 bool MappingClass::buildBucketSpace(BucketSpaceClass::Mode mode, float initialBucketSize)
