@@ -17,6 +17,13 @@ struct BucketRange
     int high[3]{-1, -1, -1};
 
     bool isEmpty() const { return high[0] == -1 || high[1] == -1 || high[2] == -1; }
+
+    /// Whether every bucket of this range, which is not empty, is in the other.
+    bool isWithin(const BucketRange& other) const
+    {
+        return other.low[0] <= low[0] && high[0] <= other.high[0] && other.low[1] <= low[1] &&
+               high[1] <= other.high[1] && other.low[2] <= low[2] && high[2] <= other.high[2];
+    }
 };
 
 /// Finds the ranges of boxes in a grid.

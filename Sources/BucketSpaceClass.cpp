@@ -266,14 +266,22 @@ void BucketSpaceClass::markNeededBuckets(const ModelClass& targetModel, const Bo
 {
     int* states = itsBucketState.values();
     const BucketRanges rangeOf = ranges();
+    // Neighbours often touch the same buckets: a range inside the one marked last has nothing left to mark.
+    BucketRange last;
     const auto markRange = [&](const float* box)
     {
-        forEachBucket(rangeOf(box),
+        const BucketRange range = rangeOf(box);
+        if (range.isWithin(last))
+        {
+            return;
+        }
+        forEachBucket(range,
                       [&](std::int64_t bucket)
                       {
                           itsNbNeededEmpty += states[bucket] == notNeeded ? 1 : 0;
                           states[bucket] = neededEmpty;
                       });
+        last = range;
     };
     if (targetModel.itsKind == ModelKind::mesh)
     {

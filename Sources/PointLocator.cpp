@@ -207,30 +207,48 @@ void PointLocator::prefetchBoxes(std::span<InFlight> group) const
 /// Takes elements from the point's list as long as there is room for candidates.
 template <bool prefetching> void PointLocator::collectCandidates(InFlight& flight) const
 {
-    const BoxTest isInBox(flight.point);
-    int nbCandidates = 0;
-    std::size_t nbTested = 0;
-    for (; nbTested < flight.items.size() && nbCandidates < maxNbCandidates; ++nbTested)
+    flight.nbCandidates = 0;
+    while (!flight.items.empty() && flight.nbCandidates < maxNbCandidates)
     {
-        const int elt = flight.items[nbTested];
-        if (!itsHasOneMatlState && itsMesh.matlStateOfItem(elt) != flight.matlState)
+        // No more are tested at a time than there is room for.
+        const std::size_t room = maxNbCandidates - static_cast<std::size_t>(flight.nbCandidates);
+        const std::size_t nbTested = std::min(flight.items.size(), room);
+        if (itsHasOneMatlState)
         {
-            continue;
+            collectFrom(flight, nbTested, [](int) { return true; });
         }
-        // Written in any case, counted only if it is one: there is no branch to guess wrong.
-        flight.candidates[static_cast<std::size_t>(nbCandidates)] = elt;
-        nbCandidates += isInBox(boxValues(itsBoxes, elt)) ? 1 : 0;
+        else
+        {
+            collectFrom(flight, nbTested, [&](int elt) { return itsMesh.matlStateOfItem(elt) == flight.matlState; });
+        }
     }
-    flight.items = flight.items.subspan(nbTested);
-    flight.nbCandidates = nbCandidates;
     if constexpr (prefetching)
     {
-        for (int i = 0; i < nbCandidates; ++i)
+        for (int i = 0; i < flight.nbCandidates; ++i)
         {
             prefetch(itsMesh.itsConnectivity + flight.candidates[static_cast<std::size_t>(i)]);
             prefetch(itsMesh.itsEltTypes + flight.candidates[static_cast<std::size_t>(i)]);
         }
     }
+}
+
+/// Tests the next `nbTested` elements of the point's list. Each is written as a candidate and counted only if it is
+/// one: there is no branch to guess wrong.
+template <class HasState>
+void PointLocator::collectFrom(InFlight& flight, std::size_t nbTested, HasState hasState) const
+{
+    const BoxTest isInBox(flight.point);
+    const float* boxes = itsBoxes.values();
+    const int* items = flight.items.data();
+    int* next = flight.candidates.data() + flight.nbCandidates;
+    for (std::size_t i = 0; i < nbTested; ++i)
+    {
+        const int elt = items[i];
+        *next = elt;
+        next += hasState(elt) && isInBox(boxes + 6 * static_cast<std::int64_t>(elt)) ? 1 : 0;
+    }
+    flight.nbCandidates = static_cast<int>(next - flight.candidates.data());
+    flight.items = flight.items.subspan(nbTested);
 }
 
 /// In two steps, since a node's number must be there before its coordinates can be fetched.

@@ -63,6 +63,7 @@ private:
     void prefetchLists(std::span<InFlight> group) const;
     void prefetchBoxes(std::span<InFlight> group) const;
     template <bool prefetching> void collectCandidates(InFlight& flight) const;
+    template <class HasState> void collectFrom(InFlight& flight, std::size_t nbTested, HasState hasState) const;
     void prefetchNodes(std::span<InFlight> group) const;
     LocatedPoint firstAccepting(InFlight& flight) const;
     Inversion invert(int elt, const Vector3& point) const;

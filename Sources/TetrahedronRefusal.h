@@ -49,32 +49,37 @@ public:
         const Vector3 b = difference(nodes[2], nodes[0]);
         const Vector3 c = difference(nodes[3], nodes[0]);
         const Vector3 p = difference(point, nodes[0]);
-        const Vector3 normals[3] = {crossProduct(b, c), crossProduct(c, a), crossProduct(a, b)};
-        const float volume = dotProduct(a, normals[0]);
+        const Vector3 normalOfA = crossProduct(b, c);
+        const float volume = dotProduct(a, normalOfA);
+        const float magnitudeOfVolume = std::fabs(volume);
         const float rounding = 1e-5F * largest * largest * largest;
-        if (!(std::fabs(volume) > 4.0F * rounding + 1e-30F))
+        if (!(magnitudeOfVolume > 4.0F * rounding + 1e-30F))
         {
             return false;
         }
         const float sign = volume < 0.0F ? -1.0F : 1.0F;
         const float reach = 1.00001F * distance + itsRounding;
-        const float least = -itsMargin * (std::fabs(volume) + rounding) - 2.0F * rounding;
-        float first = std::fabs(volume);
-        Vector3 gradientOfFirst{};
-        for (const Vector3& normal : normals)
+        const float least = -itsMargin * (magnitudeOfVolume + rounding) - 2.0F * rounding;
+        const float coordinateOfA = sign * dotProduct(p, normalOfA);
+        if (coordinateOfA < least - reach * magnitude(normalOfA))
         {
-            const float coordinate = sign * dotProduct(p, normal);
-            first -= coordinate;
-            if (coordinate < least - reach * magnitude(normal))
-            {
-                return true;
-            }
-            for (std::size_t axis = 0; axis < 3; ++axis)
-            {
-                gradientOfFirst[axis] += normal[axis];
-            }
+            return true;
         }
-        return first < least - 4.0F * rounding - reach * magnitude(gradientOfFirst);
+        const Vector3 normalOfB = crossProduct(c, a);
+        const float coordinateOfB = sign * dotProduct(p, normalOfB);
+        if (coordinateOfB < least - reach * magnitude(normalOfB))
+        {
+            return true;
+        }
+        const Vector3 normalOfC = crossProduct(a, b);
+        const float coordinateOfC = sign * dotProduct(p, normalOfC);
+        if (coordinateOfC < least - reach * magnitude(normalOfC))
+        {
+            return true;
+        }
+        const float coordinateOfOrigin = magnitudeOfVolume - coordinateOfA - coordinateOfB - coordinateOfC;
+        const float magnitudeOfSum = magnitude(normalOfA) + magnitude(normalOfB) + magnitude(normalOfC);
+        return coordinateOfOrigin < least - 4.0F * rounding - reach * magnitudeOfSum;
     }
 
 private:
