@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 
 enum TransferType
 {
@@ -211,6 +212,7 @@ public:
 
 private:
     SurveyedBoxes itsSurveyedBoxes;
+    std::optional<PointLocator> itsPointLocator; ///< made on first use, when boxes and grid are there
     float itsRefBoxSizeSum = 0.0F; ///< extents of the inflated source boxes, one running sum over elements, then axes
 
     // What the computations share (MappingSetup).
@@ -265,7 +267,7 @@ private:
     void zeroUnreachedNodes();
 
     // One point (MappingPointLocation, MappingEvaluation).
-    PointLocator pointLocator() const;
+    const PointLocator& pointLocator();
     void interpolateLocatedPoint(Location pointKind, const TargetPoint& point, LocatedPoint located, int& farOutside);
     LocatedPoint nearestElement(const TargetPoint& point);
     bool locateInMesh(LocatedPoint& located, Location pointKind, const TargetPoint& point, int& farOutside);

@@ -153,7 +153,7 @@ bool MappingClass::interpolateAt(Location pointKind, ComputationRun& run, Progre
              "Allocation of the target points is not possible in MappingClass::interpolation() function.\n");
         return false;
     }
-    const PointLocator locator = pointLocator();
+    const PointLocator& locator = pointLocator();
     std::size_t nbPoints = 0;
     const auto finishBatch = [&]
     {

@@ -8,9 +8,13 @@ namespace
 constexpr const char* pointFunctionName = "MappingClass::interpolationAtPoint()";
 }
 
-PointLocator MappingClass::pointLocator() const
+const PointLocator& MappingClass::pointLocator()
 {
-    return {itsRefMesh, itsRefMeshBoxPerElt, itsBucketSpace, itsRefCoordTolerance};
+    if (!itsPointLocator)
+    {
+        itsPointLocator.emplace(itsRefMesh, itsRefMeshBoxPerElt, itsBucketSpace, itsRefCoordTolerance);
+    }
+    return *itsPointLocator;
 }
 
 /// Counts an accepted inversion. The sum is a single-precision one, in the order of the points.
