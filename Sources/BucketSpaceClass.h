@@ -7,6 +7,7 @@
 #include "BoundingBox.h"
 #include "BucketRange.h"
 #include "ChainedTable.h"
+#include "Prefetch.h"
 
 #include <cstdint>
 #include <span>
@@ -102,8 +103,8 @@ public:
     {
         if (bucket >= 0)
         {
-            __builtin_prefetch(itsBucketState.values() + bucket);
-            __builtin_prefetch(itsBuckets.values() + bucket);
+            prefetch(itsBucketState.values() + bucket);
+            prefetch(itsBuckets.values() + bucket);
         }
     }
 

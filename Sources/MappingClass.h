@@ -276,6 +276,7 @@ private:
     ShapeValues shapeValuesAt(const LocatedPoint& located) const;
     bool normaliseNearMiss(ShapeValues& shape);
     void zeroGaussPoint(std::int64_t pointIndex, int matlStateClass);
+    void prefetchFields(int elt) const;
     void evaluateFields(Location pointKind, std::int64_t pointIndex, int matlStateClass, const int* nodeNumbers,
                         const ShapeValues& shape);
 

@@ -54,6 +54,32 @@ void interpolateField(const SourceValue* source, int nbComponents, FieldClass& t
 }
 } // namespace
 
+/// Asks for the source values that the evaluation in an element is going to read.
+void MappingClass::prefetchFields(int elt) const
+{
+    const int* nodeNumbers = itsRefMesh.itsConnectivity[elt];
+    const int nbNodes = itsRefMesh.nbNodesOfElt(elt);
+    for (const FieldClass& source : itsRefFields.fields())
+    {
+        for (int i = 0; i < nbNodes; ++i)
+        {
+            const std::int64_t first = static_cast<std::int64_t>(nodeNumbers[i]) * source.itsNbComponents;
+            if (source.itsValuesInterpoNode)
+            {
+                prefetch(source.itsValuesInterpoNode.get() + first);
+            }
+            else if (source.itsPrecision == singlePrecision)
+            {
+                prefetch(source.itsValuesFloat + first);
+            }
+            else
+            {
+                prefetch(source.itsValuesDouble + first);
+            }
+        }
+    }
+}
+
 void MappingClass::evaluateFields(Location pointKind, std::int64_t pointIndex, int matlStateClass,
                                   const int* nodeNumbers, const ShapeValues& shape)
 {

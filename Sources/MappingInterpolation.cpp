@@ -157,9 +157,15 @@ bool MappingClass::interpolateAt(Location pointKind, ComputationRun& run, Progre
     std::size_t nbPoints = 0;
     const auto finishBatch = [&]
     {
-        locator.locate({points.get(), nbPoints}, {located.get(), nbPoints}, {order.get(), nbPoints});
+        const bool isJumping =
+            locator.locate({points.get(), nbPoints}, {located.get(), nbPoints}, {order.get(), nbPoints});
         for (std::size_t i = 0; i < nbPoints; ++i)
         {
+            constexpr std::size_t ahead = 8;
+            if (isJumping && i + ahead < nbPoints && located.get()[i + ahead].elt != -1)
+            {
+                prefetchFields(located.get()[i + ahead].elt);
+            }
             const TargetPoint& point = points.get()[i];
             if (located.get()[i].isSingular)
             {

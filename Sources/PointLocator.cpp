@@ -1,6 +1,7 @@
 #include "PointLocator.h"
 
 #include "BoxTest.h"
+#include "Prefetch.h"
 
 #include <algorithm>
 #include <array>
@@ -17,7 +18,7 @@ constexpr int maxNbCandidates = 24;
 
 // An entry of the order in which a batch is visited: a point's bucket, and its position in the batch. Sorted, the
 // entries go through the grid; a point outside, in bucket -1, comes first.
-constexpr int positionBits = 13;
+constexpr int positionBits = 16;
 static_assert(PointLocator::batchCapacity == 1 << positionBits);
 
 PointLocator::BatchOrder entryOf(std::int64_t bucket, std::size_t position)
@@ -33,21 +34,6 @@ std::int64_t bucketOf(PointLocator::BatchOrder entry)
 std::size_t positionOf(PointLocator::BatchOrder entry)
 {
     return entry & (PointLocator::batchCapacity - 1);
-}
-
-void prefetch(const void* address)
-{
-    __builtin_prefetch(address);
-}
-
-/// All cache lines of a stretch of memory.
-void prefetchRange(const void* begin, const void* end)
-{
-    constexpr std::ptrdiff_t cacheLine = 64;
-    for (const auto* line = static_cast<const char*>(begin); line < static_cast<const char*>(end); line += cacheLine)
-    {
-        prefetch(line);
-    }
 }
 
 float largestMagnitude(const ModelClass& mesh)
@@ -101,7 +87,7 @@ LocatedPoint PointLocator::search(const Vector3& point, int matlState) const
     return {};
 }
 
-void PointLocator::locate(std::span<const TargetPoint> points, std::span<LocatedPoint> located,
+bool PointLocator::locate(std::span<const TargetPoint> points, std::span<LocatedPoint> located,
                           std::span<BatchOrder> order) const
 {
     for (std::size_t i = 0; i < points.size(); ++i)
@@ -125,6 +111,7 @@ void PointLocator::locate(std::span<const TargetPoint> points, std::span<Located
             locateGroup<false>(points, located, group);
         }
     }
+    return isJumping;
 }
 
 /// Whether points in a row often lie far from each other, so that the memory of one is of no use to the next.

@@ -36,8 +36,8 @@ struct LocatedPoint
 class PointLocator
 {
 public:
-    /// How many points locate() takes at most.
-    static constexpr int batchCapacity = 8192;
+    /// How many points locate() takes at most: the more, the nearer neighbours in the order of the buckets are.
+    static constexpr int batchCapacity = 65536;
     using BatchOrder = std::uint64_t;
 
     /// The objects are borrowed for the locator's lifetime; `boxes` are the inflated boxes of the source elements.
@@ -47,9 +47,9 @@ public:
     /// A singular Jacobian ends the process.
     LocatedPoint search(const Vector3& point, int matlState) const;
 
-    /// Locates points[i] into located[i]; `order` is room for as many entries. A singular Jacobian is noted: the
-    /// process is to end when that point's turn has come, which a search for it does.
-    void locate(std::span<const TargetPoint> points, std::span<LocatedPoint> located,
+    /// Locates points[i] into located[i]; `order` is room for as many entries. Returns whether the points jump about. A
+    /// singular Jacobian is noted: the process is to end when that point's turn has come, which a search for it does.
+    bool locate(std::span<const TargetPoint> points, std::span<LocatedPoint> located,
                 std::span<BatchOrder> order) const;
 
 private:

@@ -146,7 +146,7 @@ TargetPoint pointAt(const Vector3& position, int matlState = 1)
 std::vector<TargetPoint> pointsAtMargins(const TestMesh& mesh, float precisionFactor, Generator& generator)
 {
     std::vector<TargetPoint> points;
-    for (std::size_t elt = 0; elt < mesh.types.size() && points.size() + 4 <= PointLocator::batchCapacity; ++elt)
+    for (std::size_t elt = 0; elt < mesh.types.size() && points.size() < 8192; ++elt)
     {
         if (mesh.types[elt] != LinearTetrahedron::typeCode)
         {
@@ -193,7 +193,7 @@ TEST(FastPath, locatesRandomPointsOfAMixedMeshAsTheSearchDoes)
     const LocatedMesh located(mixedMesh(6, 0.2F, generator), 0.3F);
     ASSERT_GT(located.space.nbBuckets(), 4096) << "random points are to jump between buckets";
     std::vector<TargetPoint> points;
-    for (int i = 0; i < PointLocator::batchCapacity; ++i)
+    for (int i = 0; i < 8192; ++i)
     {
         points.push_back(pointAt(uniformPoint(generator, -0.5F, 6.5F), 1 + static_cast<int>(generator() % 3)));
     }
