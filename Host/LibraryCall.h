@@ -2,7 +2,7 @@
 #ifndef VELTRANE_HOST_LIBRARY_CALL_H
 #define VELTRANE_HOST_LIBRARY_CALL_H
 
-#include "Transfer.h"
+#include "CallSettings.h"
 
 #include <Veltrane.h>
 

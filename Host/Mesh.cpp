@@ -141,6 +141,15 @@ void checkNodeNumbers(const MeshData& data)
 
 } // namespace
 
+void Box::add(std::span<const float, 3> point)
+{
+    for (std::size_t axis = 0; axis < 3; ++axis)
+    {
+        min[axis] = std::min(min[axis], point[axis]);
+        max[axis] = std::max(max[axis], point[axis]);
+    }
+}
+
 Mesh::Mesh(MeshData data) : data_(std::move(data))
 {
     checkCoordinates(data_.coordinates, "node");
@@ -176,17 +185,17 @@ std::size_t Mesh::gaussPointCount() const
     return count;
 }
 
-Box Mesh::boundingBox() const
+Box Mesh::boundingBox(const std::vector<bool>& selection) const
 {
-    const std::span<const float, 3> first = nodePosition(data_.connectivity.front());
-    Box box{{first[0], first[1], first[2]}, {first[0], first[1], first[2]}};
-    for (const int node : data_.connectivity)
+    Box box;
+    for (int element = 0; element < elementCount(); ++element)
     {
-        const std::span<const float, 3> position = nodePosition(node);
-        for (std::size_t axis = 0; axis < 3; ++axis)
+        if (selection.empty() || selection[static_cast<std::size_t>(materialOf(element))])
         {
-            box.min[axis] = std::min(box.min[axis], position[axis]);
-            box.max[axis] = std::max(box.max[axis], position[axis]);
+            for (const int node : nodesOf(element))
+            {
+                box.add(nodePosition(node));
+            }
         }
     }
     return box;

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstddef>
+#include <limits>
 #include <span>
 #include <string>
 #include <vector>
@@ -21,11 +22,16 @@ struct Material
     int stateCode = 0;  ///< any number but -1, which the library uses for "not assigned"
 };
 
-/// An axis-parallel box.
+/// An axis-parallel box; empty, with its minimum above its maximum, until a point is added.
 struct Box
 {
-    std::array<float, 3> min;
-    std::array<float, 3> max;
+    static constexpr float infinity = std::numeric_limits<float>::infinity();
+
+    std::array<float, 3> min{infinity, infinity, infinity};
+    std::array<float, 3> max{-infinity, -infinity, -infinity};
+
+    /// Extends the box to a point.
+    void add(std::span<const float, 3> point);
 };
 
 /// What a mesh is made of. All numbers count from 0.
@@ -60,11 +66,15 @@ public:
     std::span<const int> nodesOf(int element) const;
     std::span<const float, 3> nodePosition(int node) const;
 
+    /// An index into materials().
+    int materialOf(int element) const { return data_.materialPerElement[static_cast<std::size_t>(element)]; }
+
     /// Gauss points of all elements: the number of rows of a Gauss-point field on this mesh.
     std::size_t gaussPointCount() const;
 
-    /// The box of the nodes that belong to elements.
-    Box boundingBox() const;
+    /// The box of the nodes that belong to elements, or to elements of the selected materials if there is a selection:
+    /// one entry per material.
+    Box boundingBox(const std::vector<bool>& selection = {}) const;
 
     /// Gives every material its state code, in the order of the materials. Throws InvalidData.
     void setStateCodes(std::span<const int> codes);

@@ -3,6 +3,7 @@
 #define VELTRANE_HOST_TEXT_H
 
 #include <locale>
+#include <span>
 #include <sstream>
 #include <string>
 
@@ -16,6 +17,12 @@ template <typename... Parts> std::string text(const Parts&... parts)
     stream.imbue(std::locale::classic());
     (stream << ... << parts);
     return stream.str();
+}
+
+/// "(x, y, z)"
+inline std::string placeText(std::span<const float, 3> position)
+{
+    return text("(", position[0], ", ", position[1], ", ", position[2], ")");
 }
 
 } // namespace veltrane

@@ -1,14 +1,16 @@
 #include "Transfer.h"
 
+#include "ElementChecks.h"
 #include "Errors.h"
 #include "LibraryCall.h"
-#include "SourceChecks.h"
+#include "MeshArguments.h"
 #include "Text.h"
 
 #include <algorithm>
 #include <climits>
-#include <cmath>
 #include <cstring>
+#include <iterator>
+#include <tuple>
 #include <utility>
 
 namespace veltrane
@@ -17,45 +19,6 @@ namespace
 {
 
 constexpr const char* tuningFileName = "mappingInputs.txt";
-
-/// The library's view of coordinates. It borrows them and does not write, although its interface says float.
-float (*rowsOfThree(const std::vector<float>& coordinates))[3]
-{
-    return reinterpret_cast<float(*)[3]>(const_cast<float*>(coordinates.data()));
-}
-
-int* borrowed(const std::vector<int>& numbers)
-{
-    return const_cast<int*>(numbers.data());
-}
-
-std::vector<int> stateCodes(const std::vector<Material>& materials)
-{
-    std::vector<int> codes;
-    codes.reserve(materials.size());
-    std::ranges::transform(materials, std::back_inserter(codes), &Material::stateCode);
-    return codes;
-}
-
-/// The tables of a mesh that the library wants in a form of its own.
-struct MeshTables
-{
-    explicit MeshTables(const Mesh& mesh) : materialStates(stateCodes(mesh.materials()))
-    {
-        const auto elementCount = static_cast<std::size_t>(mesh.elementCount());
-        nodesPerElement.reserve(elementCount);
-        typeCodes.reserve(elementCount);
-        for (int element = 0; element < mesh.elementCount(); ++element)
-        {
-            nodesPerElement.push_back(const_cast<int*>(mesh.nodesOf(element).data()));
-            typeCodes.push_back(static_cast<int>(mesh.kindOf(element).kind));
-        }
-    }
-
-    std::vector<int*> nodesPerElement;
-    std::vector<int> typeCodes;
-    std::vector<int> materialStates;
-};
 
 /// How many locations of each sort a mesh or a point cloud has.
 struct LocationCounts
@@ -120,34 +83,6 @@ void checkSourceFields(std::span<const Field> fields, const LocationCounts& coun
             throw InvalidData(text("field '", field.name(), "' has values at ", field.locationCount(),
                                    field.location() == Location::nodes ? " nodes" : " Gauss points",
                                    ", but the source has ", expected));
-        }
-    }
-}
-
-void checkMappingFlags(const std::vector<bool>& flags, std::size_t materialCount)
-{
-    if (!flags.empty() && flags.size() != materialCount)
-    {
-        throw InvalidOption(
-            text("there are ", flags.size(), " mapping flags for ", materialCount, " target materials"));
-    }
-}
-
-std::vector<int> mappingFlags(const std::vector<bool>& flags, std::size_t materialCount)
-{
-    return flags.empty() ? std::vector<int>(materialCount, 1) : std::vector<int>(flags.begin(), flags.end());
-}
-
-/// Gauss points of surface elements have no positions in the library.
-void checkGaussPointTarget(const Mesh& target)
-{
-    for (int element = 0; element < target.elementCount(); ++element)
-    {
-        const ElementKindInfo& kind = target.kindOf(element);
-        if (!kind.isVolume)
-        {
-            throw InvalidData(text("target element ", element, " is a ", kind.name,
-                                   "; Gauss-point fields need a target of volume elements only"));
         }
     }
 }
@@ -245,45 +180,47 @@ TransferResult result(LibraryOutcome outcome, FieldsInTransfer& fields)
             .libraryOutput = std::move(outcome.output)};
 }
 
+/// Calls one of the two interpolations, which differ in what a target is made of.
+template <typename Function, typename TargetArguments>
+TransferResult run(Function function, const Mesh& source, TargetArguments targetArguments, std::vector<int> flags,
+                   FieldsInTransfer& fields, const TransferOptions& options)
+{
+    MeshArguments sourceArguments(source);
+    const auto computation = [&](char* message, int* errorCode, VeltraneCallback callback)
+    {
+        std::apply(function, std::tuple_cat(std::tuple(static_cast<int>(options.mode), options.defaultValue),
+                                            sourceArguments.list(), targetArguments.list(),
+                                            std::tuple(flags.data(), fields.source(), fields.target(), message,
+                                                       errorCode, callback)));
+    };
+    return result(callLibrary(tuningFileName, options.tuning, options.progress, computation), fields);
+}
+
 } // namespace
 
 TransferResult transfer(const Mesh& source, std::span<const Field> sourceFields, const Mesh& target,
                         const TransferOptions& options)
 {
     checkMode(options.mode, false);
-    checkMappingFlags(options.targetMapping, target.materials().size());
+    std::vector<int> flags = mappingFlags(options.targetMapping, target.materials().size());
     checkSourceElements(source);
     checkSourceFields(sourceFields, countLocations(source));
     std::vector<Location> locations = targetLocations(sourceFields, options.targetLocations);
     if (std::ranges::find(locations, Location::gaussPoints) != locations.end())
     {
-        checkGaussPointTarget(target);
+        checkVolumeElements(target, "target", "Gauss-point fields need a target of volume elements only");
     }
     FieldsInTransfer fields(sourceFields, std::move(locations), countLocations(target), options.defaultValue);
 
-    MeshTables sourceTables(source);
-    MeshTables targetTables(target);
-    std::vector<int> flags = mappingFlags(options.targetMapping, target.materials().size());
-    const auto computation = [&](char* message, int* errorCode, VeltraneCallback callback)
-    {
-        FE3DMeshToFE3DMesh_VariablesInterpolation(
-            static_cast<int>(options.mode), options.defaultValue, source.elementCount(), source.nodeCount(),
-            rowsOfThree(source.coordinates()), sourceTables.nodesPerElement.data(), sourceTables.typeCodes.data(),
-            static_cast<int>(source.materials().size()), borrowed(source.materialPerElement()),
-            sourceTables.materialStates.data(), target.elementCount(), target.nodeCount(),
-            rowsOfThree(target.coordinates()), targetTables.nodesPerElement.data(), targetTables.typeCodes.data(),
-            static_cast<int>(target.materials().size()), borrowed(target.materialPerElement()),
-            targetTables.materialStates.data(), flags.data(), fields.source(), fields.target(), message, errorCode,
-            callback);
-    };
-    return result(callLibrary(tuningFileName, options.tuning, options.progress, computation), fields);
+    return run(FE3DMeshToFE3DMesh_VariablesInterpolation, source, MeshArguments(target), std::move(flags), fields,
+               options);
 }
 
 TransferResult sample(const Mesh& source, std::span<const Field> sourceFields, const PointCloud& points,
                       const TransferOptions& options)
 {
     checkMode(options.mode, true);
-    checkMappingFlags(options.targetMapping, points.materials().size());
+    std::vector<int> flags = mappingFlags(options.targetMapping, points.materials().size());
     checkSourceElements(source);
     checkSourceFields(sourceFields, countLocations(source));
     std::vector<Location> locations(sourceFields.size(), Location::nodes);
@@ -294,20 +231,8 @@ TransferResult sample(const Mesh& source, std::span<const Field> sourceFields, c
     FieldsInTransfer fields(sourceFields, std::move(locations), {static_cast<std::size_t>(points.pointCount()), 0},
                             options.defaultValue);
 
-    MeshTables sourceTables(source);
-    std::vector<int> materialStates = stateCodes(points.materials());
-    std::vector<int> flags = mappingFlags(options.targetMapping, points.materials().size());
-    const auto computation = [&](char* message, int* errorCode, VeltraneCallback callback)
-    {
-        FE3DMEshToPtCloud_VariablesInterpolation(
-            static_cast<int>(options.mode), options.defaultValue, source.elementCount(), source.nodeCount(),
-            rowsOfThree(source.coordinates()), sourceTables.nodesPerElement.data(), sourceTables.typeCodes.data(),
-            static_cast<int>(source.materials().size()), borrowed(source.materialPerElement()),
-            sourceTables.materialStates.data(), points.pointCount(), rowsOfThree(points.coordinates()),
-            static_cast<int>(points.materials().size()), borrowed(points.materialPerPoint()), materialStates.data(),
-            flags.data(), fields.source(), fields.target(), message, errorCode, callback);
-    };
-    return result(callLibrary(tuningFileName, options.tuning, options.progress, computation), fields);
+    return run(FE3DMEshToPtCloud_VariablesInterpolation, source, PointCloudArguments(points), std::move(flags), fields,
+               options);
 }
 
 } // namespace veltrane

@@ -12,15 +12,14 @@
 #ifndef VELTRANE_HOST_TRANSFER_H
 #define VELTRANE_HOST_TRANSFER_H
 
+#include "CallSettings.h"
 #include "Field.h"
 #include "Mesh.h"
 #include "TransferStatistics.h"
 
-#include <functional>
 #include <optional>
 #include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace veltrane
@@ -33,28 +32,6 @@ enum class OutsideMode : int
     defaultValue = 1, ///< nodes and points get the default value, Gauss points 0
     propagate = 2     ///< nodes get values from neighbouring nodes, Gauss points 0; not for points
 };
-
-/// Settings of the search for which the library has defaults.
-struct Tuning
-{
-    /// Of reference coordinates, 0.001; a point outside an element by twice as much counts as inside.
-    std::optional<float> tolerance{};
-    /// How far around their boxes elements are entered into buckets without any, as part of their boxes, 0.1.
-    std::optional<float> bucketFactor{};
-    /// 10 000 000
-    std::optional<long long> maxBuckets{};
-};
-
-struct Progress
-{
-    int percent;
-    std::string_view title; ///< of the computation
-    std::string_view stage;
-};
-
-/// Is told the progress, about once per percent; returns false to cancel. Runs on the caller's thread. What it throws
-/// cancels the computation and comes out of it.
-using ProgressCallback = std::function<bool(const Progress&)>;
 
 struct TransferOptions
 {

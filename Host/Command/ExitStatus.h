@@ -11,6 +11,7 @@ enum class ExitStatus : int
 {
     done = 0,
     failed = 1,
+    toleranceExceeded = 1, ///< as diff ends if there are differences
     targetOutside = 2,
     propagationWarning = 3,
     usage = 64,
@@ -24,7 +25,7 @@ enum class ExitStatus : int
 inline constexpr const char* exitStatusHelp =
     "Exit statuses:\n"
     "    0  done\n"
-    "    1  failed\n"
+    "    1  failed, or a difference larger than the tolerance (compare)\n"
     "    2  parts of the target are outside the source (mode 0)\n"
     "    3  done, but parts of the target could not be reached by propagation (mode 2) and hold 0\n"
     "   64  wrong usage\n"

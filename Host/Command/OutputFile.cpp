@@ -1,6 +1,7 @@
 #include "OutputFile.h"
 
 #include "FileDescriptor.h"
+#include "Interruption.h"
 #include "MeshFile.h"
 #include "Text.h"
 
@@ -112,6 +113,7 @@ OutputFile::OutputFile(const std::filesystem::path& path, std::span<const std::f
 
 void OutputFile::write(const std::function<void(const std::filesystem::path&)>& writer) const
 {
+    throwIfInterrupted();
     const TemporaryFile file(temporaryPath_);
     std::error_code ignored; // a new output has no permissions to take over
     const std::filesystem::file_status replaced = std::filesystem::status(path_, ignored);
@@ -123,6 +125,7 @@ void OutputFile::write(const std::function<void(const std::filesystem::path&)>& 
     {
         throw CannotWrite(text("cannot write '", givenPath_.string(), "': ", reason.what()));
     }
+    throwIfInterrupted();
     if (std::filesystem::exists(replaced))
     {
         std::filesystem::permissions(temporaryPath_, replaced.permissions(), ignored);

@@ -18,7 +18,7 @@ public:
 
     /// Has a temporary file beside the output written, and gives it the output's name. If the writer throws, the
     /// temporary file is removed and an output of an earlier run stays as it is; of a CannotWrite it need only be the
-    /// reason, the output is named here.
+    /// reason, the output is named here. Throws Cancelled, with the same effect, if the command has been interrupted.
     void write(const std::function<void(const std::filesystem::path&)>& writer) const;
 
 private:

@@ -1,5 +1,7 @@
 #include "ProgressBar.h"
 
+#include "Interruption.h"
+
 #include <unistd.h>
 
 #include <algorithm>
@@ -23,6 +25,15 @@ ProgressBar::~ProgressBar()
     {
         std::cerr << "\r\033[K" << std::flush;
     }
+}
+
+ProgressCallback ProgressBar::callback()
+{
+    return [this](const Progress& progress)
+    {
+        show(progress);
+        return !isInterrupted();
+    };
 }
 
 void ProgressBar::show(const Progress& progress)

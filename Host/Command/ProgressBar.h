@@ -2,7 +2,7 @@
 #ifndef VELTRANE_COMMAND_PROGRESS_BAR_H
 #define VELTRANE_COMMAND_PROGRESS_BAR_H
 
-#include "Transfer.h"
+#include "CallSettings.h"
 
 namespace veltrane
 {
@@ -17,9 +17,12 @@ public:
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
 
-    void show(const Progress& progress);
+    /// Shows progress while the bar lives, and cancels if the command is interrupted.
+    ProgressCallback callback();
 
 private:
+    void show(const Progress& progress);
+
     bool isShown_;
     int shownPercent_ = -1;
 };

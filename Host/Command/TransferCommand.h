@@ -3,6 +3,7 @@
 #define VELTRANE_COMMAND_TRANSFER_COMMAND_H
 
 #include "ExitStatus.h"
+#include "MeshPair.h"
 
 #include <CLI/CLI.hpp>
 
@@ -29,15 +30,10 @@ public:
 
 private:
     CLI::App* command_;
-    std::string source_;
-    std::string target_;
-    std::string output_;
+    MeshPairArguments files_;
     std::string mode_ = "0";
     std::vector<std::string> fields_;
     std::optional<float> defaultValue_;
-    std::optional<float> tolerance_;
-    bool replace_ = false;
-    bool quiet_ = false;
 };
 
 } // namespace veltrane

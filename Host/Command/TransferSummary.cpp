@@ -1,10 +1,10 @@
 #include "TransferSummary.h"
 
+#include "Report.h"
 #include "Text.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <iomanip>
 #include <limits>
 #include <map>
@@ -14,31 +14,6 @@ namespace veltrane
 {
 namespace
 {
-
-constexpr int labelWidth = 18;
-
-std::string inSixDigits(double value)
-{
-    char digits[32];
-    std::snprintf(digits, sizeof digits, "%.6g", value);
-    return digits;
-}
-
-std::string oneOrMore(long long count, std::string_view one, std::string_view more)
-{
-    return text(count, " ", count == 1 ? one : more);
-}
-
-void printLine(std::ostream& stream, std::string_view label, const std::string& content)
-{
-    stream << std::left << std::setw(labelWidth) << label << content << '\n';
-}
-
-void printCount(std::ostream& stream, std::string_view label, long long count, std::string_view remark)
-{
-    stream << std::left << std::setw(labelWidth) << label << std::right << std::setw(9) << count
-           << (remark.empty() || count == 0 ? "" : text("   ", remark)) << '\n';
-}
 
 long long countNodesInElements(const Mesh& mesh)
 {
@@ -96,15 +71,21 @@ void printCounts(std::ostream& stream, const Mesh& target, const TransferStatist
 {
     const long long nodeCount = countNodesInElements(target);
     const OutsideCounts outside = statistics.nodes.value_or(OutsideCounts{0, 0});
-    printCount(stream, "target nodes", target.nodeCount(), "");
+    printCount(stream, "target nodes", target.nodeCount());
     if (nodeCount < target.nodeCount())
     {
         printCount(stream, "  in no cell", target.nodeCount() - nodeCount, "not given values: hold the default value");
     }
-    printCount(stream, "  inside", nodeCount - outside.all(), "");
+    printCount(stream, "  inside", nodeCount - outside.all());
     printCount(stream, "  near", outside.near, "just outside the source: values of a nearby element");
     printCount(stream, "  far", outside.far, farRemark(options.mode));
-    printLine(stream, "mean iterations", text("     ", std::fixed, std::setprecision(2), statistics.meanIterations));
+    printCount(stream, "search buckets", statistics.bucketCount);
+    printCount(stream, "  in use", statistics.usedBucketCount,
+               text("holding ", std::fixed, std::setprecision(2), statistics.meanElementsPerUsedBucket,
+                    " source elements each, on average"));
+    printLine(stream, "mean iterations",
+              text("     ", std::fixed, std::setprecision(2), statistics.meanIterations,
+                   "   to find the place of a node within an element"));
 }
 
 std::string componentName(const Field& field, int component)
@@ -122,31 +103,20 @@ std::string componentName(const Field& field, int component)
 
 void printRanges(std::ostream& stream, std::span<const Field> sourceFields, std::span<const Field> targetFields)
 {
-    std::size_t nameWidth = 0;
-    for (const Field& field : sourceFields)
-    {
-        nameWidth = std::max(nameWidth, componentName(field, 0).size());
-    }
-    const auto printRow = [&](const std::string& name, const std::array<std::string, 4>& cells)
-    {
-        stream << std::left << std::setw(static_cast<int>(nameWidth)) << name << std::right;
-        for (const std::string& cell : cells)
-        {
-            stream << "  " << std::setw(12) << cell;
-        }
-        stream << '\n';
-    };
-    printRow("", {"source min", "source max", "target min", "target max"});
+    constexpr int digits = 6;
+    TextTable table(12);
+    table.addRow({"", "source min", "source max", "target min", "target max"});
     for (std::size_t i = 0; i < sourceFields.size(); ++i)
     {
         for (int component = 0; component < sourceFields[i].componentCount(); ++component)
         {
             const ValueRange source = rangeOf(sourceFields[i], component);
             const ValueRange target = rangeOf(targetFields[i], component);
-            printRow(componentName(sourceFields[i], component), {inSixDigits(source.min), inSixDigits(source.max),
-                                                                 inSixDigits(target.min), inSixDigits(target.max)});
+            table.addRow({componentName(sourceFields[i], component), inDigits(digits, source.min),
+                          inDigits(digits, source.max), inDigits(digits, target.min), inDigits(digits, target.max)});
         }
     }
+    table.print(stream);
 }
 
 } // namespace
@@ -190,12 +160,14 @@ std::string describe(const Mesh& mesh)
 void printSummary(std::ostream& stream, const MeshFile& source, std::span<const Field> sourceFields,
                   const MeshFile& target, const TransferResult& result, const TransferOptions& options)
 {
-    printLine(stream, "source", text(source.path().string(), ": ", describe(source.mesh())));
+    printLine(stream, "source", source.path().string());
+    printLine(stream, "", describe(source.mesh()));
     if (source.leftOutCellCount() > 0)
     {
         printLine(stream, "", text(oneOrMore(source.leftOutCellCount(), "surface cell", "surface cells"), " left out"));
     }
-    printLine(stream, "target", text(target.path().string(), ": ", describe(target.mesh())));
+    printLine(stream, "target", target.path().string());
+    printLine(stream, "", describe(target.mesh()));
     printMaterials(stream, source, target);
     if (result.statistics)
     {

@@ -1,6 +1,8 @@
 // The command veltrane.
+#include "CompareCommand.h"
 #include "ExitStatus.h"
 #include "Interruption.h"
+#include "MatchCommand.h"
 #include "MeshFile.h"
 #include "Text.h"
 #include "TransferCommand.h"
@@ -77,11 +79,17 @@ int main(int argc, char** argv)
     CLI::App app("Transfers results between finite-element meshes.", "veltrane");
     app.require_subcommand(1);
     app.set_version_flag("--version", veltrane::versionText, "Print the versions of the command and of the library");
-    app.footer(veltrane::text("Example:\n  veltrane transfer thermal.vtu structure.vtu -o loaded.vtu\n\n",
+    app.footer(veltrane::text("Examples:\n"
+                              "  veltrane transfer thermal.vtu structure.vtu -o loaded.vtu\n"
+                              "  veltrane match nodes assembly.vtu part.vtu -o nodes.csv\n"
+                              "  veltrane match gauss assembly.vtu part.vtu -o gauss.csv\n"
+                              "  veltrane compare loaded.vtu solved.vtu\n\n",
                               veltrane::exitStatusHelp));
     app.failure_message([](const CLI::App*, const CLI::Error& error)
                         { return veltrane::text("veltrane: ", error.what(), " (see --help)\n"); });
     const veltrane::TransferCommand transfer(app);
+    const veltrane::MatchCommand match(app);
+    const veltrane::CompareCommand compare(app);
 
     try
     {
@@ -92,5 +100,6 @@ int main(int argc, char** argv)
         const int code = app.exit(error);
         return code == 0 ? 0 : static_cast<int>(ExitStatus::usage);
     }
-    return static_cast<int>(run(transfer));
+    const ExitStatus status = match.isChosen() ? run(match) : compare.isChosen() ? run(compare) : run(transfer);
+    return static_cast<int>(status);
 }

@@ -7,9 +7,11 @@
 #include <vtkCellArray.h>
 #include <vtkCellData.h>
 #include <vtkDataArray.h>
+#include <vtkDataSetAttributes.h>
 #include <vtkDoubleArray.h>
 #include <vtkErrorCode.h>
 #include <vtkFloatArray.h>
+#include <vtkIntArray.h>
 #include <vtkNew.h>
 #include <vtkPointData.h>
 #include <vtkPoints.h>
@@ -296,7 +298,7 @@ std::vector<vtkIdType> readElements(vtkUnstructuredGrid& grid, MeshRole role, co
             ++unsupported[cellType];
             continue;
         }
-        if (role == MeshRole::source && !findElementKind(cellKind->kind)->isVolume)
+        if (role != MeshRole::target && !findElementKind(cellKind->kind)->isVolume)
         {
             continue;
         }
@@ -312,7 +314,8 @@ std::vector<vtkIdType> readElements(vtkUnstructuredGrid& grid, MeshRole role, co
     }
     if (cells.empty())
     {
-        throw BadFile(text(quoted(path), " has no volume cells, which a source needs"));
+        throw BadFile(text(quoted(path), " has no volume cells, which ",
+                           role == MeshRole::source ? "a source needs" : "have the Gauss points to be matched"));
     }
     return cells;
 }
@@ -402,6 +405,53 @@ vtkSmartPointer<vtkDataArray> toArray(const Field& field)
     return toArray<vtkDoubleArray>(field, std::get<std::vector<double>>(field.values()));
 }
 
+/// Row i of the values becomes row rowOf(i) of the array; the others are 0.
+template <typename RowOf>
+vtkSmartPointer<vtkDataArray> toArray(const IntegerArray& integers, vtkIdType rowCount, const RowOf& rowOf)
+{
+    vtkNew<vtkIntArray> array;
+    array->SetName(integers.name.c_str());
+    array->SetNumberOfComponents(integers.componentCount);
+    array->SetNumberOfTuples(rowCount);
+    array->Fill(0);
+    const auto rowLength = static_cast<std::size_t>(integers.componentCount);
+    for (std::size_t row = 0; row * rowLength < integers.values.size(); ++row)
+    {
+        array->SetTypedTuple(rowOf(row), integers.values.data() + row * rowLength);
+    }
+    return array;
+}
+
+vtkDataSetAttributes& attributesOf(vtkUnstructuredGrid& grid, ArrayPlace place)
+{
+    if (place == ArrayPlace::points)
+    {
+        return *grid.GetPointData();
+    }
+    return *grid.GetCellData();
+}
+
+vtkSmartPointer<vtkUnstructuredGrid> shallowCopy(vtkUnstructuredGrid& original)
+{
+    vtkNew<vtkUnstructuredGrid> copy;
+    copy->ShallowCopy(&original);
+    return copy;
+}
+
+void writeGrid(vtkUnstructuredGrid& grid, const std::filesystem::path& path)
+{
+    const VtkMessages messages;
+    vtkNew<vtkXMLUnstructuredGridWriter> writer;
+    writer->SetFileName(path.c_str());
+    writer->SetInputData(&grid);
+    const bool written = writer->Write() != 0;
+    const std::optional<std::string> reason = failureReason(messages, writer->GetErrorCode());
+    if (!written || reason)
+    {
+        throw CannotWrite(reason.value_or("VTK gives no reason"));
+    }
+}
+
 } // namespace
 
 struct MeshFile::Contents
@@ -410,7 +460,7 @@ struct MeshFile::Contents
     vtkSmartPointer<vtkUnstructuredGrid> grid;
     std::optional<Mesh> mesh;
     std::optional<std::string> materialArray;
-    int leftOutCellCount = 0;
+    std::vector<vtkIdType> cells; ///< of the elements
     std::vector<PointArray> pointArrays;
 };
 
@@ -423,15 +473,14 @@ MeshFile::MeshFile(const std::filesystem::path& path, MeshRole role) : contents_
     checkTupleCounts(*grid.GetCellData(), grid.GetNumberOfCells(), "cell", path);
 
     MeshData data;
-    const std::vector<vtkIdType> cells = readElements(grid, role, path, data);
-    contents_->leftOutCellCount = static_cast<int>(grid.GetNumberOfCells()) - static_cast<int>(cells.size());
+    contents_->cells = readElements(grid, role, path, data);
     data.coordinates = readCoordinates(grid, path);
     vtkDataArray* materialArray = findMaterialArray(grid);
     if (materialArray != nullptr)
     {
         contents_->materialArray = materialArray->GetName();
     }
-    readMaterials(materialArray, cells, path, data);
+    readMaterials(materialArray, contents_->cells, path, data);
     try
     {
         contents_->mesh.emplace(std::move(data));
@@ -469,12 +518,22 @@ const std::optional<std::string>& MeshFile::materialArray() const
 
 int MeshFile::leftOutCellCount() const
 {
-    return contents_->leftOutCellCount;
+    return static_cast<int>(contents_->grid->GetNumberOfCells()) - mesh().elementCount();
+}
+
+int MeshFile::cellOf(int element) const
+{
+    return static_cast<int>(contents_->cells[static_cast<std::size_t>(element)]);
 }
 
 const std::vector<PointArray>& MeshFile::pointArrays() const
 {
     return contents_->pointArrays;
+}
+
+bool MeshFile::hasArray(ArrayPlace place, const std::string& name) const
+{
+    return attributesOf(*contents_->grid, place).HasArray(name.c_str()) != 0;
 }
 
 Field MeshFile::field(const std::string& name) const
@@ -512,22 +571,26 @@ Field MeshFile::field(const std::string& name) const
 
 void MeshFile::writeWith(std::span<const Field> fields, const std::filesystem::path& path) const
 {
-    vtkNew<vtkUnstructuredGrid> grid;
-    grid->ShallowCopy(contents_->grid);
+    const vtkSmartPointer<vtkUnstructuredGrid> grid = shallowCopy(*contents_->grid);
     for (const Field& field : fields)
     {
         grid->GetPointData()->AddArray(toArray(field));
     }
-    const VtkMessages messages;
-    vtkNew<vtkXMLUnstructuredGridWriter> writer;
-    writer->SetFileName(path.c_str());
-    writer->SetInputData(grid);
-    const bool written = writer->Write() != 0;
-    const std::optional<std::string> reason = failureReason(messages, writer->GetErrorCode());
-    if (!written || reason)
+    writeGrid(*grid, path);
+}
+
+void MeshFile::writeWith(std::span<const IntegerArray> arrays, const std::filesystem::path& path) const
+{
+    const vtkSmartPointer<vtkUnstructuredGrid> grid = shallowCopy(*contents_->grid);
+    for (const IntegerArray& integers : arrays)
     {
-        throw CannotWrite(reason.value_or("VTK gives no reason"));
+        const bool isPerPoint = integers.place == ArrayPlace::points;
+        const auto rowOf = [&](std::size_t row)
+        { return isPerPoint ? static_cast<vtkIdType>(row) : contents_->cells[row]; };
+        attributesOf(*grid, integers.place)
+            .AddArray(toArray(integers, isPerPoint ? grid->GetNumberOfPoints() : grid->GetNumberOfCells(), rowOf));
     }
+    writeGrid(*grid, path);
 }
 
 } // namespace veltrane

@@ -38,11 +38,12 @@ public:
 };
 
 /// What a mesh is read for. A source is made of the volume cells alone: its surface cells, which many mesh generators
-/// write beside them, are left out.
+/// write beside them, are left out. So is a target whose Gauss points are matched.
 enum class MeshRole
 {
     source,
-    target
+    target,
+    gaussPointTarget
 };
 
 /// A point-data array of a mesh file.
@@ -51,6 +52,21 @@ struct PointArray
     std::string name;
     int componentCount;
     bool isFloatingPoint;
+};
+
+enum class ArrayPlace
+{
+    points,
+    cells
+};
+
+/// Whole numbers at the nodes or at the elements of a mesh, to be written as point or cell data.
+struct IntegerArray
+{
+    std::string name;
+    ArrayPlace place;
+    int componentCount;
+    std::vector<int> values; ///< node by node or element by element, component by component
 };
 
 /// A mesh file in memory: the mesh, the fields, and everything else that the file holds.
@@ -73,7 +89,13 @@ public:
     /// Cells of the file that are not part of the mesh.
     int leftOutCellCount() const;
 
+    /// The number of an element's cell in the file, from 0.
+    int cellOf(int element) const;
+
     const std::vector<PointArray>& pointArrays() const;
+
+    /// Whether the file has a point-data or cell-data array of this name, of whatever values.
+    bool hasArray(ArrayPlace place, const std::string& name) const;
 
     /// A floating-point point-data array as a field. Throws BadFile if there is none of this name or it is none.
     Field field(const std::string& name) const;
@@ -81,6 +103,9 @@ public:
     /// Writes the file's data set, with all its arrays and these fields as further point data, an array of the same
     /// name being replaced. Throws CannotWrite with nothing but the reason.
     void writeWith(std::span<const Field> fields, const std::filesystem::path& path) const;
+
+    /// The same with arrays of whole numbers. Cells that are not part of the mesh get 0.
+    void writeWith(std::span<const IntegerArray> arrays, const std::filesystem::path& path) const;
 
 private:
     struct Contents;

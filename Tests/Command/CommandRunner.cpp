@@ -1,5 +1,8 @@
 #include "CommandRunner.h"
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -109,4 +112,28 @@ CommandResult CommandRunner::runAndInterrupt(const std::vector<std::string>& arg
     ::close(terminal);
     const int status = statusOf(process);
     return {status, contents(streams / "output"), errors};
+}
+
+void expectFailure(const CommandRunner& runner, int status, const std::string& sentence,
+                   const std::vector<std::string>& arguments)
+{
+    const std::set<std::string> before = runner.directory().names();
+    const CommandResult result = runner.run(arguments);
+    EXPECT_EQ(result.status, status);
+    EXPECT_EQ(result.errors, "veltrane: " + sentence + "\n");
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(runner.directory().names(), before);
+    EXPECT_THAT(runner.temporaryNames(), testing::IsEmpty());
+}
+
+void expectCancellation(const CommandRunner& runner, const std::vector<std::string>& arguments)
+{
+    const std::set<std::string> before = runner.directory().names();
+    const CommandResult result = runner.runAndInterrupt(arguments, SIGINT);
+    EXPECT_EQ(result.status, 130);
+    EXPECT_THAT(result.errors, testing::StartsWith("\r[")); // the bar, which the signal has answered
+    EXPECT_THAT(result.errors, testing::EndsWith("veltrane: cancelled\r\n"));
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(runner.directory().names(), before);
+    EXPECT_THAT(runner.temporaryNames(), testing::IsEmpty());
 }

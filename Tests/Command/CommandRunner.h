@@ -42,4 +42,11 @@ private:
     TestDirectory temporary_;
 };
 
+/// Expects the command to fail with a status and one sentence, to print nothing else and to leave nothing behind.
+void expectFailure(const CommandRunner& runner, int status, const std::string& sentence,
+                   const std::vector<std::string>& arguments);
+
+/// Expects the command to be cancelled by Ctrl-C at its first sign of progress, and to leave nothing behind.
+void expectCancellation(const CommandRunner& runner, const std::vector<std::string>& arguments);
+
 #endif

@@ -65,13 +65,7 @@ protected:
 
     void expect(int status, const std::string& sentence, const std::vector<std::string>& arguments) const
     {
-        const std::set<std::string> before = runner.directory().names();
-        const CommandResult result = runner.run(arguments);
-        EXPECT_EQ(result.status, status);
-        EXPECT_EQ(result.errors, "veltrane: " + sentence + "\n");
-        EXPECT_EQ(result.output, "");
-        EXPECT_EQ(runner.directory().names(), before);
-        EXPECT_THAT(runner.temporaryNames(), IsEmpty());
+        expectFailure(runner, status, sentence, arguments);
     }
 
     void expectTransfer(int status, const std::string& sentence, std::vector<std::string> options = {}) const
@@ -248,8 +242,8 @@ TEST_F(TransferError, TargetArraysAreNotReplacedUnasked)
     const auto target = makeGrid(VTK_TETRA, 2);
     addDoubles(*target, "U", linear);
     writeTarget(*target);
-    expectTransfer(65, "the target 'target.vtu' has a point-data array 'U' of its own; --replace lets the transferred "
-                       "one take its place");
+    expectTransfer(65, "the target 'target.vtu' has a point-data array 'U' of its own; --replace lets the new one take "
+                       "its place");
 }
 
 TEST_F(TransferError, MeshesMustOverlap)

@@ -128,6 +128,44 @@ TEST_F(Fields, nodeValuesServeGaussPointsAndGaussPointValuesServeNodes)
     expectNear(outcome.fields[1], constant(8, 4.0), 1e-5);
 }
 
+TEST_F(Fields, gaussPointsOfVolumeElementsLieAtTheirPlaces)
+{
+    // The elements are in their reference positions, so that these are reference coordinates.
+    const auto a = static_cast<float>(1.0 / std::sqrt(3.0));
+    const float third = 1.0F / 3.0F;
+    const float sixth = 0.5F * third;
+    const std::vector<Point> hexahedron = {{-a, -a, -a}, {a, -a, -a}, {a, a, -a}, {-a, a, -a},
+                                           {-a, -a, a},  {a, -a, a},  {a, a, a},  {-a, a, a}};
+    std::vector<Point> pyramid;
+    for (const float s : {0.455848155988F, 0.8774851773445F})
+    {
+        for (std::size_t i = 0; i < 4; ++i)
+        {
+            pyramid.push_back({s * hexahedron[i][0], s * hexahedron[i][1], 1.0F - s});
+        }
+    }
+    const std::vector<std::pair<int, std::vector<Point>>> places = {
+        {element::hexahedron, hexahedron},
+        {element::tetrahedron, {{0.25F, 0.25F, 0.25F}}},
+        {element::wedge, {{0.5F, 0, -a}, {0.5F, 0.5F, -a}, {0, 0.5F, -a}, {0.5F, 0, a}, {0.5F, 0.5F, a}, {0, 0.5F, a}}},
+        {element::quadraticTetrahedron,
+         {{0.25F, 0.25F, 0.25F},
+          {0.5F, sixth, sixth},
+          {sixth, 0.5F, sixth},
+          {sixth, sixth, 0.5F},
+          {sixth, sixth, sixth}}},
+        {element::pyramid, pyramid}};
+    const auto distinct = [](const Point& p)
+    { return static_cast<double>(p[0]) + 10.0 * static_cast<double>(p[1]) + 100.0 * static_cast<double>(p[2]); };
+    for (const auto& [type, points] : places)
+    {
+        Transfer transfer =
+            transferOf(distinct, box(element::hexahedron, {-2, -2, -2}, {2, 2, 2}), referenceElement(type));
+        transfer.targetFields = {atGaussPoints()};
+        expectNear(run(transfer).fields[0], atNodes(cloud(points), distinct), 1e-4);
+    }
+}
+
 TEST_F(Fields, gaussPointsOfTrianglesAndQuadrilateralsLieAtTheOrigin)
 {
     // These elements have no shape functions in the library.

@@ -1,7 +1,8 @@
 // Which source element a target point takes its values from.
 #include "Scenes.h"
 
-#include <cmath>
+#include <algorithm>
+#include <limits>
 
 namespace
 {
@@ -172,28 +173,10 @@ TEST_F(Location, onlyElementsOfTheSameStateCodeAreConsidered)
     expectNear(run(transfer).fields[0], {20.0, 10.0, -1.0}, 1e-5);
 }
 
-/// A quadratic tetrahedron whose edges along x are bent: x = 1 - (1 - xi)^2, y = eta, z = zeta. Nothing of it lies
-/// beyond x = 1, and the iteration for a point there wanders without end.
+/// Nothing of the bent element lies beyond x = 1, and the iteration for a point there wanders without end.
 class PointThatTheInversionDoesNotReach : public Location
 {
 protected:
-    static Mesh bentElement()
-    {
-        return single(element::quadraticTetrahedron, {{1, 0, 0},
-                                                      {0, 1, 0},
-                                                      {0, 0, 0},
-                                                      {0, 0, 1},
-                                                      {0.75F, 0.5F, 0},
-                                                      {0, 0.5F, 0},
-                                                      {0.75F, 0, 0},
-                                                      {0.75F, 0, 0.5F},
-                                                      {0, 0.5F, 0.5F},
-                                                      {0, 0, 0.5F}});
-    }
-
-    /// The reference coordinate xi itself.
-    static std::vector<double> xiAtNodes() { return {1, 0, 0, 0, 0.5, 0, 0.5, 0.5, 0, 0}; }
-
     /// At xi = 0.3, x is 1 - 0.7^2.
     static constexpr Point reached = {0.51F, 0.2F, 0.1F};
     static constexpr Point notReached = {1.007F, 0.002F, 0.001F};
@@ -201,14 +184,14 @@ protected:
 
 TEST_F(PointThatTheInversionDoesNotReach, isFarInACloud)
 {
-    expectNear(runAtPoints(bentElement(), xiAtNodes(), {reached, notReached}).fields[0], {0.3, -1.0}, 2e-3);
+    expectNear(runAtPoints(bentElement(), xiInBentElement(), {reached, notReached}).fields[0], {0.3, -1.0}, 2e-3);
 }
 
 TEST_F(PointThatTheInversionDoesNotReach, isFarInAMeshThoughAnElementIsNear)
 {
     Transfer transfer;
     transfer.source = bentElement();
-    transfer.sourceFields = {{.values = xiAtNodes()}};
+    transfer.sourceFields = {{.values = xiInBentElement()}};
     transfer.target = single(element::tetrahedron, {reached, {0.51F, 0.1F, 0.1F}, {0.51F, 0.1F, 0.2F}, notReached});
     transfer.targetFields = {{.defaultValue = -1.0F}};
     EXPECT_EQ(run(transfer).code, 2);
@@ -218,6 +201,28 @@ TEST_F(PointThatTheInversionDoesNotReach, isFarInAMeshThoughAnElementIsNear)
     expectNear(outcome.fields[0], {0.3, 0.3, 0.3, -1.0}, 2e-3);
     EXPECT_NE(outcome.log().find("interpolation was done = 3\n\n"), std::string::npos);
     EXPECT_NE(outcome.log().find("or are propagated = 1\n\n\n"), std::string::npos);
+}
+
+TEST_F(Location, theElementAroundAPointIsFoundBehindAnyNumberOfOthers)
+{
+    // The boxes of all tetrahedra hold the point, but none of them does.
+    Mesh source;
+    for (int i = 0; i < 100; ++i)
+    {
+        source =
+            i == 0 ? referenceElement(element::tetrahedron) : joined(source, referenceElement(element::tetrahedron));
+    }
+    source = joined(source, unitHexahedron({0, 0, 0}));
+    std::ranges::fill(source.materials, 0);
+    std::vector<double> values = constant(400, 1.0);
+    values.resize(408, 2.0);
+    const std::vector<Point> points = {{0.9F, 0.9F, 0.9F}, {0.1F, 0.1F, 0.1F}};
+    expectNear(runAtPoints(source, values, points).fields[0], {2.0, 1.0}, 1e-5);
+    // The same among elements of several materials.
+    source.materials.back() = 1;
+    source.materials[50] = 2;
+    source.stateCodes = {1, 1, 4};
+    expectNear(runAtPoints(source, values, points).fields[0], {2.0, 1.0}, 1e-5);
 }
 
 TEST_F(Location, theOrderOfThePointsDoesNotMatter)

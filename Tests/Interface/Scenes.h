@@ -78,6 +78,27 @@ inline Transfer reachedByWideningOnly()
     return transferOf([](const Point&) { return 6.0; }, source, target);
 }
 
+/// A quadratic tetrahedron whose edges along x are bent: x = 1 - (1 - xi)^2, y = eta, z = zeta.
+inline Mesh bentElement()
+{
+    return single(element::quadraticTetrahedron, {{1, 0, 0},
+                                                  {0, 1, 0},
+                                                  {0, 0, 0},
+                                                  {0, 0, 1},
+                                                  {0.75F, 0.5F, 0},
+                                                  {0, 0.5F, 0},
+                                                  {0.75F, 0, 0},
+                                                  {0.75F, 0, 0.5F},
+                                                  {0, 0.5F, 0.5F},
+                                                  {0, 0, 0.5F}});
+}
+
+/// The reference coordinate xi at its nodes.
+inline std::vector<double> xiInBentElement()
+{
+    return {1, 0, 0, 0, 0.5, 0, 0.5, 0.5, 0, 0};
+}
+
 /// Checks every value of a field. An expected value that is `untouched` must be so exactly.
 inline void expectNear(const std::vector<double>& values, const std::vector<double>& expected, double tolerance)
 {

@@ -86,6 +86,30 @@ TEST_F(StatisticsLog, bucketsThatNoTargetEntityTouchesAreUnused)
     EXPECT_NE(log.find("Average number of elements per used bucket = 4.500000\n\n\n"), std::string::npos) << log;
 }
 
+TEST_F(StatisticsLog, averagesTheIterations)
+{
+    // The iteration starts at xi = 0.25, and is that for the square root of 1 - x: from 0.75 it is there at once for
+    // x = 0.4375, but counts one step; for x = 0.51 the first step is off by ((0.75^2 - 0.49) / 1.5)^2 = 0.0023, more
+    // than the tolerance of 0.00102, and the second by less than 0.00001.
+    const auto mean = [](const std::string& log)
+    {
+        const std::string before = "at each target point = ";
+        const std::size_t begin = log.find(before) + before.size();
+        return log.substr(begin, log.find('\n', begin) - begin);
+    };
+    Transfer transfer;
+    transfer.source = bentElement();
+    transfer.sourceFields = {{.values = xiInBentElement()}};
+    transfer.target = cloud({{0.4375F, 0.2F, 0.1F}});
+    EXPECT_EQ(mean(run(transfer).log()), "1.000000");
+    transfer.target = cloud({{0.51F, 0.2F, 0.1F}});
+    EXPECT_EQ(mean(run(transfer).log()), "2.000000");
+    transfer.target = cloud({{0.51F, 0.2F, 0.1F}, {0.4375F, 0.2F, 0.1F}, {0.51F, 0.1F, 0.2F}, {0.51F, 0.3F, 0.1F}});
+    EXPECT_EQ(mean(run(transfer).log()), "1.750000");
+    // With a tolerance of 0 there are no iterations at all.
+    EXPECT_EQ(mean(run(transfer, {.files = {{"mappingInputs.txt", "0.1 0"}}}).log()), "0.000000");
+}
+
 TEST_F(StatisticsLog, aTargetWithoutThicknessHasOneBucketAcross)
 {
     Transfer transfer =

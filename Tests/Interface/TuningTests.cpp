@@ -16,12 +16,12 @@ protected:
         return std::stoll(outcome.log().substr(start.size()));
     }
 
-    /// Unit hexahedra, so that buckets are 1.02 wide, and a target of extent 4.5: 4.59 / 1.02 = 4.5, five buckets along
-    /// each axis; three when they are twice as wide, two when four times, one from eight times on.
+    /// Unit hexahedra, so that buckets are 1.02 wide, and a target of extent 4.7: 4.794 / 1.02 = 4.7, five buckets
+    /// along each axis; three when they are twice as wide, two when four times, one from eight times on.
     static Transfer overManyBuckets()
     {
         return transferOf(linear, box(element::hexahedron, {0, 0, 0}, {6, 6, 6}, {6, 6, 6}),
-                          box(element::hexahedron, {0.75F, 0.75F, 0.75F}, {5.25F, 5.25F, 5.25F}));
+                          box(element::hexahedron, {0.65F, 0.65F, 0.65F}, {5.35F, 5.35F, 5.35F}));
     }
 
     /// A point 0.01 reference units outside a hexahedron of side 2, in a cloud with default -1.

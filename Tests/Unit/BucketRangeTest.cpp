@@ -5,7 +5,6 @@
 
 #include <array>
 #include <cmath>
-#include <random>
 #include <vector>
 
 namespace
@@ -87,27 +86,4 @@ TEST(BucketRanges, BeginAtTheCornerOfTheGrid)
     const BucketRanges ranges({10, 20, -30}, 0.5F, nbBuckets);
     EXPECT_EQ(rangeIn(ranges, {11, 23, -30, 13, 25, -17}), (Indices{0, 1, 0, 1, 2, 6}));
     EXPECT_EQ(rangeIn(ranges, {11, 23, -16, 13, 25, -15}), nothing);
-}
-
-TEST(BucketRanges, HaveTheSameFastFormForEveryBox)
-{
-    std::mt19937 random(1);
-    const auto number = [&random](double low, double high)
-    { return static_cast<float>(low + (high - low) * static_cast<double>(random()) / 4294967296.0); };
-    const int counts[][3] = {{1, 1, 1}, {7, 300, 20}, {16777216, 5, 2}, {16777215, 9, 1}};
-    for (const auto& count : counts)
-    {
-        const BucketRanges ranges({-3.3F, 0.7F, 100.1F}, 1.7F, count);
-        for (int i = 0; i < 20000; ++i)
-        {
-            std::vector<float> box;
-            for (int side = 0; side < 6; ++side)
-            {
-                // Mostly near the grid, sometimes far from it.
-                const float spread = i % 7 == 0 ? 1e9F : 120.0F;
-                box.push_back(number(-static_cast<double>(spread), static_cast<double>(spread)));
-            }
-            rangeIn(ranges, box);
-        }
-    }
 }

@@ -1,4 +1,4 @@
-#include "SourceChecks.h"
+#include "ElementChecks.h"
 
 #include "Errors.h"
 #include "Text.h"
@@ -89,19 +89,33 @@ float jacobianDeterminantAtStart(const Mesh& mesh, int element)
 
 } // namespace
 
+void checkVolumeElements(const Mesh& mesh, std::string_view side, std::string_view requirement,
+                         std::span<const int> flags)
+{
+    for (int element = 0; element < mesh.elementCount(); ++element)
+    {
+        const ElementKindInfo& kind = mesh.kindOf(element);
+        const bool isConcerned = flags.empty() || flags[static_cast<std::size_t>(mesh.materialOf(element))] == 1;
+        if (isConcerned && !kind.isVolume)
+        {
+            throw InvalidData(text(side, " element ", element, " is a ", kind.name, "; ", requirement));
+        }
+    }
+}
+
+void checkSourceKinds(const Mesh& source)
+{
+    checkVolumeElements(source, "source", "only volume elements can be a source");
+}
+
 void checkSourceElements(const Mesh& source)
 {
+    checkSourceKinds(source);
     for (int element = 0; element < source.elementCount(); ++element)
     {
-        const ElementKindInfo& kind = source.kindOf(element);
-        if (!kind.isVolume)
-        {
-            throw InvalidData(
-                text("source element ", element, " is a ", kind.name, "; only volume elements can be a source"));
-        }
         if (jacobianDeterminantAtStart(source, element) == 0.0F)
         {
-            throw InvalidData(text("source element ", element, ", a ", kind.name,
+            throw InvalidData(text("source element ", element, ", a ", source.kindOf(element).name,
                                    ", has no volume in single precision: its Jacobian is singular"));
         }
     }

@@ -1,0 +1,203 @@
+#include "CompareCommand.h"
+
+#include "Comparison.h"
+#include "FieldChoice.h"
+#include "Interruption.h"
+#include "MeshFile.h"
+#include "Report.h"
+#include "Text.h"
+#include "TransferSummary.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iostream>
+#include <iterator>
+
+namespace veltrane
+{
+namespace
+{
+
+struct NamedComparison
+{
+    std::string name;
+    int componentCount;
+    FieldComparison figures;
+};
+
+bool contains(const std::vector<std::string>& names, const std::string& name)
+{
+    return std::ranges::find(names, name) != names.end();
+}
+
+/// Those of the names that are, or are not, among the others.
+std::vector<std::string> namesAlsoIn(const std::vector<std::string>& others, const std::vector<std::string>& names,
+                                     bool wanted = true)
+{
+    std::vector<std::string> result;
+    std::ranges::copy_if(names, std::back_inserter(result),
+                         [&](const auto& name) { return contains(others, name) == wanted; });
+    return result;
+}
+
+void checkSameMesh(const MeshFile& file, const MeshFile& reference)
+{
+    const std::string difference = meshDifference(file.mesh(), reference.mesh());
+    if (!difference.empty())
+    {
+        throw BadFile(text("the meshes of '", file.path().string(), "' and '", reference.path().string(),
+                           "' are not the same: ", difference));
+    }
+}
+
+std::string figure(double value)
+{
+    constexpr int digits = 4;
+    return std::isnan(value) ? "-" : inDigits(digits, value);
+}
+
+void printTable(std::ostream& stream, const Mesh& mesh, const std::vector<NamedComparison>& comparisons)
+{
+    TextTable table(1);
+    table.addRow({"", "largest", "RMS", "relative L2", "largest", "at", "", "", ""});
+    table.addRow({"array (components)", "value in B", "difference", "difference", "difference", "node", "x", "y", "z"});
+    for (const auto& [name, componentCount, figures] : comparisons)
+    {
+        std::vector<std::string> row{text(name, " (", componentCount, ")"), figure(figures.largestReferenceMagnitude),
+                                     figure(figures.rootMeanSquareDifference), figure(figures.relativeDifference),
+                                     figure(figures.largestDifference)};
+        if (figures.largestDifference > 0)
+        {
+            row.push_back(text(figures.largestDifferenceNode + 1));
+            for (const float coordinate : mesh.nodePosition(figures.largestDifferenceNode))
+            {
+                row.push_back(figure(double{coordinate}));
+            }
+        }
+        else
+        {
+            row.resize(row.size() + 4, "-");
+        }
+        table.addRow(std::move(row));
+    }
+    table.print(stream);
+}
+
+std::string nodesOf(std::size_t count, std::string_view file)
+{
+    return count == 0 ? "" : text(oneOrMore(static_cast<long long>(count), "node", "nodes"), " of ", file);
+}
+
+void printLeftOutNodes(std::ostream& stream, const std::vector<NamedComparison>& comparisons)
+{
+    for (const auto& [name, componentCount, figures] : comparisons)
+    {
+        const std::string inA = nodesOf(figures.unusableInField, "A");
+        const std::string inB = nodesOf(figures.unusableInReference, "B");
+        if (!inA.empty() || !inB.empty())
+        {
+            printLine(stream, "left out",
+                      text("'", name, "' is NaN, infinite or undefined at ", inA,
+                           inA.empty() || inB.empty() ? "" : " and ", inB));
+        }
+    }
+}
+
+void printNames(std::ostream& stream, std::string_view label, const std::vector<std::string>& names)
+{
+    if (!names.empty())
+    {
+        printLine(stream, label, quotedNames(names));
+    }
+}
+
+} // namespace
+
+CompareCommand::CompareCommand(CLI::App& app)
+    : command_(app.add_subcommand("compare", "Compares the point data of two files with the same mesh"))
+{
+    command_->add_option("A", file_, "mesh file with fields (.vtu)")->required()->type_name("");
+    command_->add_option("B", reference_, "mesh file with the fields to compare with, on the same mesh (.vtu)")
+        ->required()
+        ->type_name("");
+    command_
+        ->add_option("--field", fields_,
+                     "a point-data array to be compared, may be repeated;\n"
+                     "all those of floating-point numbers in both files if none is given")
+        ->type_name("NAME")
+        ->expected(1)
+        ->take_all()
+        ->allow_extra_args(false);
+    command_
+        ->add_option("--tolerance", tolerance_,
+                     "end with status 1 if a relative L2 difference is larger than\n"
+                     "this, or if a value is NaN, infinite or undefined")
+        ->type_name("VALUE");
+    command_->footer(
+        text("Example:\n"
+             "  veltrane compare transferred.vtu solved.vtu --field temperature --tolerance 0.01\n\n"
+             "The meshes must have the same nodes and cells in the same order. For each array it prints:\n"
+             "  largest value in B      the largest length of the values at a node, over all components\n"
+             "  RMS difference          sqrt(mean |A - B|^2) over the nodes\n"
+             "  relative L2 difference  sqrt(sum |A - B|^2 / sum |B|^2) over the nodes; inf if B is zero\n"
+             "  largest difference      the largest |A - B|, with the number of the node, counted from 1,\n"
+             "                          and its coordinates\n"
+             "Nodes where A or B is NaN, infinite or undefined (-8.8e13 or less) are counted and left out.\n\n",
+             exitStatusHelp));
+}
+
+ExitStatus CompareCommand::run() const
+{
+    if (tolerance_ && !(*tolerance_ >= 0)) // written so that NaN fails too
+    {
+        throw InvalidOption(text("the tolerance ", *tolerance_, " is not 0 or more"));
+    }
+    checkRequestedFields(fields_);
+    const MeshFile file(file_, MeshRole::target);
+    throwIfInterrupted();
+    const MeshFile reference(reference_, MeshRole::target);
+    throwIfInterrupted();
+    checkSameMesh(file, reference);
+
+    const std::vector<std::string> names = chooseFields(file, fields_, "compared");
+    const std::vector<std::string> referenceNames = chooseFields(reference, fields_, "compared");
+    std::vector<NamedComparison> comparisons;
+    for (const std::string& name : namesAlsoIn(referenceNames, names))
+    {
+        const Field field = file.field(name);
+        comparisons.push_back({name, field.componentCount(), compare(field, reference.field(name))});
+        throwIfInterrupted();
+    }
+    if (comparisons.empty())
+    {
+        throw BadFile(text("'", file_, "' and '", reference_, "' have no floating-point point data of the same name"));
+    }
+
+    std::ostream& stream = std::cout;
+    printLine(stream, "A", file_);
+    printLine(stream, "B", reference_);
+    printLine(stream, "mesh of both", describe(file.mesh()));
+    printNames(stream, "only in A", namesAlsoIn(referenceNames, names, false));
+    printNames(stream, "only in B", namesAlsoIn(names, referenceNames, false));
+    printLeftOutNodes(stream, comparisons);
+    stream << '\n';
+    printTable(stream, file.mesh(), comparisons);
+    if (!tolerance_)
+    {
+        return ExitStatus::done;
+    }
+    std::vector<std::string> exceeding;
+    for (const auto& [name, componentCount, figures] : comparisons)
+    {
+        if (figures.exceeds(*tolerance_))
+        {
+            exceeding.push_back(name);
+        }
+    }
+    stream << '\n';
+    printLine(stream, "tolerance",
+              text(*tolerance_, exceeding.empty() ? ", kept by all" : ", not kept by ", quotedNames(exceeding)));
+    return exceeding.empty() ? ExitStatus::done : ExitStatus::toleranceExceeded;
+}
+
+} // namespace veltrane

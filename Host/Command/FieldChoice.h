@@ -1,0 +1,26 @@
+/// Which fields of a file a subcommand works on.
+#ifndef VELTRANE_COMMAND_FIELD_CHOICE_H
+#define VELTRANE_COMMAND_FIELD_CHOICE_H
+
+#include "MeshFile.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace veltrane
+{
+
+/// Throws InvalidOption if a name is given to --field twice.
+void checkRequestedFields(const std::vector<std::string>& names);
+
+/// The names of the fields asked for, or else of all floating-point point-data arrays, without those of too many
+/// components, which are left out with a warning. Throws BadFile if there is none.
+///
+/// \param done  what is done with them: "transferred"
+std::vector<std::string> chooseFields(const MeshFile& file, const std::vector<std::string>& requested,
+                                      std::string_view done);
+
+} // namespace veltrane
+
+#endif

@@ -1,0 +1,299 @@
+#include "MatchCommand.h"
+
+#include "MatchDiagnosis.h"
+#include "MatchTables.h"
+#include "ProgressBar.h"
+#include "Report.h"
+#include "Text.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <functional>
+#include <iostream>
+#include <string_view>
+
+namespace veltrane
+{
+namespace
+{
+
+/// What distinguishes the two sorts of matches.
+struct Sort
+{
+    std::string_view points; ///< what is matched
+    std::string_view item;   ///< what is looked for if that fails, by itself and where its partner is missing
+    std::string_view partner;
+    std::string_view partnerOfMaterial; ///< the same, if those of other materials do not count
+    std::string_view otherwise;         ///< what to say if none is missing
+    MeshRole targetRole;
+    ArrayPlace arrayPlace;
+    std::vector<std::string> arrayNames;
+    std::function<MatchTable(const MeshFile& source, const MeshFile& target, const MatchOptions& options)> match;
+    std::function<Unmatched(const Mesh& source, const Mesh& target, const std::vector<bool>& selection)> findUnmatched;
+    std::function<std::string(const MeshFile& target, int item)> describe;
+};
+
+const Sort& nodeSort()
+{
+    static const Sort sort{.points = "nodes",
+                           .item = "node",
+                           .partner = "source node",
+                           .partnerOfMaterial = "source node of the same material",
+                           .otherwise = "",
+                           .targetRole = MeshRole::target,
+                           .arrayPlace = ArrayPlace::points,
+                           .arrayNames = {"source_node"},
+                           .match = matchNodeTable,
+                           .findUnmatched = findUnmatchedNodes,
+                           .describe = [](const MeshFile& target, int node)
+                           { return text("node ", node + 1, " at ", placeText(target.mesh().nodePosition(node))); }};
+    return sort;
+}
+
+const Sort& gaussPointSort()
+{
+    static const Sort sort{
+        .points = "Gauss points",
+        .item = "element",
+        .partner = "source element of the same kind",
+        .partnerOfMaterial = "source element of the same kind and material",
+        .otherwise = "; each target element has a source element of the same kind in its place, but the one that holds "
+                     "its centre was another one, as it happens where source elements overlap",
+        .targetRole = MeshRole::gaussPointTarget,
+        .arrayPlace = ArrayPlace::cells,
+        .arrayNames = {"source_element", "source_gauss_point"},
+        .match = matchGaussPointTable,
+        .findUnmatched = findUnmatchedElements,
+        .describe = [](const MeshFile& target, int element) {
+            return text("element ", target.cellOf(element) + 1, " around ",
+                        placeText(centreOf(target.mesh(), element)));
+        }};
+    return sort;
+}
+
+/// The target materials to be matched, one entry per material; none if all are.
+std::vector<bool> selectMaterials(const MeshFile& target, const std::vector<std::string>& only)
+{
+    if (only.empty())
+    {
+        return {};
+    }
+    if (!target.materialArray())
+    {
+        throw BadFile(
+            text("'", target.path().string(), "' has no cell-data array of materials to choose from by --only"));
+    }
+    const std::vector<Material>& materials = target.mesh().materials();
+    std::vector<bool> selection(materials.size(), false);
+    for (const std::string& name : only)
+    {
+        const auto found = std::ranges::find(materials, name, &Material::name);
+        if (found == materials.end())
+        {
+            throw BadFile(text("'", target.path().string(), "' has no material ", name, ", only ", namesOf(materials)));
+        }
+        selection[static_cast<std::size_t>(found - materials.begin())] = true;
+    }
+    return selection;
+}
+
+/// Why the library refuses a mesh with this pyramid.
+std::string pyramidText(const MeshFile& source, const MeshFile& target, int pyramid)
+{
+    const bool hasCounterpart = pyramid < target.mesh().elementCount();
+    return text(": source element ", source.cellOf(pyramid) + 1,
+                " is a pyramid, and pyramids can be matched only if the target has pyramids in the same places of its "
+                "list of elements; ",
+                hasCounterpart
+                    ? text("there, element ", target.cellOf(pyramid) + 1, " is a ", target.mesh().kindOf(pyramid).name)
+                    : text("its list ends after ", target.mesh().elementCount()),
+                source.leftOutCellCount() + target.leftOutCellCount() > 0 ? " (left-out surface cells do not count)"
+                                                                          : "");
+}
+
+/// Lines that tell which items have no partner.
+std::string listText(const Sort& sort, const MeshFile& target, const Unmatched& unmatched)
+{
+    if (unmatched.nowhere.empty() && unmatched.elsewhereOnly.empty())
+    {
+        return std::string(sort.otherwise);
+    }
+    constexpr std::size_t mostItems = 10;
+    const auto list = [&](const std::vector<int>& items, std::string_view partner, std::string_view but)
+    {
+        if (items.empty())
+        {
+            return std::string();
+        }
+        std::string lines =
+            text("\n  ", items.size(), " of ", unmatched.selectedCount, " target ", sort.item, "s without a ", partner,
+                 " within ", unmatched.tolerance, but, items.size() > mostItems ? ", the first:" : ":");
+        for (std::size_t i = 0; i < std::min(items.size(), mostItems); ++i)
+        {
+            lines += text("\n    ", sort.describe(target, items[i]));
+        }
+        return lines;
+    };
+    return list(unmatched.nowhere, sort.partner, "") +
+           list(unmatched.elsewhereOnly, sort.partnerOfMaterial, ", but with one of another material");
+}
+
+/// The library calls a transfer the Mapping option.
+std::string namingTransfer(std::string message)
+{
+    constexpr std::string_view option = "the Mapping option";
+    const std::size_t place = message.find(option);
+    return place == std::string::npos ? message : message.insert(place + option.size(), " (veltrane transfer)");
+}
+
+/// What the library's message about a failure does not tell.
+std::string explain(const Sort& sort, const MeshFile& source, const MeshFile& target, const MatchOptions& options)
+{
+    if (const auto pyramid = findUnmatchablePyramid(source.mesh(), target.mesh()))
+    {
+        return pyramidText(source, target, *pyramid);
+    }
+    return excessText(source.mesh().boundingBox(), target.mesh().boundingBox(options.targetMapping)) +
+           listText(sort, target, sort.findUnmatched(source.mesh(), target.mesh(), options.targetMapping));
+}
+
+MatchTable matchExplainingFailures(const Sort& sort, const MeshFile& source, const MeshFile& target,
+                                   const MatchOptions& options)
+{
+    try
+    {
+        return sort.match(source, target, options);
+    }
+    catch (const TransferError& error)
+    {
+        throw TransferError(text("the ", sort.points, " cannot be matched: ", namingTransfer(bareMessage(error.what())),
+                                 explain(sort, source, target, options)),
+                            error.code());
+    }
+}
+
+ExitStatus run(const Sort& sort, const MeshPairArguments& files, const std::vector<std::string>& only)
+{
+    const std::filesystem::path format = std::filesystem::path(files.output).extension();
+    if (format != ".csv" && format != ".vtu")
+    {
+        throw InvalidOption(text("the output '", files.output, "' is named neither .csv nor .vtu"));
+    }
+    if (files.replace && format != ".vtu")
+    {
+        throw InvalidOption("--replace has an effect only on an output named .vtu");
+    }
+
+    const OutputFile output = files.openOutput();
+    MeshFile source = files.readSource();
+    MeshFile target = files.readTarget(sort.targetRole);
+    if (format == ".vtu")
+    {
+        for (const std::string& name : sort.arrayNames)
+        {
+            files.checkNewArray(target, sort.arrayPlace, name);
+        }
+    }
+    MatchOptions options{.targetMapping = selectMaterials(target, only), .tuning = {.tolerance = files.tolerance}};
+    checkOverlap(source.mesh().boundingBox(), target.mesh().boundingBox(options.targetMapping));
+    if (const auto missing = matchMaterials(source, target, options.targetMapping))
+    {
+        throw BadFile(*missing);
+    }
+
+    const MatchTable table = [&]
+    {
+        ProgressBar bar(!files.quiet);
+        options.progress = bar.callback();
+        return matchExplainingFailures(sort, source, target, options);
+    }();
+    output.write(
+        [&](const std::filesystem::path& path)
+        {
+            if (format == ".csv")
+            {
+                writeCsv(table, path);
+            }
+            else
+            {
+                target.writeWith(table.arrays, path);
+            }
+        });
+    if (!files.quiet)
+    {
+        std::cout << table.summary << '\n';
+    }
+    return ExitStatus::done;
+}
+
+} // namespace
+
+MatchCommand::MatchCommand(CLI::App& app)
+    : command_(app.add_subcommand("match", "Finds the source nodes or Gauss points at the target's places, exactly")),
+      nodes_{.command = command_->add_subcommand("nodes", "Finds the source node in the place of each target node")},
+      gaussPoints_{.command = command_->add_subcommand(
+                       "gauss", "Finds the source Gauss point in the place of each target Gauss point")}
+{
+    command_->require_subcommand(1);
+    command_->footer("Examples:\n"
+                     "  veltrane match nodes assembly.vtu part.vtu -o nodes.csv\n"
+                     "  veltrane match gauss assembly.vtu part.vtu -o gauss.csv\n");
+
+    addOptions(nodes_, nodeSort().points);
+    nodes_.command->footer(
+        text("Example:\n"
+             "  veltrane match nodes assembly.vtu part.vtu -o nodes.csv --only 2,5\n\n"
+             "A .csv output has a line for each matched node: target_node,source_node.\n"
+             "A .vtu output is the target with the point array source_node, 0 at nodes not to be matched.\n"
+             "Nodes are the points of the files, counted from 1. Partners may be apart by a thousandth\n"
+             "of the mean source cell. A node is of the material of the first cell that it is part of.\n\n",
+             materialHelp, exitStatusHelp));
+
+    addOptions(gaussPoints_, gaussPointSort().points,
+               "how exactly the source cell around the centre of a target\n"
+               "cell is located, as part of its size (0.001)");
+    gaussPoints_.command->footer(
+        text("Example:\n"
+             "  veltrane match gauss assembly.vtu part.vtu -o gauss.vtu\n\n"
+             "A .csv output has a line for each matched Gauss point:\n"
+             "target_element,target_gauss_point,source_element,source_gauss_point.\n"
+             "A .vtu output is the target with the cell arrays source_element and source_gauss_point, which has a\n"
+             "component per Gauss point; they are 0 where nothing was to be matched or there is no Gauss point.\n"
+             "Elements are the cells of the files, counted from 1, and Gauss points count from 1 in each of them.\n"
+             "Surface cells are left out. Partners may be apart by a thousandth of the mean source cell.\n\n",
+             materialHelp, exitStatusHelp));
+}
+
+void MatchCommand::addOptions(Request& request, std::string_view points, const std::string& toleranceHelp)
+{
+    CLI::App& command = *request.command;
+    request.files.addFiles(command, text("mesh file with the ", points, " to be found (.vtu), of volume cells"),
+                           "mesh file of the same geometry, or of a part of it (.vtu)",
+                           "file to be written: a table (.csv), or the target with\nthe numbers found (.vtu)");
+    command
+        .add_option("--only", request.only,
+                    "the target's materials to be matched, all if not given:\n"
+                    "the numbers that its cells have, separated by commas")
+        ->type_name("ID,...")
+        ->delimiter(',')
+        ->expected(1)
+        ->take_all()
+        ->allow_extra_args(false);
+    if (!toleranceHelp.empty())
+    {
+        request.files.addTolerance(command, toleranceHelp);
+    }
+    request.files.addReplace(command, "let the numbers found replace the target's arrays of the same names");
+    request.files.addQuiet(command, "print no result line and no progress");
+}
+
+ExitStatus MatchCommand::run() const
+{
+    if (nodes_.command->parsed())
+    {
+        return veltrane::run(nodeSort(), nodes_.files, nodes_.only);
+    }
+    return veltrane::run(gaussPointSort(), gaussPoints_.files, gaussPoints_.only);
+}
+
+} // namespace veltrane
