@@ -36,6 +36,7 @@ public:
     /// Returns the block that could not be allocated, or TableBlock::none.
     TableBlock allocate(std::int64_t n0, std::int64_t n1, std::int64_t n2)
     {
+        itsIsLinked = false;
         if (!itsOuterPointers.allocate(n0))
         {
             return TableBlock::outerPointers;

@@ -110,9 +110,5 @@ Inversion ModelClass::referenceCoordinates(int elt, const float* box, const Vect
     {
         endOnSingularJacobian();
     }
-    if (inversion.result == Inversion::singular)
-    {
-        endOnSingularJacobian();
-    }
     return inversion;
 }

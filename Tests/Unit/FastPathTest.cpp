@@ -275,7 +275,7 @@ TEST(TetrahedronRefusal, neverRefusesWhatTheInversionAccepts)
     int nbRefused = 0;
     int nbAccepted = 0;
     int nbOutside = 0;
-    for (int i = 0; i < 400000; ++i)
+    for (std::size_t i = 0; i < 400000; ++i)
     {
         const float scale = std::pow(10.0F, uniform(generator, -9.0F, 6.0F));
         const float offset = generator() % 4 == 0 ? uniform(generator, -100.0F, 100.0F) : 0.0F;
@@ -325,7 +325,7 @@ TEST(TetrahedronRefusal, neverRefusesWhatTheInversionAccepts)
                 double position = 0.0;
                 for (std::size_t n = 0; n < 4; ++n)
                 {
-                    position += (b[n] + (n == i % 4U ? 1.0 - sum : 0.0)) * nodes[n][axis];
+                    position += (b[n] + (n == i % 4 ? 1.0 - sum : 0.0)) * nodes[n][axis];
                 }
                 point[axis] = static_cast<float>(position);
             }
