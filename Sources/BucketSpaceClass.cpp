@@ -85,49 +85,52 @@ char* BucketSpaceClass::build(int mode, const ModelClass& targetModel, const Mod
     allocateStates();
     markNeededBuckets(targetModel, targetBoxes, boxMarginRatio);
     allocateBuckets();
-    if (mode == elementBuckets)
+    switch (mode)
     {
-        const auto directBox = [&](int elt) { return boxValues(refBoxes, elt); };
-        const auto enlargedBox = [&](int elt)
-        { return BoxValues(enlarged(boxOfElement(refBoxes, elt), bucketFactor)); };
-        countPass(sourceModel.itsNbElts, directBox, neededEmpty, filledDirectly);
-        // Most often every needed bucket is reached by now, and there is nothing to enlarge boxes for.
-        const bool isEnlarging = itsNbNeededEmpty > 0;
-        if (isEnlarging)
-        {
-            countPass(sourceModel.itsNbElts, enlargedBox, neededEmpty, filledByEnlarged);
-        }
-        allocateEntries();
-        if (!itsItemInGrid.allocate(sourceModel.itsNbElts))
-        {
-            endProcess("Error in %s file at line %d: impossible to allocate int \n", unitName, 1026);
-        }
-        std::fill_n(itsItemInGrid.get(), sourceModel.itsNbElts, 0);
-        fillPass(sourceModel.itsNbElts, directBox, filledDirectly);
-        if (isEnlarging)
-        {
-            fillPass(sourceModel.itsNbElts, enlargedBox, filledByEnlarged);
-        }
-    }
-    else if (mode == nodeBuckets)
-    {
-        const float reach = single(0.001 * initialBucketSize);
-        const auto nodeBox = [&](int node)
-        { return BoxValues(boxAroundPoint(sourceModel.itsNodeCoords[node], reach)); };
-        countPass(sourceModel.itsNbNodes, nodeBox, neededEmpty, filledDirectly);
-        allocateEntries();
-        if (!itsItemInGrid.allocate(sourceModel.itsNbNodes))
-        {
-            endProcess("Error in %s file at line %d: impossible to allocate int \n", unitName, 1103);
-        }
-        std::fill_n(itsItemInGrid.get(), sourceModel.itsNbNodes, 0);
-        fillPass(sourceModel.itsNbNodes, nodeBox, filledDirectly);
-    }
-    else
-    {
-        endProcess("Error in %s file at line %d: mode number %d is unknown.\n", unitName, 982, mode);
+    case elementBuckets: fillWithElements(sourceModel.itsNbElts, refBoxes, bucketFactor); break;
+    case nodeBuckets: fillWithNodes(sourceModel, single(0.001 * initialBucketSize)); break;
+    default: endProcess("Error in %s file at line %d: mode number %d is unknown.\n", unitName, 982, mode);
     }
     return nullptr;
+}
+
+void BucketSpaceClass::fillWithElements(int nbElts, const BoxTable& boxes, float bucketFactor)
+{
+    const auto directBox = [&](int elt) { return boxValues(boxes, elt); };
+    const auto enlargedBox = [&](int elt) { return BoxValues(enlarged(boxOfElement(boxes, elt), bucketFactor)); };
+    countPass(nbElts, directBox, neededEmpty, filledDirectly);
+    // Most often every needed bucket is reached by now, and there is nothing to enlarge boxes for.
+    const bool isEnlarging = itsNbNeededEmpty > 0;
+    if (isEnlarging)
+    {
+        countPass(nbElts, enlargedBox, neededEmpty, filledByEnlarged);
+    }
+    allocateEntries();
+    allocateItemFlags(nbElts, 1026);
+    fillPass(nbElts, directBox, filledDirectly);
+    if (isEnlarging)
+    {
+        fillPass(nbElts, enlargedBox, filledByEnlarged);
+    }
+}
+
+/// Lists a node in every bucket that a point within `reach` of it can lie in.
+void BucketSpaceClass::fillWithNodes(const ModelClass& sourceModel, float reach)
+{
+    const auto nodeBox = [&](int node) { return BoxValues(boxAroundPoint(sourceModel.itsNodeCoords[node], reach)); };
+    countPass(sourceModel.itsNbNodes, nodeBox, neededEmpty, filledDirectly);
+    allocateEntries();
+    allocateItemFlags(sourceModel.itsNbNodes, 1103);
+    fillPass(sourceModel.itsNbNodes, nodeBox, filledDirectly);
+}
+
+void BucketSpaceClass::allocateItemFlags(int nbItems, int line)
+{
+    if (!itsItemInGrid.allocate(nbItems))
+    {
+        endProcess("Error in %s file at line %d: impossible to allocate int \n", unitName, line);
+    }
+    std::fill_n(itsItemInGrid.get(), nbItems, 0);
 }
 
 /// The box of the selected target elements' nodes, or of the selected points.
@@ -176,18 +179,18 @@ void BucketSpaceClass::layOver(const Box& selectedTarget, float boxMarginRatio)
 }
 
 /// Whether the grid lies strictly inside the box of the source mesh, enlarged by 5 % on each side.
-bool BucketSpaceClass::isIncludedIn(const RunningBox& running) const
+bool BucketSpaceClass::isIncludedIn(const RunningBox& source) const
 {
-    if (running.isEmpty())
+    if (source.isEmpty())
     {
         return false;
     }
-    const Box& source = running.box();
-    const Vector3 extents = source.extents();
+    const Box& box = source.box();
+    const Vector3 extents = box.extents();
     for (std::size_t axis = 0; axis < 3; ++axis)
     {
-        const float low = single(source.low[axis] - 0.05 * extents[axis]);
-        const float high = single(source.high[axis] + 0.05 * extents[axis]);
+        const float low = single(box.low[axis] - 0.05 * extents[axis]);
+        const float high = single(box.high[axis] + 0.05 * extents[axis]);
         if (!(low < itsMin[axis] && itsMax[axis] < high))
         {
             return false;

@@ -135,7 +135,10 @@ private:
     void allocateStates();
     void allocateBuckets();
     void markNeededBuckets(const ModelClass& targetModel, const BoxTable& targetBoxes, float boxMarginRatio);
+    void fillWithElements(int nbElts, const BoxTable& boxes, float bucketFactor);
+    void fillWithNodes(const ModelClass& sourceModel, float reach);
     void allocateEntries();
+    void allocateItemFlags(int nbItems, int line);
 
     /// One pass over the source items: countPass adds to the buckets' numbers of items, fillPass writes the items.
     /// `boxOf(item)` gives the six values of an item's box; buckets in state `from` or `to` take the item, a counted
