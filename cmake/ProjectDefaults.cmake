@@ -20,6 +20,8 @@ function(veltrane_defaults)
         if(VELTRANE_SANITIZE)
             target_compile_options(${target} PRIVATE -fsanitize=${VELTRANE_SANITIZE} -fno-sanitize-recover=all
                                                      -fno-omit-frame-pointer)
+            # The sanitizers' own code makes g++ warn of variables that are set.
+            target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
             target_link_options(${target} PRIVATE -fsanitize=${VELTRANE_SANITIZE})
         endif()
     endforeach()
