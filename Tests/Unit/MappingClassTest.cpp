@@ -103,3 +103,18 @@ TEST(ProgressCounter, RoundsDown)
     counter.advance();
     EXPECT_EQ(counter.percent(), 100);
 }
+
+TEST(ProgressCounter, StartsAgainBeyond32BitsOnlyWhereHostsKnowItSo)
+{
+    constexpr std::int64_t total = 30000000;
+    constexpr std::int64_t done = 22000000; // a hundred times as many do not fit into 31 bits
+    ProgressCounter wide(total);
+    ProgressCounter wrapping(total, ProgressCounter::Arithmetic::wrapping32Bit);
+    for (std::int64_t i = 0; i < done; ++i)
+    {
+        wide.advance();
+        wrapping.advance();
+    }
+    EXPECT_EQ(wide.percent(), 73);
+    EXPECT_EQ(wrapping.percent(), 5) << "2200000000 - 2^32 is negative, and raised to 5";
+}
