@@ -69,9 +69,11 @@ public:
     /// \param targetBoxes         inflated boxes of the target elements; not read for a point cloud
     /// \param targetMatlMappingFlags per target material, 1: it takes part in the grid's box
     /// \param initialBucketSize   doubled until there are at most itsMaxNbBuckets buckets
-    /// \param boxMarginRatio      by which the grid's box is enlarged; times the bucket size, the reach of a cloud's
-    /// point \param bucketFactor        by which source boxes are enlarged for buckets that they do not reach as they
-    /// are \return null, or a text that the caller releases: no target material is selected, or the target mesh is not
+    /// \param boxMarginRatio      by which the grid's box is enlarged; times the bucket size, a cloud point's reach
+    /// \param bucketFactor        by which source boxes are enlarged for buckets that they do not reach as they are
+    /// \param surveyed            null: the grid visits the elements itself
+    ///
+    /// \return null, or a text that the caller releases: no target material is selected, or the target mesh is not
     ///         inside the source mesh. A failed allocation and an unknown mode end the process.
     char* build(int mode, const ModelClass& targetModel, const ModelClass& sourceModel, const BoxTable& refBoxes,
                 const BoxTable& targetBoxes, const int* targetMatlMappingFlags, float initialBucketSize,

@@ -373,3 +373,41 @@ TEST(BucketGrid, TheUsersFaultsComeBeforeAnUnknownMode)
     build.mode = 2;
     EXPECT_EQ(build.build(), nothingSelectedText);
 }
+
+TEST(SurveyedBoxes, StayInexactOnceAnElementHidesItsNodes)
+{
+    constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
+    const Box usual{{0, 0, 0}, {1, 1, 1}};
+    for (const Box& hiding : {Box{{0, notANumber, 0}, {1, notANumber, 1}}, boxOfPoint({unreachable, 0, 0})})
+    {
+        SurveyedBoxes boxes;
+        boxes.add(boxes.source, usual);
+        EXPECT_TRUE(boxes.areExact);
+        boxes.add(boxes.source, hiding);
+        boxes.add(boxes.source, usual);
+        EXPECT_FALSE(boxes.areExact);
+    }
+}
+
+TEST(SurveyedBoxes, AreUsedByTheGridOnlyWhileExact)
+{
+    TestMesh mesh;
+    mesh.addBox({0, 0, 0}, {1, 1, 1});
+    ModelClass model;
+    mesh.loadInto(model);
+    BoxTable boxes;
+    fillBoxTable(boxes, mesh.boxes());
+    SurveyedBoxes surveyed;
+    surveyed.source.add({{5, 5, 5}, {6, 6, 6}}); // elsewhere, so that its use shows
+    surveyed.selectedTarget.add({{0, 0, 0}, {1, 1, 1}});
+    const int selected = 1;
+    const auto textOfBuild = [&]
+    {
+        BucketSpaceClass grid;
+        return takeText(grid.build(BucketSpaceClass::elementBuckets, model, model, boxes, boxes, &selected, 1.0F, 0.01F,
+                                   0.1F, &surveyed));
+    };
+    EXPECT_EQ(textOfBuild(), "Error: the target mesh is not included in the source mesh.\n");
+    surveyed.areExact = false;
+    EXPECT_EQ(textOfBuild(), "(null)");
+}
