@@ -185,7 +185,10 @@ ExitStatus run(const Sort& sort, const MeshPairArguments& files, const std::vect
     }
 
     const OutputFile output = files.openOutput();
+    ProgressBar progress(!files.quiet);
+    progress.beginStage("reading source");
     MeshFile source = files.readSource();
+    progress.beginStage("reading target");
     MeshFile target = files.readTarget(sort.targetRole);
     if (format == ".vtu")
     {
@@ -201,12 +204,9 @@ ExitStatus run(const Sort& sort, const MeshPairArguments& files, const std::vect
         throw BadFile(*missing);
     }
 
-    const MatchTable table = [&]
-    {
-        ProgressBar bar(!files.quiet);
-        options.progress = bar.callback();
-        return matchExplainingFailures(sort, source, target, options);
-    }();
+    options.progress = progress.callback(text("matching ", sort.points));
+    const MatchTable table = matchExplainingFailures(sort, source, target, options);
+    progress.beginStage("writing output");
     output.write(
         [&](const std::filesystem::path& path)
         {
@@ -219,6 +219,7 @@ ExitStatus run(const Sort& sort, const MeshPairArguments& files, const std::vect
                 target.writeWith(table.arrays, path);
             }
         });
+    progress.finish();
     if (!files.quiet)
     {
         std::cout << table.summary << '\n';

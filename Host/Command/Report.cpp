@@ -1,5 +1,6 @@
 #include "Report.h"
 
+#include "ProgressBar.h"
 #include "Text.h"
 
 #include <algorithm>
@@ -21,6 +22,7 @@ constexpr int countWidth = 9;
 
 void warn(const std::string& sentence)
 {
+    clearTerminalLine(std::cerr);
     std::cerr << "veltrane: warning: " << sentence << '\n';
 }
 

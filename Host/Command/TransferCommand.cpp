@@ -92,7 +92,10 @@ ExitStatus TransferCommand::run() const
     }
 
     const OutputFile output = files_.openOutput();
+    ProgressBar progress(!files_.quiet);
+    progress.beginStage("reading source");
     MeshFile source = files_.readSource();
+    progress.beginStage("reading target");
     MeshFile target = files_.readTarget(MeshRole::target);
 
     const std::vector<std::string> names = chooseFields(source, fields_, "transferred");
@@ -112,17 +115,15 @@ ExitStatus TransferCommand::run() const
         warn(*missing);
     }
 
-    const TransferResult result = [&]
-    {
-        ProgressBar bar(!files_.quiet);
-        options.progress = bar.callback();
-        return transferExplainingFailures(source.mesh(), fields, target.mesh(), options);
-    }();
+    options.progress = progress.callback("interpolating");
+    const TransferResult result = transferExplainingFailures(source.mesh(), fields, target.mesh(), options);
+    progress.beginStage("writing output");
     output.write([&](const std::filesystem::path& path) { target.writeWith(result.fields, path); });
+    progress.finish();
 
     if (!files_.quiet)
     {
-        printSummary(std::cout, source, fields, target, result, options);
+        printSummary(std::cout, source, fields, target, result, options, progress.times());
     }
     if (result.outcome == Outcome::propagationWarning)
     {

@@ -1,12 +1,12 @@
 #include "TransferSummary.h"
 
+#include "FieldStatistics.h"
 #include "Report.h"
 #include "Text.h"
 
 #include <algorithm>
 #include <cmath>
 #include <iomanip>
-#include <limits>
 #include <map>
 #include <ostream>
 
@@ -88,6 +88,106 @@ void printCounts(std::ostream& stream, const Mesh& target, const TransferStatist
                    "   to find the place of a node within an element"));
 }
 
+void printSeconds(std::ostream& stream, const std::string& label, double seconds)
+{
+    printLine(stream, label, text(std::setw(9), std::fixed, std::setprecision(2), seconds, " s"));
+}
+
+void printTimes(std::ostream& stream, const StageTimes& times)
+{
+    printSeconds(stream, "time in all", times.total());
+    for (const StageTime& stage : times.times())
+    {
+        printSeconds(stream, text("  ", stage.name), stage.seconds);
+    }
+}
+
+/// Where the values of the target reach beyond those of the source, or do not reach as far any more.
+class Notices
+{
+public:
+    void compare(const std::string& name, const ComponentStatistics& source, const ComponentStatistics& target)
+    {
+        const double range = source.max - source.min;
+        if (range > 0)
+        {
+            note(name, "minimum", (source.min - target.min) / range);
+            note(name, "maximum", (target.max - source.max) / range);
+        }
+    }
+
+    void print(std::ostream& stream) const
+    {
+        printList(stream, "beyond source", beyond_);
+        printList(stream, "peaks lost", lost_);
+    }
+
+private:
+    /// \param excess  outwards, as part of the source's range
+    void note(const std::string& name, std::string_view which, double excess)
+    {
+        constexpr double notable = 0.01;
+        constexpr double notableLoss = 0.05; // a coarser mesh always loses a little
+        if (excess > notable || excess < -notableLoss)
+        {
+            (excess > 0 ? beyond_ : lost_)
+                .push_back(text(name, " ", which, " by ", inDigits(2, 100 * std::abs(excess)), " %"));
+        }
+    }
+
+    static void printList(std::ostream& stream, std::string_view label, const std::vector<std::string>& list)
+    {
+        constexpr std::size_t mostNotices = 6;
+        for (std::size_t i = 0; i < std::min(list.size(), mostNotices); ++i)
+        {
+            printLine(stream, i == 0 ? label : "", text(list[i], i == 0 ? " of the source's range" : ""));
+        }
+        if (list.size() > mostNotices)
+        {
+            printLine(stream, "", text("and ", list.size() - mostNotices, " more"));
+        }
+    }
+
+    std::vector<std::string> beyond_;
+    std::vector<std::string> lost_;
+};
+
+void printValues(std::ostream& stream, std::span<const Field> sourceFields, std::span<const Field> targetFields)
+{
+    constexpr int digits = 6;
+    constexpr std::string_view heading = "values at nodes";
+    std::size_t nameWidth = heading.size();
+    for (const Field& field : sourceFields)
+    {
+        nameWidth = std::max(nameWidth, componentName(field, 0).size());
+    }
+    TextTable table(12);
+    table.addRow({std::string(heading), "minimum", "mean", "maximum"});
+    const auto addRow = [&](std::string name, const char* side, const ComponentStatistics& figures)
+    {
+        name.resize(std::max(nameWidth, name.size()), ' ');
+        table.addRow({text(name, "  ", side), inDigits(digits, figures.min), inDigits(digits, figures.mean),
+                      inDigits(digits, figures.max)});
+    };
+    Notices notices;
+    for (std::size_t i = 0; i < sourceFields.size(); ++i)
+    {
+        for (int component = 0; component < sourceFields[i].componentCount(); ++component)
+        {
+            const std::string name = componentName(sourceFields[i], component);
+            const ComponentStatistics source = statisticsOf(sourceFields[i], component);
+            const ComponentStatistics target = statisticsOf(targetFields[i], component);
+            addRow(name, "source", source);
+            addRow("", "target", target);
+            notices.compare(name, source, target);
+        }
+    }
+    table.print(stream);
+    notices.print(stream);
+}
+
+} // namespace
+
 std::string componentName(const Field& field, int component)
 {
     if (field.componentCount() == 1)
@@ -99,46 +199,6 @@ std::string componentName(const Field& field, int component)
         return text(field.name(), " ", "xyz"[component]);
     }
     return text(field.name(), " ", component + 1);
-}
-
-void printRanges(std::ostream& stream, std::span<const Field> sourceFields, std::span<const Field> targetFields)
-{
-    constexpr int digits = 6;
-    TextTable table(12);
-    table.addRow({"", "source min", "source max", "target min", "target max"});
-    for (std::size_t i = 0; i < sourceFields.size(); ++i)
-    {
-        for (int component = 0; component < sourceFields[i].componentCount(); ++component)
-        {
-            const ValueRange source = rangeOf(sourceFields[i], component);
-            const ValueRange target = rangeOf(targetFields[i], component);
-            table.addRow({componentName(sourceFields[i], component), inDigits(digits, source.min),
-                          inDigits(digits, source.max), inDigits(digits, target.min), inDigits(digits, target.max)});
-        }
-    }
-    table.print(stream);
-}
-
-} // namespace
-
-ValueRange rangeOf(const Field& field, int component)
-{
-    ValueRange range{std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::quiet_NaN()};
-    const auto extend = [&](const auto& values)
-    {
-        const auto step = static_cast<std::size_t>(field.componentCount());
-        for (auto i = static_cast<std::size_t>(component); i < values.size(); i += step)
-        {
-            const auto value = static_cast<double>(values[i]);
-            if (value > double{undefinedBound})
-            {
-                range.min = std::fmin(range.min, value); // takes the other one if one is not a number
-                range.max = std::fmax(range.max, value);
-            }
-        }
-    };
-    std::visit(extend, field.values());
-    return range;
 }
 
 std::string describe(const Mesh& mesh)
@@ -158,7 +218,8 @@ std::string describe(const Mesh& mesh)
 }
 
 void printSummary(std::ostream& stream, const MeshFile& source, std::span<const Field> sourceFields,
-                  const MeshFile& target, const TransferResult& result, const TransferOptions& options)
+                  const MeshFile& target, const TransferResult& result, const TransferOptions& options,
+                  const StageTimes& times)
 {
     printLine(stream, "source", source.path().string());
     printLine(stream, "", describe(source.mesh()));
@@ -173,8 +234,9 @@ void printSummary(std::ostream& stream, const MeshFile& source, std::span<const 
     {
         printCounts(stream, target.mesh(), *result.statistics, options);
     }
+    printTimes(stream, times);
     stream << '\n';
-    printRanges(stream, sourceFields, result.fields);
+    printValues(stream, sourceFields, result.fields);
 }
 
 } // namespace veltrane

@@ -3,6 +3,7 @@
 #define VELTRANE_COMMAND_TRANSFER_SUMMARY_H
 
 #include "MeshFile.h"
+#include "StageTimes.h"
 #include "Transfer.h"
 
 #include <iosfwd>
@@ -11,19 +12,15 @@
 namespace veltrane
 {
 
-/// The smallest and the largest defined value of one component; both not a number if there is no defined value.
-struct ValueRange
-{
-    double min;
-    double max;
-};
-ValueRange rangeOf(const Field& field, int component);
-
 /// "12 nodes, 3 tetrahedra, 2 wedges"
 std::string describe(const Mesh& mesh);
 
+/// "displacement x"
+std::string componentName(const Field& field, int component);
+
 void printSummary(std::ostream& stream, const MeshFile& source, std::span<const Field> sourceFields,
-                  const MeshFile& target, const TransferResult& result, const TransferOptions& options);
+                  const MeshFile& target, const TransferResult& result, const TransferOptions& options,
+                  const StageTimes& times);
 
 } // namespace veltrane
 

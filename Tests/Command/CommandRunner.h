@@ -15,7 +15,8 @@ struct CommandResult
 {
     int status; ///< -1 if a signal ended the process
     std::string output;
-    std::string errors;
+    std::string errors;   ///< what standard error has got beside the progress
+    std::string progress; ///< its lines about the stages of the work
 };
 
 /// Runs the command in a directory of its own with a place of its own for temporary files.
@@ -25,9 +26,10 @@ public:
     /// \param maxFileSize  writing more bytes than that into a file fails
     CommandResult run(const std::vector<std::string>& arguments, std::optional<rlim_t> maxFileSize = {}) const;
 
-    /// Runs the command with a terminal as standard error and sends it a signal as soon as it writes there; `errors` is
-    /// what came before and after.
-    CommandResult runAndInterrupt(const std::vector<std::string>& arguments, int signal) const;
+    /// Runs the command with a terminal as standard error and sends it a signal as soon as it has written a text there;
+    /// `errors` is what came before and after.
+    CommandResult runAndInterrupt(const std::vector<std::string>& arguments, int signal,
+                                  const std::string& awaited) const;
 
     const TestDirectory& directory() const { return directory_; }
     std::filesystem::path file(const std::string& name) const { return directory_ / name; }
@@ -46,7 +48,7 @@ private:
 void expectFailure(const CommandRunner& runner, int status, const std::string& sentence,
                    const std::vector<std::string>& arguments);
 
-/// Expects the command to be cancelled by Ctrl-C at its first sign of progress, and to leave nothing behind.
+/// Expects the command to be cancelled by Ctrl-C while it reads and while it computes, and to leave nothing behind.
 void expectCancellation(const CommandRunner& runner, const std::vector<std::string>& arguments);
 
 #endif

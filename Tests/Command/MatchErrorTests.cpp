@@ -76,7 +76,7 @@ TEST_F(MatchError, FailureToWriteIsReported)
     {
         constexpr rlim_t tooFewBytes = 100;
         const CommandResult result =
-            runner.run({"match", "nodes", "source.vtu", "target.vtu", "-o", output}, tooFewBytes);
+            runner.run({"match", "nodes", "source.vtu", "target.vtu", "-o", output, "--quiet"}, tooFewBytes);
         EXPECT_EQ(result.status, 73);
         EXPECT_THAT(result.errors, testing::MatchesRegex("veltrane: cannot write '" + output + "': [^\n]+\n"));
         EXPECT_EQ(result.output, "");
