@@ -18,7 +18,8 @@ std::string describe(const CallbackCall& call)
     return text.str();
 }
 
-/// The platform's printf shows the sign of a NaN, which is the processor's affair.
+} // namespace
+
 std::string withoutSignsOfNaN(std::string text)
 {
     for (std::size_t at = text.find("-nan"); at != std::string::npos; at = text.find("-nan"))
@@ -27,8 +28,6 @@ std::string withoutSignsOfNaN(std::string text)
     }
     return text;
 }
-
-} // namespace
 
 std::string differenceOfTexts(const std::string& what, const std::string& actual, const std::string& expected)
 {

@@ -67,6 +67,9 @@ template <typename Value> bool isGuardIntact(const std::vector<Value>& values)
     return true;
 }
 
+/// The text without the sign that the platform's printf gives to a NaN: it is the processor's affair.
+std::string withoutSignsOfNaN(std::string text);
+
 std::string differenceOfTexts(const std::string& what, const std::string& actual, const std::string& expected);
 
 std::string differenceOfTranscripts(const std::vector<reference::CallbackCall>& actual,

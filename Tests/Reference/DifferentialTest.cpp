@@ -5,11 +5,11 @@
 /// problems, VELTRANE_DIFFERENTIAL_SEED the first seed. A reported seed with VELTRANE_DIFFERENTIAL_CASES=1 repeats one
 /// problem.
 #include "Comparison.h"
+#include "LibraryCalls.h"
 #include "LibraryHost.h"
 #include "RandomModels.h"
 #include "ReferenceCorrespondence.h"
 #include "ReferenceTransfer.h"
-#include "Veltrane.h"
 
 #include <gtest/gtest.h>
 
@@ -29,14 +29,16 @@ namespace
 
 using namespace comparison;
 using namespace random_models;
+using library_host::CorrespondenceTables;
+using library_host::IntegerTable;
 using library_host::Library;
+using library_host::Result;
 using library_host::WorkingDirectory;
 using reference::index;
 using reference::Observations;
 using reference::Outcome;
 
 constexpr int defaultNbCases = 2000;
-constexpr std::size_t messageCapacity = 1000;
 
 int numberFromEnvironment(const char* name, int otherwise)
 {
@@ -44,20 +46,12 @@ int numberFromEnvironment(const char* name, int otherwise)
     return text != nullptr ? std::atoi(text) : otherwise;
 }
 
-/// What the library hands back through its message and error-code arguments.
-struct Result
-{
-    int errorCode = 777;
-    std::vector<char> message = std::vector<char>(messageCapacity + 16, '#');
-};
-
 std::string differenceOfResults(const Result& result, const Outcome& expected, WorkingDirectory& directory)
 {
-    const auto end = std::find(result.message.begin(), result.message.end(), '\0');
     return firstOf({result.errorCode == expected.errorCode ? ""
                                                            : "the error code is " + std::to_string(result.errorCode) +
                                                                  ", expected " + std::to_string(expected.errorCode),
-                    differenceOfTexts("the message", std::string(result.message.begin(), end), expected.message),
+                    differenceOfTexts("the message", result.text(), expected.message),
                     differenceOfTranscripts(library_host::transcript(), expected.transcript),
                     differenceOfLogs(directory.takeLog(), expected.log), directory.disturbance()});
 }
@@ -143,33 +137,6 @@ std::string differenceOfTransfer(const std::string& name, const TransferProblem&
     request.tuning = mine.surroundings.tuning;
     request.callback = mine.surroundings.callback;
 
-    MeshPointers source(theirs.source);
-    MeshPointers target(theirs.target);
-    FieldsSet refFields(theirs.refFields, theirs.announcedRefFields);
-    FieldsSet targetFields(theirs.targetFields, theirs.announcedTargetFields);
-    const auto callLibrary = [&](Result& result)
-    {
-        const Library& library = Library::get();
-        const reference::MeshArrays s = source.arrays();
-        const reference::MeshArrays t = target.arrays();
-        if (problem.toPointCloud)
-        {
-            library.transferToPointCloud(
-                theirs.interpoMode, theirs.defaultValue, s.nbElts, s.nbNodes, source.coords(), source.connectivity(),
-                theirs.source.types.data(), s.nbMatls, theirs.source.matlIds.data(), theirs.source.matlStates.data(),
-                t.nbNodes, target.coords(), t.nbMatls, theirs.target.matlIds.data(), theirs.target.matlStates.data(),
-                theirs.mappingFlags.data(), refFields.record(), targetFields.record(), result.message.data(),
-                &result.errorCode, library_host::beginCall(theirs.surroundings.callback));
-            return;
-        }
-        library.transferToMesh(
-            theirs.interpoMode, theirs.defaultValue, s.nbElts, s.nbNodes, source.coords(), source.connectivity(),
-            theirs.source.types.data(), s.nbMatls, theirs.source.matlIds.data(), theirs.source.matlStates.data(),
-            t.nbElts, t.nbNodes, target.coords(), target.connectivity(), theirs.target.types.data(), t.nbMatls,
-            theirs.target.matlIds.data(), theirs.target.matlStates.data(), theirs.mappingFlags.data(),
-            refFields.record(), targetFields.record(), result.message.data(), &result.errorCode,
-            library_host::beginCall(theirs.surroundings.callback));
-    };
     const auto compare = [&]() -> std::string
     {
         const bool isInputIntact = theirs.source == problem.source && theirs.target == problem.target &&
@@ -207,33 +174,14 @@ std::string differenceOfTransfer(const std::string& name, const TransferProblem&
         }
     };
     return differenceOfCalls(
-        name, problem.surroundings, "mappingInputs.txt",
+        name, problem.surroundings, library_host::tuningFileOfTransfers,
         [&]
         {
             return problem.toPointCloud ? reference::transferMeshToPointCloud(request)
                                         : reference::transferMeshToMesh(request);
         },
-        callLibrary, compare, seen, observe);
+        [&](Result& result) { library_host::callTransfer(theirs, result); }, compare, seen, observe);
 }
-
-/// The integer tables of the correspondences, with a guard behind every row.
-struct IntegerTable
-{
-    IntegerTable(int nbRows, int nbColumns)
-        : rows(index(nbRows), std::vector<int>(index(nbColumns + nbGuardValues), static_cast<int>(0xA5A5A5A5)))
-    {
-        for (std::vector<int>& row : rows)
-        {
-            pointers.push_back(row.data());
-        }
-    }
-
-    IntegerTable(const IntegerTable&) = delete;
-    IntegerTable& operator=(const IntegerTable&) = delete;
-
-    std::vector<std::vector<int>> rows;
-    std::vector<int*> pointers;
-};
 
 std::string differenceOfTables(const std::string& what, const IntegerTable& actual, const IntegerTable& expected)
 {
@@ -262,56 +210,27 @@ std::string differenceOfCorrespondence(const std::string& name, const Correspond
     MeshPointers myTarget(mine.target);
     const reference::CorrespondenceRequest request = {mySource.arrays(), myTarget.arrays(), mine.mappingFlags.data(),
                                                       mine.surroundings.tuning, mine.surroundings.callback};
-    MeshPointers source(theirs.source);
-    MeshPointers target(theirs.target);
+    CorrespondenceTables myTables(mine.target, ofNodes);
+    CorrespondenceTables theirTables(theirs.target, ofNodes);
 
-    // One row of nodes, or one row of at most eight Gauss points per element.
-    const int nbRows = ofNodes ? 1 : problem.target.nbElements();
-    const int nbColumns = ofNodes ? problem.target.nbNodes() : 8;
-    IntegerTable myFirst(nbRows, nbColumns);
-    IntegerTable mySecond(nbRows, nbColumns);
-    IntegerTable theirFirst(nbRows, nbColumns);
-    IntegerTable theirSecond(nbRows, nbColumns);
-
-    const auto callLibrary = [&](Result& result)
-    {
-        const Library& library = Library::get();
-        const reference::MeshArrays s = source.arrays();
-        const reference::MeshArrays t = target.arrays();
-        const auto call = [&](auto* function, auto... outputs)
-        {
-            function(s.nbElts, s.nbNodes, source.coords(), source.connectivity(), theirs.source.types.data(), s.nbMatls,
-                     theirs.source.matlIds.data(), theirs.source.matlStates.data(), t.nbElts, t.nbNodes,
-                     target.coords(), target.connectivity(), theirs.target.types.data(), t.nbMatls,
-                     theirs.target.matlIds.data(), theirs.target.matlStates.data(), theirs.mappingFlags.data(),
-                     outputs..., result.message.data(), &result.errorCode,
-                     library_host::beginCall(theirs.surroundings.callback));
-        };
-        if (ofNodes)
-        {
-            call(library.matchNodes, theirFirst.pointers.front());
-        }
-        else
-        {
-            call(library.matchGaussPoints, theirFirst.pointers.data(), theirSecond.pointers.data());
-        }
-    };
     const auto compare = [&]() -> std::string
     {
         const bool isInputIntact = theirs.source == problem.source && theirs.target == problem.target &&
                                    theirs.mappingFlags == problem.mappingFlags;
-        return firstOf({differenceOfTables("first table", theirFirst, myFirst),
-                        differenceOfTables("second table", theirSecond, mySecond),
+        return firstOf({differenceOfTables("first table", theirTables.first, myTables.first),
+                        differenceOfTables("second table", theirTables.second, myTables.second),
                         isInputIntact ? "" : "an input array has been written"});
     };
     return differenceOfCalls(
-        name, problem.surroundings, ofNodes ? "nodToNodInputs.txt" : "GPToGPInputs.txt",
+        name, problem.surroundings, library_host::tuningFileOfCorrespondence(ofNodes),
         [&]
         {
-            return ofNodes ? reference::matchNodes(request, myFirst.pointers.front())
-                           : reference::matchGaussPoints(request, myFirst.pointers.data(), mySecond.pointers.data());
+            return ofNodes ? reference::matchNodes(request, myTables.first.pointers.front())
+                           : reference::matchGaussPoints(request, myTables.first.pointers.data(),
+                                                         myTables.second.pointers.data());
         },
-        callLibrary, compare, seen, [&](const Outcome& outcome) { observeOutcome(outcome, seen); });
+        [&](Result& result) { library_host::callCorrespondence(theirs, ofNodes, theirTables, result); }, compare, seen,
+        [&](const Outcome& outcome) { observeOutcome(outcome, seen); });
 }
 
 class Differential : public testing::Test

@@ -113,12 +113,13 @@ void runReturningCall(const std::string& name, const std::function<void()>& call
     theCallInProgress.clear();
 }
 
-std::string differenceOfFatalCall(const std::function<void()>& call, const std::string& expectedOutput)
+Ending runInChild(const std::function<void()>& call)
 {
+    constexpr int statusOfReturn = 99;
     int ends[2];
     if (pipe(ends) != 0)
     {
-        return "no pipe";
+        return {false, -1, "no pipe"};
     }
     std::fflush(nullptr);
     std::cout.flush();
@@ -143,27 +144,34 @@ std::string differenceOfFatalCall(const std::function<void()>& call, const std::
             _exit(98);
         }
         std::fflush(nullptr);
-        _exit(99);
+        _exit(statusOfReturn);
     }
     close(ends[1]);
-    std::string output;
+    Ending ending;
     char buffer[4096];
     for (ssize_t size = read(ends[0], buffer, sizeof buffer); size > 0; size = read(ends[0], buffer, sizeof buffer))
     {
-        output.append(buffer, static_cast<std::size_t>(size));
+        ending.printed.append(buffer, static_cast<std::size_t>(size));
     }
     close(ends[0]);
-    int status = 0;
-    waitpid(child, &status, 0);
-    if (WIFEXITED(status) && WEXITSTATUS(status) == 99)
+    waitpid(child, &ending.waitStatus, 0);
+    ending.returned = WIFEXITED(ending.waitStatus) && WEXITSTATUS(ending.waitStatus) == statusOfReturn;
+    return ending;
+}
+
+std::string differenceOfFatalCall(const std::function<void()>& call, const std::string& expectedOutput)
+{
+    const Ending ending = runInChild(call);
+    if (ending.returned)
     {
         return "the call returned, expected the end of the process with \"" + expectedOutput + "\"";
     }
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
+    if (!WIFEXITED(ending.waitStatus) || WEXITSTATUS(ending.waitStatus) != 0)
     {
-        return "the process ended with wait status " + std::to_string(status) + ", expected an exit with status 0";
+        return "the process ended with wait status " + std::to_string(ending.waitStatus) +
+               ", expected an exit with status 0";
     }
-    return comparison::differenceOfTexts("standard output", output, expectedOutput);
+    return comparison::differenceOfTexts("standard output", ending.printed, expectedOutput);
 }
 
 WorkingDirectory::WorkingDirectory(const std::string& name, const Surroundings& surroundings,

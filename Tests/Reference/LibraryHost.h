@@ -46,6 +46,16 @@ const std::vector<reference::CallbackCall>& transcript();
 /// otherwise the test would end with status 0.
 void runReturningCall(const std::string& name, const std::function<void()>& call);
 
+/// How a call in a child process came to its end.
+struct Ending
+{
+    bool returned = false;
+    int waitStatus = 0;  ///< as waitpid gives it
+    std::string printed; ///< on standard output
+};
+
+Ending runInChild(const std::function<void()>& call);
+
 /// Runs a call that is to end its process with that text on standard output, in a child; describes what differs.
 std::string differenceOfFatalCall(const std::function<void()>& call, const std::string& expectedOutput);
 
