@@ -1,5 +1,6 @@
 #include "MatchCommand.h"
 
+#include "FileFormat.h"
 #include "MatchDiagnosis.h"
 #include "MatchTables.h"
 #include "ProgressBar.h"
@@ -174,14 +175,14 @@ MatchTable matchExplainingFailures(const Sort& sort, const MeshFile& source, con
 
 ExitStatus run(const Sort& sort, const MeshPairArguments& files, const std::vector<std::string>& only)
 {
-    const std::filesystem::path format = std::filesystem::path(files.output).extension();
-    if (format != ".csv" && format != ".vtu")
+    const std::optional<FileFormat> format = formatOf(files.output);
+    if (format != FileFormat::table && !isMeshOutput(format))
     {
-        throw InvalidOption(text("the output '", files.output, "' is named neither .csv nor .vtu"));
+        throw InvalidOption(text("the output '", files.output, "' is not named .csv, ", meshOutputEndings));
     }
-    if (files.replace && format != ".vtu")
+    if (files.replace && !isMeshOutput(format))
     {
-        throw InvalidOption("--replace has an effect only on an output named .vtu");
+        throw InvalidOption(text("--replace has an effect only on an output named ", meshOutputEndings));
     }
 
     const OutputFile output = files.openOutput();
@@ -190,7 +191,7 @@ ExitStatus run(const Sort& sort, const MeshPairArguments& files, const std::vect
     MeshFile source = files.readSource();
     progress.beginStage("reading target");
     MeshFile target = files.readTarget(sort.targetRole);
-    if (format == ".vtu")
+    if (isMeshOutput(format))
     {
         for (const std::string& name : sort.arrayNames)
         {
@@ -210,7 +211,7 @@ ExitStatus run(const Sort& sort, const MeshPairArguments& files, const std::vect
     output.write(
         [&](const std::filesystem::path& path)
         {
-            if (format == ".csv")
+            if (format == FileFormat::table)
             {
                 writeCsv(table, path);
             }
@@ -245,32 +246,32 @@ MatchCommand::MatchCommand(CLI::App& app)
         text("Example:\n"
              "  veltrane match nodes assembly.vtu part.vtu -o nodes.csv --only 2,5\n\n"
              "A .csv output has a line for each matched node: target_node,source_node.\n"
-             "A .vtu output is the target with the point array source_node, 0 at nodes not to be matched.\n"
+             "A .vtu or .vtk output is the target with the point array source_node, 0 at nodes not to be matched.\n"
              "Nodes are the points of the files, counted from 1. Partners may be apart by a thousandth\n"
              "of the mean source cell. A node is of the material of the first cell that it is part of.\n\n",
-             materialHelp, exitStatusHelp));
+             meshFormatHelp, materialHelp, exitStatusHelp));
 
     addOptions(gaussPoints_, gaussPointSort().points,
                "how exactly the source cell around the centre of a target\n"
                "cell is located, as part of its size (0.001)");
-    gaussPoints_.command->footer(
-        text("Example:\n"
-             "  veltrane match gauss assembly.vtu part.vtu -o gauss.vtu\n\n"
-             "A .csv output has a line for each matched Gauss point:\n"
-             "target_element,target_gauss_point,source_element,source_gauss_point.\n"
-             "A .vtu output is the target with the cell arrays source_element and source_gauss_point, which has a\n"
-             "component per Gauss point; they are 0 where nothing was to be matched or there is no Gauss point.\n"
-             "Elements are the cells of the files, counted from 1, and Gauss points count from 1 in each of them.\n"
-             "Surface cells are left out. Partners may be apart by a thousandth of the mean source cell.\n\n",
-             materialHelp, exitStatusHelp));
+    gaussPoints_.command->footer(text(
+        "Example:\n"
+        "  veltrane match gauss assembly.vtu part.vtu -o gauss.vtu\n\n"
+        "A .csv output has a line for each matched Gauss point:\n"
+        "target_element,target_gauss_point,source_element,source_gauss_point.\n"
+        "A .vtu or .vtk output is the target with the cell arrays source_element and source_gauss_point, which has a\n"
+        "component per Gauss point; they are 0 where nothing was to be matched or there is no Gauss point.\n"
+        "Elements are the cells of the files, counted from 1, and Gauss points count from 1 in each of them.\n"
+        "Surface cells are left out. Partners may be apart by a thousandth of the mean source cell.\n\n",
+        meshFormatHelp, materialHelp, exitStatusHelp));
 }
 
 void MatchCommand::addOptions(Request& request, std::string_view points, const std::string& toleranceHelp)
 {
     CLI::App& command = *request.command;
-    request.files.addFiles(command, text("mesh file with the ", points, " to be found (.vtu), of volume cells"),
-                           "mesh file of the same geometry, or of a part of it (.vtu)",
-                           "file to be written: a table (.csv), or the target with\nthe numbers found (.vtu)");
+    request.files.addFiles(command, text("mesh file with the ", points, " to be found, of volume cells"),
+                           "mesh file of the same geometry, or of a part of it",
+                           "file to be written: a table (.csv), or the target with\nthe numbers found (.vtu, .vtk)");
     command
         .add_option("--only", request.only,
                     "the target's materials to be matched, all if not given:\n"
@@ -284,6 +285,7 @@ void MatchCommand::addOptions(Request& request, std::string_view points, const s
     {
         request.files.addTolerance(command, toleranceHelp);
     }
+    request.files.addSkipUnsupported(command);
     request.files.addReplace(command, "let the numbers found replace the target's arrays of the same names");
     request.files.addQuiet(command, "print no result line and no progress");
 }

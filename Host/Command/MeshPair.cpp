@@ -22,10 +22,14 @@ std::string intervalText(const Box& box, std::size_t axis)
     return text("xyz"[axis], " = ", box.min[axis], " to ", box.max[axis]);
 }
 
-MeshFile read(const std::string& path, MeshRole role)
+MeshFile read(const std::string& path, const MeshReading& reading)
 {
-    MeshFile file(path, role);
+    MeshFile file(path, reading);
     throwIfInterrupted();
+    if (!file.skippedCells().empty())
+    {
+        warn(text("left out cells of '", path, "' that cannot be used: ", cellCountText(file.skippedCells())));
+    }
     return file;
 }
 
@@ -44,6 +48,12 @@ void MeshPairArguments::addFiles(CLI::App& command, const std::string& sourceHel
     command.add_option("SOURCE", source, sourceHelp)->required()->type_name("");
     command.add_option("TARGET", target, targetHelp)->required()->type_name("");
     command.add_option("-o,--output", output, outputHelp)->required()->type_name("FILE");
+}
+
+void MeshPairArguments::addSkipUnsupported(CLI::App& command)
+{
+    command.add_flag("--skip-unsupported", skipUnsupported,
+                     "leave out cells that cannot be used, such as quadratic\nhexahedra, instead of failing");
 }
 
 void MeshPairArguments::addTolerance(CLI::App& command, const std::string& help)
@@ -69,12 +79,12 @@ OutputFile MeshPairArguments::openOutput() const
 
 MeshFile MeshPairArguments::readSource() const
 {
-    return read(source, MeshRole::source);
+    return read(source, {.role = MeshRole::source, .skipUnsupported = skipUnsupported});
 }
 
 MeshFile MeshPairArguments::readTarget(MeshRole role) const
 {
-    return read(target, role);
+    return read(target, {.role = role, .skipUnsupported = skipUnsupported});
 }
 
 void MeshPairArguments::checkNewArray(const MeshFile& targetFile, ArrayPlace place, const std::string& name) const

@@ -21,11 +21,13 @@ struct MeshPairArguments
     std::string target;
     std::string output;
     std::optional<float> tolerance;
+    bool skipUnsupported = false;
     bool replace = false;
     bool quiet = false;
 
     void addFiles(CLI::App& command, const std::string& sourceHelp, const std::string& targetHelp,
                   const std::string& outputHelp);
+    void addSkipUnsupported(CLI::App& command);
     void addTolerance(CLI::App& command, const std::string& help);
     void addReplace(CLI::App& command, const std::string& help);
     void addQuiet(CLI::App& command, const std::string& help);
@@ -33,7 +35,8 @@ struct MeshPairArguments
     /// Throws CannotWrite if it could not be written.
     OutputFile openOutput() const;
 
-    /// Throw NoInput or BadFile, and Cancelled if the command was interrupted meanwhile.
+    /// Throw NoInput or BadFile, and Cancelled if the command was interrupted meanwhile. Warn of cells left out on
+    /// request.
     MeshFile readSource() const;
     MeshFile readTarget(MeshRole role) const;
 
@@ -42,6 +45,9 @@ struct MeshPairArguments
 };
 
 /// For the help texts of these commands.
+inline constexpr const char* meshFormatHelp =
+    "Mesh files are VTK's unstructured grids (.vtu, .vtk, .pvtu) and Exodus files (.e, .exo, .ex2; their\n"
+    "last step); .vtu and .vtk are written. The ending tells the format.\n\n";
 inline constexpr const char* materialHelp =
     "Cells of source and target correspond only within materials of the same number, if both\n"
     "files have a cell-data array 'material' (or MaterialIds, part, PartId, gmsh:physical ...).\n\n";

@@ -107,7 +107,9 @@ OutputFile::OutputFile(const std::filesystem::path& path, std::span<const std::f
     {
         throw CannotWrite(text("cannot create '", path.string(), "': ", error.code().message()));
     }
-    temporaryPath_ = path_.parent_path() / text(".", path_.filename().string(), ".", ::getpid(), ".part");
+    // Of the same ending, which tells writers the format.
+    temporaryPath_ =
+        path_.parent_path() / text(".", path_.stem().string(), ".", ::getpid(), ".part", path_.extension().string());
     const TemporaryFile trial(temporaryPath_);
 }
 

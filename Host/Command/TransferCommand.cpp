@@ -1,6 +1,7 @@
 #include "TransferCommand.h"
 
 #include "FieldChoice.h"
+#include "FileFormat.h"
 #include "ProgressBar.h"
 #include "Report.h"
 #include "Text.h"
@@ -46,9 +47,8 @@ TransferResult transferExplainingFailures(const Mesh& source, std::span<const Fi
 TransferCommand::TransferCommand(CLI::App& app)
     : command_(app.add_subcommand("transfer", "Transfers the point data of one mesh file to the mesh of another"))
 {
-    files_.addFiles(*command_, "mesh file with the fields (.vtu), of volume cells",
-                    "mesh file that is to receive the fields (.vtu)",
-                    "file to be written: the target with the fields added (.vtu)");
+    files_.addFiles(*command_, "mesh file with the fields, of volume cells", "mesh file that is to receive the fields",
+                    "file to be written: the target with the fields added");
     command_
         ->add_option("--mode", mode_,
                      "what happens if nodes of the target are far outside the source:\n"
@@ -67,12 +67,13 @@ TransferCommand::TransferCommand(CLI::App& app)
         ->allow_extra_args(false);
     command_->add_option("--default", defaultValue_, "the default value of mode 1 (0)")->type_name("VALUE");
     files_.addTolerance(*command_, "how exactly points are located, as part of the size\nof an element (0.001)");
+    files_.addSkipUnsupported(*command_);
     files_.addReplace(*command_, "let transferred fields replace the target's arrays of the same names");
     files_.addQuiet(*command_, "print no summary and no progress");
     command_->footer(
         text("Example:\n"
              "  veltrane transfer thermal.vtu structure.vtu -o loaded.vtu --field temperature --mode 2\n\n",
-             materialHelp, exitStatusHelp));
+             meshFormatHelp, materialHelp, exitStatusHelp));
 }
 
 ExitStatus TransferCommand::run() const
@@ -86,9 +87,9 @@ ExitStatus TransferCommand::run() const
     options.defaultValue = defaultValue_.value_or(0.0F);
     options.tuning.tolerance = files_.tolerance;
     checkRequestedFields(fields_);
-    if (std::filesystem::path(files_.output).extension() != ".vtu")
+    if (!isMeshOutput(formatOf(files_.output)))
     {
-        throw InvalidOption(text("the output '", files_.output, "' is not named .vtu, as its format is"));
+        throw InvalidOption(text("the output '", files_.output, "' is not named ", meshOutputEndings));
     }
 
     const OutputFile output = files_.openOutput();

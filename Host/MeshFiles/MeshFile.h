@@ -1,9 +1,11 @@
-/// Mesh files: VTK's unstructured grids (.vtu).
+/// Mesh files in any of the formats that can be read.
 #ifndef VELTRANE_HOST_MESH_FILE_H
 #define VELTRANE_HOST_MESH_FILE_H
 
-#include "Errors.h"
 #include "Field.h"
+#include "FieldArrays.h"
+#include "FileErrors.h"
+#include "GridElements.h"
 #include "Mesh.h"
 
 #include <filesystem>
@@ -15,44 +17,6 @@
 
 namespace veltrane
 {
-
-/// A file that is not there or cannot be opened.
-class NoInput : public Error
-{
-public:
-    using Error::Error;
-};
-
-/// A file whose contents are not what is needed.
-class BadFile : public Error
-{
-public:
-    using Error::Error;
-};
-
-/// A file that cannot be written.
-class CannotWrite : public Error
-{
-public:
-    using Error::Error;
-};
-
-/// What a mesh is read for. A source is made of the volume cells alone: its surface cells, which many mesh generators
-/// write beside them, are left out. So is a target whose Gauss points are matched.
-enum class MeshRole
-{
-    source,
-    target,
-    gaussPointTarget
-};
-
-/// A point-data array of a mesh file.
-struct PointArray
-{
-    std::string name;
-    int componentCount;
-    bool isFloatingPoint;
-};
 
 enum class ArrayPlace
 {
@@ -74,7 +38,8 @@ class MeshFile
 {
 public:
     /// Reads the file. Throws NoInput or BadFile, naming the file and what is wrong.
-    MeshFile(const std::filesystem::path& path, MeshRole role);
+    MeshFile(const std::filesystem::path& path, const MeshReading& reading);
+    MeshFile(const std::filesystem::path& path, MeshRole role) : MeshFile(path, MeshReading{.role = role}) {}
     ~MeshFile();
     MeshFile(MeshFile&&) noexcept;
     MeshFile& operator=(MeshFile&&) noexcept;
@@ -83,11 +48,14 @@ public:
     Mesh& mesh();
     const Mesh& mesh() const;
 
-    /// The cell-data array that numbers the materials: the first of the usual names. Without one all is one material.
+    /// The cell-data array that numbers the materials. Without one all is one material.
     const std::optional<std::string>& materialArray() const;
 
     /// Cells of the file that are not part of the mesh.
     int leftOutCellCount() const;
+
+    /// Those among them that have no counterpart among the elements.
+    const CellCounts& skippedCells() const;
 
     /// The number of an element's cell in the file, from 0.
     int cellOf(int element) const;
@@ -101,7 +69,8 @@ public:
     Field field(const std::string& name) const;
 
     /// Writes the file's data set, with all its arrays and these fields as further point data, an array of the same
-    /// name being replaced. Throws CannotWrite with nothing but the reason.
+    /// name being replaced, in the format that the path's ending stands for. Throws CannotWrite with nothing but the
+    /// reason.
     void writeWith(std::span<const Field> fields, const std::filesystem::path& path) const;
 
     /// The same with arrays of whole numbers. Cells that are not part of the mesh get 0.

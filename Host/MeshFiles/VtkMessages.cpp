@@ -1,5 +1,6 @@
 #include "VtkMessages.h"
 
+#include <vtkErrorCode.h>
 #include <vtkLogger.h>
 #include <vtkObjectFactory.h>
 
@@ -14,9 +15,10 @@ namespace
 std::string bareText(const std::string& message)
 {
     const std::size_t lineEnd = message.find('\n');
-    const std::size_t objectEnd = message.find("): ", lineEnd == std::string::npos ? 0 : lineEnd);
-    std::string text = objectEnd == std::string::npos ? message : message.substr(objectEnd + 3);
-    text.erase(text.find_last_not_of(" \n.") + 1);
+    const std::size_t textBegin = lineEnd == std::string::npos ? 0 : lineEnd + 1;
+    const std::size_t objectEnd = message.find("): ", textBegin);
+    std::string text = message.substr(objectEnd == std::string::npos ? textBegin : objectEnd + 3);
+    text.erase(text.find_last_not_of(" \n.!") + 1);
     std::ranges::replace(text, '\n', ' ');
     return text;
 }
@@ -34,7 +36,8 @@ public:
     }
     void DisplayErrorText(const char* message) override { errors.push_back(bareText(message)); }
     void DisplayWarningText(const char*) override {}
-    void DisplayGenericWarningText(const char*) override {}
+    /// Where no object is at hand, VTK only warns: of a legacy file that ends too early, for example.
+    void DisplayGenericWarningText(const char* message) override { errors.push_back(bareText(message)); }
     void DisplayDebugText(const char*) override {}
 
     std::vector<std::string> errors;
@@ -58,6 +61,26 @@ VtkMessages::~VtkMessages()
 const std::vector<std::string>& VtkMessages::errors() const
 {
     return window_->errors;
+}
+
+std::optional<std::string> VtkMessages::failureReason(unsigned long errorCode) const
+{
+    if (errors().empty() && errorCode == vtkErrorCode::NoError)
+    {
+        return std::nullopt;
+    }
+    const auto found =
+        std::ranges::find_if(errors(), [](const auto& error) { return !error.starts_with("Algorithm "); });
+    if (found != errors().end())
+    {
+        return *found;
+    }
+    switch (errorCode)
+    {
+    case vtkErrorCode::NoError: return "VTK gives no reason";
+    case vtkErrorCode::OutOfDiskSpaceError: return "there is not enough disk space";
+    default: return vtkErrorCode::GetStringFromErrorCode(errorCode);
+    }
 }
 
 } // namespace veltrane

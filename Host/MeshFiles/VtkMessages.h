@@ -5,6 +5,7 @@
 #include <vtkOutputWindow.h>
 #include <vtkSmartPointer.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,10 @@ public:
 
     /// Without places in VTK's sources and addresses of its objects, each in one line.
     const std::vector<std::string>& errors() const;
+
+    /// Why VTK has failed, or nothing if it has not: the first error that does not only pass on a failure, or else what
+    /// the error code of the reader or writer stands for.
+    std::optional<std::string> failureReason(unsigned long errorCode) const;
 
 private:
     class Window;

@@ -1,0 +1,173 @@
+#include "DataSetReader.h"
+
+#include "ExodusReader.h"
+#include "FileFormat.h"
+#include "PointTable.h"
+#include "Text.h"
+#include "VtkMessages.h"
+#include "XmlStructure.h"
+
+#include <vtkNew.h>
+#include <vtkPolyData.h>
+#include <vtkUnstructuredGrid.h>
+#include <vtkUnstructuredGridReader.h>
+#include <vtkXMLDataElement.h>
+#include <vtkXMLDataParser.h>
+#include <vtkXMLPUnstructuredGridReader.h>
+#include <vtkXMLPolyDataReader.h>
+#include <vtkXMLUnstructuredGridReader.h>
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <new>
+#include <system_error>
+
+namespace veltrane
+{
+namespace
+{
+
+void throwIfFailed(const VtkMessages& messages, unsigned long errorCode, const std::filesystem::path& path)
+{
+    if (const auto reason = messages.failureReason(errorCode))
+    {
+        throw BadFile(text("cannot read ", quoted(path), ": ", *reason));
+    }
+}
+
+template <typename Reader> auto readXml(const std::filesystem::path& path)
+{
+    const VtkMessages messages;
+    vtkNew<Reader> reader;
+    reader->SetFileName(path.c_str());
+    reader->UpdateInformation();
+    vtkXMLDataParser* parser = reader->GetXMLParser();
+    if (parser != nullptr && parser->GetRootElement() != nullptr)
+    {
+        checkStructure(*parser->GetRootElement(), path);
+    }
+    throwIfFailed(messages, reader->GetErrorCode(), path);
+    reader->Update();
+    throwIfFailed(messages, reader->GetErrorCode(), path);
+    return vtkSmartPointer(reader->GetOutput());
+}
+
+vtkSmartPointer<vtkUnstructuredGrid> readLegacy(const std::filesystem::path& path)
+{
+    const VtkMessages messages;
+    vtkNew<vtkUnstructuredGridReader> reader;
+    reader->SetFileName(path.c_str());
+    // Of each sort the reader takes but the first one unless told otherwise.
+    reader->ReadAllScalarsOn();
+    reader->ReadAllVectorsOn();
+    reader->ReadAllNormalsOn();
+    reader->ReadAllTensorsOn();
+    reader->ReadAllColorScalarsOn();
+    reader->ReadAllTCoordsOn();
+    reader->ReadAllFieldsOn();
+    reader->Update();
+    throwIfFailed(messages, reader->GetErrorCode(), path);
+    return reader->GetOutput();
+}
+
+std::optional<FileFormat> checkedFormat(const std::filesystem::path& path, bool (*isWanted)(std::optional<FileFormat>),
+                                        std::string_view what, std::string_view endings)
+{
+    checkReadable(path);
+    const std::optional<FileFormat> format = formatOf(path);
+    if (!isWanted(format))
+    {
+        throw BadFile(text(quoted(path), " is not named as a ", what, " file is: ", endings));
+    }
+    return format;
+}
+
+/// Calls a function that reads a file; what the file says about its own size need not be true.
+template <typename Function> auto guarded(const std::filesystem::path& path, const Function& function)
+{
+    try
+    {
+        return function();
+    }
+    catch (const std::bad_alloc&)
+    {
+        throw BadFile(text("cannot read ", quoted(path), ": it says that it has more data than memory can hold"));
+    }
+}
+
+} // namespace
+
+std::string quoted(const std::filesystem::path& path)
+{
+    return text("'", path.string(), "'");
+}
+
+void checkReadable(const std::filesystem::path& path)
+{
+    std::error_code failure;
+    const std::filesystem::file_status status = std::filesystem::status(path, failure);
+    if (status.type() == std::filesystem::file_type::not_found)
+    {
+        throw NoInput(text("there is no file ", quoted(path)));
+    }
+    if (failure)
+    {
+        throw NoInput(text("cannot open ", quoted(path), ": ", failure.message()));
+    }
+    if (status.type() == std::filesystem::file_type::directory)
+    {
+        throw NoInput(text(quoted(path), " is a directory, not a mesh file"));
+    }
+    if (status.type() != std::filesystem::file_type::regular)
+    {
+        throw NoInput(text(quoted(path), " is not a regular file"));
+    }
+    if (!std::ifstream(path))
+    {
+        throw NoInput(text("cannot open ", quoted(path), ": ", std::strerror(errno)));
+    }
+    if (std::filesystem::file_size(path, failure) == 0)
+    {
+        throw BadFile(text(quoted(path), " is empty"));
+    }
+}
+
+vtkSmartPointer<vtkUnstructuredGrid> readCells(const std::filesystem::path& path, std::optional<int> step)
+{
+    const std::optional<FileFormat> format = checkedFormat(path, isMeshInput, "mesh", meshInputEndings);
+    return guarded(path,
+                   [&]
+                   {
+                       switch (*format)
+                       {
+                       case FileFormat::legacyUnstructuredGrid: return readLegacy(path);
+                       case FileFormat::parallelUnstructuredGrid: return readXml<vtkXMLPUnstructuredGridReader>(path);
+                       case FileFormat::exodus: return readExodus(path, step);
+                       default: return readXml<vtkXMLUnstructuredGridReader>(path);
+                       }
+                   });
+}
+
+vtkSmartPointer<vtkPointSet> readPoints(const std::filesystem::path& path, std::optional<int> step)
+{
+    const std::optional<FileFormat> format = checkedFormat(path, isPointInput, "point", pointInputEndings);
+    return guarded(path,
+                   [&]() -> vtkSmartPointer<vtkPointSet>
+                   {
+                       switch (*format)
+                       {
+                       case FileFormat::polyData: return readXml<vtkXMLPolyDataReader>(path);
+                       case FileFormat::table: return readPointTable(path);
+                       default: return readCells(path, step);
+                       }
+                   });
+}
+
+std::vector<double> readStepTimes(const std::filesystem::path& path)
+{
+    checkReadable(path);
+    return formatOf(path) == FileFormat::exodus ? readExodusTimes(path) : std::vector<double>();
+}
+
+} // namespace veltrane

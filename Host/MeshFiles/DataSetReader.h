@@ -1,0 +1,40 @@
+/// Files as VTK's data sets, whatever their format.
+#ifndef VELTRANE_HOST_DATA_SET_READER_H
+#define VELTRANE_HOST_DATA_SET_READER_H
+
+#include "FileErrors.h"
+
+#include <vtkSmartPointer.h>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+class vtkDataObject;
+class vtkPointSet;
+class vtkUnstructuredGrid;
+
+namespace veltrane
+{
+
+/// 'path'
+std::string quoted(const std::filesystem::path& path);
+
+/// Throws NoInput or BadFile unless there is a readable regular file that is not empty.
+void checkReadable(const std::filesystem::path& path);
+
+/// The cells of a mesh file. Throws NoInput or BadFile, naming the file and what is wrong.
+///
+/// \param step  of an Exodus file, from 0; the last one if none is given. Files of other formats have no steps.
+vtkSmartPointer<vtkUnstructuredGrid> readCells(const std::filesystem::path& path, std::optional<int> step = {});
+
+/// The points of a point file or a mesh file. Throws NoInput or BadFile, naming the file and what is wrong.
+vtkSmartPointer<vtkPointSet> readPoints(const std::filesystem::path& path, std::optional<int> step = {});
+
+/// The times of the steps of an Exodus file; none of a file of another format or without steps.
+std::vector<double> readStepTimes(const std::filesystem::path& path);
+
+} // namespace veltrane
+
+#endif

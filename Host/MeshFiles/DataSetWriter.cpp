@@ -1,0 +1,112 @@
+#include "DataSetWriter.h"
+
+#include "FileFormat.h"
+#include "PointTable.h"
+#include "Text.h"
+#include "VtkMessages.h"
+
+#include <vtkCellArray.h>
+#include <vtkCellType.h>
+#include <vtkFieldData.h>
+#include <vtkNew.h>
+#include <vtkPointData.h>
+#include <vtkPolyData.h>
+#include <vtkUnstructuredGrid.h>
+#include <vtkUnstructuredGridWriter.h>
+#include <vtkXMLPolyDataWriter.h>
+#include <vtkXMLUnstructuredGridWriter.h>
+
+#include <cerrno>
+#include <type_traits>
+
+namespace veltrane
+{
+namespace
+{
+
+template <typename Writer> void write(vtkPointSet& dataSet, const std::filesystem::path& path, Writer& writer)
+{
+    const VtkMessages messages;
+    writer.SetFileName(path.c_str());
+    writer.SetInputData(&dataSet);
+    errno = 0;
+    const bool written = writer.Write() != 0;
+    const std::optional<std::string> reason =
+        errno == ENOSPC || errno == EDQUOT || errno == EFBIG // the legacy writer only says at which part it failed
+            ? "there is not enough disk space"
+            : messages.failureReason(writer.GetErrorCode());
+    if (!written || reason)
+    {
+        throw CannotWrite(reason.value_or("VTK gives no reason"));
+    }
+}
+
+vtkSmartPointer<vtkCellArray> onePointCells(vtkIdType pointCount)
+{
+    vtkNew<vtkCellArray> cells;
+    for (vtkIdType point = 0; point < pointCount; ++point)
+    {
+        cells->InsertNextCell({point});
+    }
+    return cells;
+}
+
+/// The points alone, as another sort of data set.
+template <typename DataSet> vtkSmartPointer<DataSet> pointsAs(vtkPointSet& original)
+{
+    vtkNew<DataSet> points;
+    points->SetPoints(original.GetPoints());
+    points->GetPointData()->ShallowCopy(original.GetPointData());
+    points->GetFieldData()->ShallowCopy(original.GetFieldData());
+    const auto cells = onePointCells(original.GetNumberOfPoints());
+    if constexpr (std::is_same_v<DataSet, vtkPolyData>)
+    {
+        points->SetVerts(cells);
+    }
+    else
+    {
+        points->SetCells(VTK_VERTEX, cells);
+    }
+    return points;
+}
+
+/// A data set of this sort and with cells, without which no program shows the points.
+template <typename DataSet> vtkSmartPointer<vtkPointSet> as(vtkPointSet& dataSet)
+{
+    if (DataSet::SafeDownCast(&dataSet) != nullptr && dataSet.GetNumberOfCells() > 0)
+    {
+        return &dataSet;
+    }
+    return pointsAs<DataSet>(dataSet);
+}
+
+} // namespace
+
+void writeDataSet(vtkPointSet& dataSet, const std::filesystem::path& path)
+{
+    switch (formatOf(path).value_or(FileFormat::unstructuredGrid))
+    {
+    case FileFormat::table: writePointTable(dataSet, path); return;
+    case FileFormat::polyData:
+    {
+        vtkNew<vtkXMLPolyDataWriter> writer;
+        write(*as<vtkPolyData>(dataSet), path, *writer);
+        return;
+    }
+    case FileFormat::legacyUnstructuredGrid:
+    {
+        vtkNew<vtkUnstructuredGridWriter> writer;
+        writer->SetFileTypeToBinary(); // its texts are rounded
+        write(*as<vtkUnstructuredGrid>(dataSet), path, *writer);
+        return;
+    }
+    default:
+    {
+        vtkNew<vtkXMLUnstructuredGridWriter> writer;
+        write(*as<vtkUnstructuredGrid>(dataSet), path, *writer);
+        return;
+    }
+    }
+}
+
+} // namespace veltrane

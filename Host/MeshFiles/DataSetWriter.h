@@ -1,0 +1,20 @@
+/// VTK's data sets as files, whatever their format.
+#ifndef VELTRANE_HOST_DATA_SET_WRITER_H
+#define VELTRANE_HOST_DATA_SET_WRITER_H
+
+#include "FileErrors.h"
+
+#include <filesystem>
+
+class vtkPointSet;
+
+namespace veltrane
+{
+
+/// Writes cells or points in the format that the file's ending stands for. Points become cells of one point, and cells
+/// are left out, where the format needs it. Throws CannotWrite with nothing but the reason.
+void writeDataSet(vtkPointSet& dataSet, const std::filesystem::path& path);
+
+} // namespace veltrane
+
+#endif

@@ -1,0 +1,114 @@
+#include "FieldArrays.h"
+
+#include "DataSetReader.h"
+#include "Text.h"
+
+#include <vtkCellData.h>
+#include <vtkDoubleArray.h>
+#include <vtkFloatArray.h>
+#include <vtkNew.h>
+#include <vtkPointData.h>
+#include <vtkPointSet.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace veltrane
+{
+namespace
+{
+
+void checkTupleCounts(vtkFieldData& data, vtkIdType expected, std::string_view where, const std::filesystem::path& path)
+{
+    for (int i = 0; i < data.GetNumberOfArrays(); ++i)
+    {
+        vtkAbstractArray& array = *data.GetAbstractArray(i);
+        if (array.GetNumberOfTuples() != expected)
+        {
+            const char* name = array.GetName();
+            throw BadFile(text(quoted(path), ": array '", name == nullptr ? "" : name, "' has values for ",
+                               array.GetNumberOfTuples(), " ", where, "s, but there are ", expected));
+        }
+    }
+}
+
+/// The values of an array of this type.
+template <typename Array> auto valuesOf(Array& array)
+{
+    const auto* begin = array.GetPointer(0);
+    return std::vector(begin, begin + array.GetNumberOfValues());
+}
+
+template <typename Array, typename Value>
+vtkSmartPointer<vtkDataArray> toArray(const Field& field, const std::vector<Value>& values)
+{
+    vtkNew<Array> array;
+    array->SetName(field.name().c_str());
+    array->SetNumberOfComponents(field.componentCount());
+    array->SetNumberOfTuples(static_cast<vtkIdType>(field.locationCount()));
+    std::ranges::copy(values, array->GetPointer(0));
+    return array;
+}
+
+} // namespace
+
+std::vector<PointArray> listArrays(vtkFieldData& data)
+{
+    std::vector<PointArray> arrays;
+    for (int i = 0; i < data.GetNumberOfArrays(); ++i)
+    {
+        vtkAbstractArray& array = *data.GetAbstractArray(i);
+        if (array.GetName() != nullptr)
+        {
+            const bool isFloatingPoint = array.GetDataType() == VTK_FLOAT || array.GetDataType() == VTK_DOUBLE;
+            arrays.push_back({array.GetName(), array.GetNumberOfComponents(), isFloatingPoint});
+        }
+    }
+    return arrays;
+}
+
+void checkTupleCounts(vtkPointSet& dataSet, const std::filesystem::path& path)
+{
+    checkTupleCounts(*dataSet.GetPointData(), dataSet.GetNumberOfPoints(), "point", path);
+    checkTupleCounts(*dataSet.GetCellData(), dataSet.GetNumberOfCells(), "cell", path);
+}
+
+Field toField(vtkAbstractArray* array, const std::string& name, const std::filesystem::path& path)
+{
+    if (array == nullptr)
+    {
+        throw BadFile(text(quoted(path), " has no point-data array '", name, "'"));
+    }
+    FieldValues values;
+    if (auto* floats = vtkArrayDownCast<vtkFloatArray>(array))
+    {
+        values = valuesOf(*floats);
+    }
+    else if (auto* doubles = vtkArrayDownCast<vtkDoubleArray>(array))
+    {
+        values = valuesOf(*doubles);
+    }
+    else
+    {
+        throw BadFile(text(quoted(path), ": point-data array '", name, "' is not of floating-point numbers"));
+    }
+    try
+    {
+        return Field(name, Location::nodes, array->GetNumberOfComponents(), std::move(values));
+    }
+    catch (const InvalidData& error)
+    {
+        throw BadFile(text(quoted(path), ": ", error.what()));
+    }
+}
+
+vtkSmartPointer<vtkDataArray> toArray(const Field& field)
+{
+    if (const auto* floats = std::get_if<std::vector<float>>(&field.values()))
+    {
+        return toArray<vtkFloatArray>(field, *floats);
+    }
+    return toArray<vtkDoubleArray>(field, std::get<std::vector<double>>(field.values()));
+}
+
+} // namespace veltrane
