@@ -2,6 +2,7 @@
 
 #include "FieldChoice.h"
 #include "FileFormat.h"
+#include "JsonReport.h"
 #include "ProgressBar.h"
 #include "Report.h"
 #include "Text.h"
@@ -69,6 +70,7 @@ TransferCommand::TransferCommand(CLI::App& app)
     files_.addTolerance(*command_, "how exactly points are located, as part of the size\nof an element (0.001)");
     files_.addSkipUnsupported(*command_);
     files_.addReplace(*command_, "let transferred fields replace the target's arrays of the same names");
+    report_.addTo(*command_);
     files_.addQuiet(*command_, "print no summary and no progress");
     command_->footer(
         text("Example:\n"
@@ -93,6 +95,7 @@ ExitStatus TransferCommand::run() const
     }
 
     const OutputFile output = files_.openOutput();
+    const std::optional<OutputFile> report = openCompanion(report_, files_);
     ProgressBar progress(!files_.quiet);
     progress.beginStage("reading source");
     MeshFile source = files_.readSource();
@@ -122,9 +125,11 @@ ExitStatus TransferCommand::run() const
     output.write([&](const std::filesystem::path& path) { target.writeWith(result.fields, path); });
     progress.finish();
 
+    const TransferRecord record{source, fields, target, result, options, progress.times()};
+    writeCompanion(report, [&](const std::filesystem::path& path) { writeReport(record, path); });
     if (!files_.quiet)
     {
-        printSummary(std::cout, source, fields, target, result, options, progress.times());
+        printSummary(std::cout, record);
     }
     if (result.outcome == Outcome::propagationWarning)
     {

@@ -2,6 +2,7 @@
 #ifndef VELTRANE_COMMAND_TRANSFER_COMMAND_H
 #define VELTRANE_COMMAND_TRANSFER_COMMAND_H
 
+#include "Companion.h"
 #include "ExitStatus.h"
 #include "MeshPair.h"
 
@@ -34,6 +35,7 @@ private:
     std::string mode_ = "0";
     std::vector<std::string> fields_;
     std::optional<float> defaultValue_;
+    CompanionOption report_{"--report", ".json", "write what has been done and found for machines, too (.json)"};
 };
 
 } // namespace veltrane

@@ -15,19 +15,6 @@ namespace veltrane
 namespace
 {
 
-long long countNodesInElements(const Mesh& mesh)
-{
-    std::vector<bool> used(static_cast<std::size_t>(mesh.nodeCount()));
-    for (int element = 0; element < mesh.elementCount(); ++element)
-    {
-        for (const int node : mesh.nodesOf(element))
-        {
-            used[static_cast<std::size_t>(node)] = true;
-        }
-    }
-    return std::ranges::count(used, true);
-}
-
 std::string materialNames(const Mesh& mesh)
 {
     constexpr std::size_t mostNames = 12;
@@ -66,19 +53,22 @@ std::string_view farRemark(OutsideMode mode)
     return "";
 }
 
-void printCounts(std::ostream& stream, const Mesh& target, const TransferStatistics& statistics,
-                 const TransferOptions& options)
+void printCounts(std::ostream& stream, const TransferRecord& record)
 {
-    const long long nodeCount = countNodesInElements(target);
-    const OutsideCounts outside = statistics.nodes.value_or(OutsideCounts{0, 0});
-    printCount(stream, "target nodes", target.nodeCount());
-    if (nodeCount < target.nodeCount())
+    const std::optional<NodeCounts> nodes = countNodes(record);
+    if (!nodes)
     {
-        printCount(stream, "  in no cell", target.nodeCount() - nodeCount, "not given values: hold the default value");
+        return;
     }
-    printCount(stream, "  inside", nodeCount - outside.all());
-    printCount(stream, "  near", outside.near, "just outside the source: values of a nearby element");
-    printCount(stream, "  far", outside.far, farRemark(options.mode));
+    printCount(stream, "target nodes", nodes->all);
+    if (nodes->inNoCell > 0)
+    {
+        printCount(stream, "  in no cell", nodes->inNoCell, "not given values: hold the default value");
+    }
+    printCount(stream, "  inside", nodes->inside);
+    printCount(stream, "  near", nodes->near, "just outside the source: values of a nearby element");
+    printCount(stream, "  far", nodes->far, farRemark(record.options.mode));
+    const TransferStatistics& statistics = *record.result.statistics;
     printCount(stream, "search buckets", statistics.bucketCount);
     printCount(stream, "  in use", statistics.usedBucketCount,
                text("holding ", std::fixed, std::setprecision(2), statistics.meanElementsPerUsedBucket,
@@ -188,19 +178,6 @@ void printValues(std::ostream& stream, std::span<const Field> sourceFields, std:
 
 } // namespace
 
-std::string componentName(const Field& field, int component)
-{
-    if (field.componentCount() == 1)
-    {
-        return field.name();
-    }
-    if (field.componentCount() == 3)
-    {
-        return text(field.name(), " ", "xyz"[component]);
-    }
-    return text(field.name(), " ", component + 1);
-}
-
 std::string describe(const Mesh& mesh)
 {
     std::map<ElementKind, int> counts;
@@ -217,26 +194,22 @@ std::string describe(const Mesh& mesh)
     return description;
 }
 
-void printSummary(std::ostream& stream, const MeshFile& source, std::span<const Field> sourceFields,
-                  const MeshFile& target, const TransferResult& result, const TransferOptions& options,
-                  const StageTimes& times)
+void printSummary(std::ostream& stream, const TransferRecord& record)
 {
-    printLine(stream, "source", source.path().string());
-    printLine(stream, "", describe(source.mesh()));
-    if (source.leftOutCellCount() > 0)
+    printLine(stream, "source", record.source.path().string());
+    printLine(stream, "", describe(record.source.mesh()));
+    if (record.source.leftOutCellCount() > 0)
     {
-        printLine(stream, "", text(oneOrMore(source.leftOutCellCount(), "surface cell", "surface cells"), " left out"));
+        printLine(stream, "",
+                  text(oneOrMore(record.source.leftOutCellCount(), "surface cell", "surface cells"), " left out"));
     }
-    printLine(stream, "target", target.path().string());
-    printLine(stream, "", describe(target.mesh()));
-    printMaterials(stream, source, target);
-    if (result.statistics)
-    {
-        printCounts(stream, target.mesh(), *result.statistics, options);
-    }
-    printTimes(stream, times);
+    printLine(stream, "target", record.target.path().string());
+    printLine(stream, "", describe(record.target.mesh()));
+    printMaterials(stream, record.source, record.target);
+    printCounts(stream, record);
+    printTimes(stream, record.times);
     stream << '\n';
-    printValues(stream, sourceFields, result.fields);
+    printValues(stream, record.sourceFields, record.result.fields);
 }
 
 } // namespace veltrane

@@ -1,0 +1,162 @@
+#include "JsonReport.h"
+
+#include "FieldStatistics.h"
+#include "VersionText.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <string>
+
+namespace veltrane
+{
+namespace
+{
+
+// Members in the order in which they are written here. Numbers that are not finite become null.
+using Json = nlohmann::ordered_json;
+
+// Counts up whenever a member changes its meaning or goes away.
+constexpr int formatVersion = 1;
+
+Json describeBox(const Box& box)
+{
+    return {{"min", box.min}, {"max", box.max}};
+}
+
+Json describeMesh(const MeshFile& file)
+{
+    const Mesh& mesh = file.mesh();
+    Json elements = Json::object();
+    for (const ElementKindInfo& info : elementKinds)
+    {
+        const auto count = std::ranges::count(mesh.kinds(), info.kind);
+        if (count > 0)
+        {
+            elements[std::string(info.name)] = count;
+        }
+    }
+    Json materials = Json::array();
+    for (const Material& material : mesh.materials())
+    {
+        materials.push_back(material.name);
+    }
+    return {{"file", file.path().string()},
+            {"nodes", mesh.nodeCount()},
+            {"elements", elements},
+            {"leftOutCells", file.leftOutCellCount()},
+            {"materialArray", file.materialArray() ? Json(*file.materialArray()) : Json()},
+            {"materials", file.materialArray() ? materials : Json::array()},
+            {"box", describeBox(mesh.boundingBox())}};
+}
+
+Json describePoints(const TransferRecord& record)
+{
+    const std::optional<NodeCounts> nodes = countNodes(record);
+    if (!nodes)
+    {
+        return nullptr;
+    }
+    return {{"nodes", nodes->all},
+            {"inNoCell", nodes->inNoCell},
+            {"inside", nodes->inside},
+            {"near", nodes->near},
+            {"far", nodes->far}};
+}
+
+Json describeSearch(const std::optional<TransferStatistics>& statistics)
+{
+    if (!statistics)
+    {
+        return nullptr;
+    }
+    return {{"buckets", statistics->bucketCount},
+            {"usedBuckets", statistics->usedBucketCount},
+            {"meanElementsPerUsedBucket", statistics->meanElementsPerUsedBucket},
+            {"locatedPoints", statistics->interpolatedPointCount},
+            {"meanIterations", statistics->meanIterations}};
+}
+
+Json describeStages(const StageTimes& times)
+{
+    Json stages = Json::array();
+    for (const StageTime& stage : times.times())
+    {
+        stages.push_back({{"name", stage.name}, {"seconds", stage.seconds}});
+    }
+    return stages;
+}
+
+Json describeValues(const Field& field, int component)
+{
+    const ComponentStatistics figures = statisticsOf(field, component);
+    return {{"min", figures.min}, {"mean", figures.mean}, {"max", figures.max}, {"unusable", figures.unusableCount}};
+}
+
+Json describeFields(const TransferRecord& record)
+{
+    Json fields = Json::array();
+    for (std::size_t i = 0; i < record.sourceFields.size(); ++i)
+    {
+        const Field& source = record.sourceFields[i];
+        const Field& target = record.result.fields[i];
+        Json components = Json::array();
+        for (int component = 0; component < source.componentCount(); ++component)
+        {
+            components.push_back({{"name", componentName(target, component)},
+                                  {"source", describeValues(source, component)},
+                                  {"target", describeValues(target, component)}});
+        }
+        fields.push_back({{"name", target.name()},
+                          {"precision", source.isSinglePrecision() ? "single" : "double"},
+                          {"components", components}});
+    }
+    return fields;
+}
+
+Json describeOptions(const TransferOptions& options)
+{
+    Json described{{"mode", static_cast<int>(options.mode)}, {"defaultValue", options.defaultValue}};
+    if (options.tuning.tolerance)
+    {
+        described["tolerance"] = *options.tuning.tolerance;
+    }
+    return described;
+}
+
+Json describe(const TransferRecord& record)
+{
+    const bool isWarned = record.result.outcome == Outcome::propagationWarning;
+    return {{"format", "veltrane transfer report"},
+            {"formatVersion", formatVersion},
+            {"program", versionText()},
+            {"outcome", isWarned ? "propagation warning" : "done"},
+            {"message", record.result.message},
+            {"options", describeOptions(record.options)},
+            {"source", describeMesh(record.source)},
+            {"target", describeMesh(record.target)},
+            {"points", describePoints(record)},
+            {"search", describeSearch(record.result.statistics)},
+            {"stages", describeStages(record.times)},
+            {"fields", describeFields(record)}};
+}
+
+} // namespace
+
+void writeReport(const TransferRecord& record, const std::filesystem::path& path)
+{
+    constexpr int indent = 2;
+    // File and array names may be no UTF-8; a replacement character is better than no report.
+    const std::string report = describe(record).dump(indent, ' ', false, Json::error_handler_t::replace);
+    std::ofstream stream(path, std::ios::binary);
+    stream << report << '\n' << std::flush;
+    if (!stream)
+    {
+        throw CannotWrite(std::strerror(errno));
+    }
+}
+
+} // namespace veltrane

@@ -1,0 +1,57 @@
+#include "TransferRecord.h"
+
+#include "Text.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace veltrane
+{
+namespace
+{
+
+long long countNodesInElements(const Mesh& mesh)
+{
+    std::vector<bool> used(static_cast<std::size_t>(mesh.nodeCount()));
+    for (int element = 0; element < mesh.elementCount(); ++element)
+    {
+        for (const int node : mesh.nodesOf(element))
+        {
+            used[static_cast<std::size_t>(node)] = true;
+        }
+    }
+    return std::ranges::count(used, true);
+}
+
+} // namespace
+
+std::optional<NodeCounts> countNodes(const TransferRecord& record)
+{
+    if (!record.result.statistics)
+    {
+        return std::nullopt;
+    }
+    const Mesh& mesh = record.target.mesh();
+    const long long inCells = countNodesInElements(mesh);
+    const OutsideCounts outside = record.result.statistics->nodes.value_or(OutsideCounts{0, 0});
+    return NodeCounts{.all = mesh.nodeCount(),
+                      .inNoCell = mesh.nodeCount() - inCells,
+                      .inside = inCells - outside.all(),
+                      .near = outside.near,
+                      .far = outside.far};
+}
+
+std::string componentName(const Field& field, int component)
+{
+    if (field.componentCount() == 1)
+    {
+        return field.name();
+    }
+    if (field.componentCount() == 3)
+    {
+        return text(field.name(), " ", "xyz"[component]);
+    }
+    return text(field.name(), " ", component + 1);
+}
+
+} // namespace veltrane

@@ -1,0 +1,45 @@
+/// What there is to tell of a transfer that has been done.
+#ifndef VELTRANE_COMMAND_TRANSFER_RECORD_H
+#define VELTRANE_COMMAND_TRANSFER_RECORD_H
+
+#include "MeshFile.h"
+#include "StageTimes.h"
+#include "Transfer.h"
+
+#include <optional>
+#include <span>
+#include <string>
+
+namespace veltrane
+{
+
+/// For the summary, the report and the picture, which all are of one transfer; lives no longer than what it refers to.
+struct TransferRecord
+{
+    const MeshFile& source;
+    std::span<const Field> sourceFields;
+    const MeshFile& target;
+    const TransferResult& result;
+    const TransferOptions& options;
+    const StageTimes& times;
+};
+
+/// Where the nodes of the target lie.
+struct NodeCounts
+{
+    long long all;
+    long long inNoCell; ///< get no values
+    long long inside;
+    long long near; ///< just outside, with the values of a nearby element
+    long long far;
+};
+
+/// Nothing without the library's statistics.
+std::optional<NodeCounts> countNodes(const TransferRecord& record);
+
+/// "displacement x"
+std::string componentName(const Field& field, int component);
+
+} // namespace veltrane
+
+#endif
