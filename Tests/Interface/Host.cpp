@@ -430,6 +430,13 @@ void failWhenACallEndsTheProcess()
     }
 }
 
+/// Makes the call itself, with all that the host has to prepare done.
+void makeCall(const Call& call, const Circumstances& circumstances)
+{
+    const std::function<void()> plainCall = [&] { call(circumstances.withCallback ? answerCallback : nullptr); };
+    circumstances.around ? circumstances.around(plainCall) : plainCall();
+}
+
 void performCall(const Call& call, const Circumstances& circumstances, const OutcomeCells& cells, Outcome& outcome)
 {
     const WorkingDirectory directory(circumstances.files);
@@ -439,7 +446,7 @@ void performCall(const Call& call, const Circumstances& circumstances, const Out
     EXPECT_EQ(registered, 0);
     outputOfRunningCall = &output;
     output.divert();
-    call(circumstances.withCallback ? answerCallback : nullptr);
+    makeCall(call, circumstances);
     output.restore();
     outputOfRunningCall = nullptr;
     EXPECT_EQ(output.text(), circumstances.printed);
@@ -462,7 +469,7 @@ Ending performCallInChild(const Call& call, const Circumstances& circumstances)
     if (child == 0)
     {
         output.divert();
-        call(circumstances.withCallback ? answerCallback : nullptr);
+        makeCall(call, circumstances);
         std::fflush(stdout);
         _exit(statusOfReturn);
     }

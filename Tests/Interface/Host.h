@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstddef>
+#include <functional>
 #include <iosfwd>
 #include <map>
 #include <string>
@@ -77,6 +78,8 @@ struct Circumstances
     int answer = 1;
     /// What the library is expected to print.
     std::string printed = {};
+    /// Makes the call, if it is not to be made directly.
+    std::function<void(const std::function<void()>& call)> around = {};
 };
 
 /// One call of the callback.

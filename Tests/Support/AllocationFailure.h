@@ -1,4 +1,4 @@
-/// Failing allocations. The unit tests replace the runtime's allocation by one that can fail on demand.
+/// Failing allocations. A test program with this in it replaces the runtime's allocation by one that can fail on demand.
 #ifndef ALLOCATION_FAILURE_H
 #define ALLOCATION_FAILURE_H
 
