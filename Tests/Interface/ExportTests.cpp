@@ -43,6 +43,39 @@ TEST(Exports, areTheDocumentedFunctionsAndNothingElse)
                                                "FE3DMeshToFE3DMesh_GPToGPMapping", "Veltrane_get_module_info"}));
 }
 
+#ifdef __SANITIZE_ADDRESS__
+constexpr bool isSanitized = true;
+#else
+constexpr bool isSanitized = false;
+#endif
+
+TEST(SharedObject, needsNothingButTheRuntimesOfCAndCpp)
+{
+    const std::set<std::string> runtimes = {"libstdc++.so.6", "libm.so.6", "libgcc_s.so.1", "libc.so.6",
+                                            "ld-linux-x86-64.so.2"};
+    std::istringstream listing(outputOf(VELTRANE_READELF " --dynamic --wide '" VELTRANE_LIBRARY "'"));
+    int nbNeeded = 0;
+    for (std::string line; std::getline(listing, line);)
+    {
+        if (line.find("(NEEDED)") != std::string::npos)
+        {
+            ++nbNeeded;
+            const std::string name = line.substr(line.find('[') + 1, line.find(']') - line.find('[') - 1);
+            const bool isSanitizer = isSanitized && (name.starts_with("libasan") || name.starts_with("libubsan"));
+            EXPECT_TRUE(runtimes.contains(name) || isSanitizer) << name;
+        }
+    }
+    EXPECT_GT(nbNeeded, 0);
+}
+
+TEST(SharedObject, itsCodeIsNeverChangedByTheLoader)
+{
+    const std::string listing = outputOf(VELTRANE_READELF " --dynamic --program-headers --wide '" VELTRANE_LIBRARY "'");
+    EXPECT_EQ(listing.find("TEXTREL"), std::string::npos);
+    EXPECT_NE(listing.find(" R E "), std::string::npos);
+    EXPECT_EQ(listing.find(" RWE "), std::string::npos);
+}
+
 TEST(Exports, thePointCloudEntryKeepsItsParameterList)
 {
     // Its exported name encodes these types in this order.

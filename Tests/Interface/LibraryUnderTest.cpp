@@ -25,6 +25,12 @@ LibraryUnderTest load()
         std::fprintf(stderr, "%s\n", dlerror());
         std::abort();
     }
+    return functionsOf(library);
+}
+} // namespace
+
+LibraryUnderTest functionsOf(void* library)
+{
     LibraryUnderTest functions{};
     look(library, "FE3DMeshToFE3DMesh_VariablesInterpolation", functions.meshToMesh);
     look(library, pointCloudEntryName, functions.meshToPointCloud);
@@ -33,7 +39,6 @@ LibraryUnderTest load()
     look(library, "Veltrane_get_module_info", functions.moduleInfo);
     return functions;
 }
-} // namespace
 
 const LibraryUnderTest& libraryUnderTest()
 {

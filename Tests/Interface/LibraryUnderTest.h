@@ -17,6 +17,9 @@ struct LibraryUnderTest
     decltype(&Veltrane_get_module_info) moduleInfo;
 };
 
+/// The functions of a library that dlopen has loaded; ends the test program when one of them is missing.
+LibraryUnderTest functionsOf(void* library);
+
 /// Loads the library at the first use; ends the test program when it or one of its functions is missing.
 const LibraryUnderTest& libraryUnderTest();
 

@@ -16,7 +16,7 @@ class TemporaryDirectory
 public:
     TemporaryDirectory() : itsPrevious(std::filesystem::current_path())
     {
-        std::string pattern = std::filesystem::temp_directory_path() / "veltrane-unit-XXXXXX";
+        std::string pattern = std::filesystem::temp_directory_path() / "veltrane-test-XXXXXX";
         if (mkdtemp(pattern.data()) == nullptr)
         {
             throw std::runtime_error("no temporary directory");
