@@ -2,6 +2,7 @@
 
 #include "Comparison.h"
 #include "FieldChoice.h"
+#include "Formula.h"
 #include "Interruption.h"
 #include "MeshFile.h"
 #include "Report.h"
@@ -17,13 +18,6 @@ namespace veltrane
 {
 namespace
 {
-
-struct NamedComparison
-{
-    std::string name;
-    int componentCount;
-    FieldComparison figures;
-};
 
 bool contains(const std::vector<std::string>& names, const std::string& name)
 {
@@ -111,15 +105,40 @@ void printNames(std::ostream& stream, std::string_view label, const std::vector<
     }
 }
 
+ExitStatus judge(const std::vector<NamedComparison>& comparisons, double tolerance, std::ostream& stream)
+{
+    std::vector<std::string> exceeding;
+    for (const auto& [name, componentCount, figures] : comparisons)
+    {
+        if (figures.exceeds(tolerance))
+        {
+            exceeding.push_back(name);
+        }
+    }
+    stream << '\n';
+    printLine(stream, "tolerance",
+              text(tolerance, exceeding.empty() ? ", kept by all" : ", not kept by ", quotedNames(exceeding)));
+    return exceeding.empty() ? ExitStatus::done : ExitStatus::toleranceExceeded;
+}
+
 } // namespace
 
 CompareCommand::CompareCommand(CLI::App& app)
-    : command_(app.add_subcommand("compare", "Compares the point data of two files with the same mesh"))
+    : command_(app.add_subcommand(
+          "compare", "Compares the point data of two files with the same mesh, or of a file with formulas"))
 {
     command_->add_option("A", file_, "mesh file with fields (.vtu)")->required()->type_name("");
     command_->add_option("B", reference_, "mesh file with the fields to compare with, on the same mesh (.vtu)")
-        ->required()
         ->type_name("");
+    command_
+        ->add_option("--exact", exact_,
+                     "compare with a formula instead of a file B, may be repeated:\n"
+                     "'temperature=x*x + sin(y)', or with more components\n"
+                     "'displacement=x*y, 0, z^2'")
+        ->type_name("NAME=FORMULA")
+        ->expected(1)
+        ->take_all()
+        ->allow_extra_args(false);
     command_
         ->add_option("--field", fields_,
                      "a point-data array to be compared, may be repeated;\n"
@@ -135,15 +154,16 @@ CompareCommand::CompareCommand(CLI::App& app)
         ->type_name("VALUE");
     command_->footer(
         text("Example:\n"
-             "  veltrane compare transferred.vtu solved.vtu --field temperature --tolerance 0.01\n\n"
+             "  veltrane compare transferred.vtu solved.vtu --field temperature --tolerance 0.01\n"
+             "  veltrane compare transferred.vtu --exact 'temperature=20 + 3*x'\n\n"
              "The meshes must have the same nodes and cells in the same order. For each array it prints:\n"
              "  largest value in B      the largest length of the values at a node, over all components\n"
              "  RMS difference          sqrt(mean |A - B|^2) over the nodes\n"
              "  relative L2 difference  sqrt(sum |A - B|^2 / sum |B|^2) over the nodes; inf if B is zero\n"
              "  largest difference      the largest |A - B|, with the number of the node, counted from 1,\n"
              "                          and its coordinates\n"
-             "Nodes where A or B is NaN, infinite or undefined (-8.8e13 or less) are counted and left out.\n\n",
-             exitStatusHelp));
+             "Nodes where A or B is NaN, infinite or undefined (-8.8e13 or less) are counted and left out.\n",
+             formulaHelp, "\n", exitStatusHelp));
 }
 
 ExitStatus CompareCommand::run() const
@@ -153,8 +173,28 @@ ExitStatus CompareCommand::run() const
         throw InvalidOption(text("the tolerance ", *tolerance_, " is not 0 or more"));
     }
     checkRequestedFields(fields_);
+    if (reference_.empty() == exact_.empty())
+    {
+        throw InvalidOption(exact_.empty() ? "there is nothing to compare with: neither a file B nor --exact is given"
+                                           : "the file B and --exact exclude each other");
+    }
+    if (!exact_.empty() && !fields_.empty())
+    {
+        throw InvalidOption("--exact names the fields, so --field has no place beside it");
+    }
     const MeshFile file(file_, MeshRole::target);
     throwIfInterrupted();
+    std::ostream& stream = std::cout;
+    const std::vector<NamedComparison> comparisons =
+        exact_.empty() ? compareWithFile(file, stream) : compareWithFormulas(file, stream);
+    printLeftOutNodes(stream, comparisons);
+    stream << '\n';
+    printTable(stream, file.mesh(), comparisons);
+    return tolerance_ ? judge(comparisons, *tolerance_, stream) : ExitStatus::done;
+}
+
+std::vector<NamedComparison> CompareCommand::compareWithFile(const MeshFile& file, std::ostream& stream) const
+{
     const MeshFile reference(reference_, MeshRole::target);
     throwIfInterrupted();
     checkSameMesh(file, reference);
@@ -172,32 +212,38 @@ ExitStatus CompareCommand::run() const
     {
         throw BadFile(text("'", file_, "' and '", reference_, "' have no floating-point point data of the same name"));
     }
-
-    std::ostream& stream = std::cout;
     printLine(stream, "A", file_);
     printLine(stream, "B", reference_);
     printLine(stream, "mesh of both", describe(file.mesh()));
     printNames(stream, "only in A", namesAlsoIn(referenceNames, names, false));
     printNames(stream, "only in B", namesAlsoIn(names, referenceNames, false));
-    printLeftOutNodes(stream, comparisons);
-    stream << '\n';
-    printTable(stream, file.mesh(), comparisons);
-    if (!tolerance_)
+    return comparisons;
+}
+
+std::vector<NamedComparison> CompareCommand::compareWithFormulas(const MeshFile& file, std::ostream& stream) const
+{
+    std::vector<Formula> formulas;
+    std::vector<std::string> names;
+    for (const std::string& exact : exact_)
     {
-        return ExitStatus::done;
+        names.push_back(formulas.emplace_back(exact).name);
     }
-    std::vector<std::string> exceeding;
-    for (const auto& [name, componentCount, figures] : comparisons)
+    checkRequestedFields(names, "--exact");
+    chooseFields(file, names, "compared");
+    std::vector<NamedComparison> comparisons;
+    for (const Formula& formula : formulas)
     {
-        if (figures.exceeds(*tolerance_))
-        {
-            exceeding.push_back(name);
-        }
+        const Field field = file.field(formula.name);
+        comparisons.push_back({formula.name, field.componentCount(), compare(field, formula.at(file.mesh()))});
+        throwIfInterrupted();
     }
-    stream << '\n';
-    printLine(stream, "tolerance",
-              text(*tolerance_, exceeding.empty() ? ", kept by all" : ", not kept by ", quotedNames(exceeding)));
-    return exceeding.empty() ? ExitStatus::done : ExitStatus::toleranceExceeded;
+    printLine(stream, "A", file_);
+    for (const Formula& formula : formulas)
+    {
+        printLine(stream, "B", text(formula.name, " = ", formula.expression));
+    }
+    printLine(stream, "mesh", describe(file.mesh()));
+    return comparisons;
 }
 
 } // namespace veltrane

@@ -2,10 +2,13 @@
 #ifndef VELTRANE_COMMAND_COMPARE_COMMAND_H
 #define VELTRANE_COMMAND_COMPARE_COMMAND_H
 
+#include "Comparison.h"
 #include "ExitStatus.h"
+#include "MeshFile.h"
 
 #include <CLI/CLI.hpp>
 
+#include <iosfwd>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,7 +16,14 @@
 namespace veltrane
 {
 
-/// Says how far the point data of two files on the same mesh are from each other.
+struct NamedComparison
+{
+    std::string name;
+    int componentCount;
+    FieldComparison figures;
+};
+
+/// Says how far the point data of two files on the same mesh are from each other, or those of a file from formulas.
 class CompareCommand
 {
 public:
@@ -28,9 +38,13 @@ public:
     ExitStatus run() const;
 
 private:
+    std::vector<NamedComparison> compareWithFile(const MeshFile& file, std::ostream& stream) const;
+    std::vector<NamedComparison> compareWithFormulas(const MeshFile& file, std::ostream& stream) const;
+
     CLI::App* command_;
     std::string file_;
     std::string reference_;
+    std::vector<std::string> exact_;
     std::vector<std::string> fields_;
     std::optional<double> tolerance_;
 };

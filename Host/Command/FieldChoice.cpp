@@ -9,14 +9,14 @@
 namespace veltrane
 {
 
-void checkRequestedFields(const std::vector<std::string>& names)
+void checkRequestedFields(const std::vector<std::string>& names, std::string_view option)
 {
     std::set<std::string> seen;
     for (const std::string& name : names)
     {
         if (!seen.insert(name).second)
         {
-            throw InvalidOption(text("--field ", name, " is given twice"));
+            throw InvalidOption(text(option, " ", name, " is given twice"));
         }
     }
 }

@@ -11,8 +11,8 @@
 namespace veltrane
 {
 
-/// Throws InvalidOption if a name is given to --field twice.
-void checkRequestedFields(const std::vector<std::string>& names);
+/// Throws InvalidOption if a name is given to an option twice.
+void checkRequestedFields(const std::vector<std::string>& names, std::string_view option = "--field");
 
 /// The names of the fields asked for, or else of all floating-point point-data arrays, without those of too many
 /// components, which are left out with a warning. Throws BadFile if there is none.

@@ -279,13 +279,61 @@ TEST_F(CompareCommand, MeshesMustBeTheSame)
                                          "second");
 }
 
+/// At the corners of the cube x y + 2 is 2, but 3 where x = y = 1: a sum of squares of 6 * 4 + 2 * 9 = 42. T is 2
+/// everywhere, so it differs by 1 at two corners: 2 in all.
+TEST_F(CompareCommand, ComparesWithFormulas)
+{
+    addDoubles(*a, "T", constant(2));
+    addFloats(*a, "U", {[](const Point& p) { return p[0]; }, constant(3), [](const Point& p) { return 1 - p[2]; }});
+    write();
+    const CommandResult result =
+        runner.run({"compare", "a.vtu", "--exact", "T = x*y + 2", "--exact", "U=x, sqrt(9), cos(pi/2*z)^2"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "");
+    EXPECT_THAT(result.output, testing::StartsWith("A                 a.vtu\n"
+                                                   "B                 T = x*y + 2\n"
+                                                   "B                 U = x, sqrt(9), cos(pi/2*z)^2\n"
+                                                   "mesh              8 nodes, 1 hexahedron\n"));
+    EXPECT_THAT(result.output, HasSubstr("\nT (1)                        3         0.5       0.2182           1     3  "
+                                         "1  1  0\n"));
+    EXPECT_EQ(runner.run({"compare", "a.vtu", "--exact", "U=x, 3, 1 - z", "--tolerance", "0"}).status, 0);
+    EXPECT_EQ(runner.run({"compare", "a.vtu", "--exact", "T=2.1", "--tolerance", "0.01"}).status, 1);
+}
+
+TEST_F(CompareCommand, FormulasAreUndefinedWhereTheyAreNoNumber)
+{
+    addDoubles(*a, "T", constant(1));
+    write();
+    EXPECT_THAT(runner.run({"compare", "a.vtu", "--exact", "T=1/x"}).output,
+                HasSubstr("left out          'T' is NaN, infinite or undefined at 4 nodes of B\n"));
+}
+
+TEST_F(CompareCommand, FormulasMustBeRight)
+{
+    addDoubles(*a, "T", constant(1));
+    write();
+    const auto expect = [&](int status, const std::string& sentence, std::vector<std::string> options)
+    {
+        options.insert(options.begin(), {"compare", "a.vtu"});
+        expectFailure(runner, status, sentence, options);
+    };
+    expect(64, "--exact 'x' is not a name, an equal sign and a formula", {"--exact", "x"});
+    expect(64, "the formula 'x + w' of T is wrong at character 5: Unexpected token \"w\" found at position 4.",
+           {"--exact", "T=x + w"});
+    expect(65, "field 'T' has 1 components, but the one to compare it with has 2", {"--exact", "T=x, y"});
+    expect(65, "'a.vtu' has no floating-point point-data array 'U', only 'T'", {"--exact", "U=x"});
+    expect(64, "--exact T is given twice", {"--exact", "T=x", "--exact", "T=y"});
+    expect(64, "--exact names the fields, so --field has no place beside it", {"--exact", "T=x", "--field", "T"});
+    expect(64, "the file B and --exact exclude each other", {"b.vtu", "--exact", "T=x"});
+    expect(64, "there is nothing to compare with: neither a file B nor --exact is given", {});
+}
+
 TEST_F(CompareCommand, UsageMustBeRight)
 {
     addDoubles(*a, "T", constant(1));
     addDoubles(*b, "T", constant(1));
     write();
     expectFailure(runner, 64, "A is required (see --help)", {"compare"});
-    expectFailure(runner, 64, "B is required (see --help)", {"compare", "a.vtu"});
     expectCompareFailure(64, "--field T is given twice", {"--field", "T", "--field", "T"});
     expectCompareFailure(64, "the tolerance -0.5 is not 0 or more", {"--tolerance", "-0.5"});
     expectCompareFailure(64, "the tolerance nan is not 0 or more", {"--tolerance", "nan"});

@@ -4,6 +4,7 @@
 #include <vtkCellType.h>
 #include <vtkDoubleArray.h>
 #include <vtkFloatArray.h>
+#include <vtkIdList.h>
 #include <vtkIntArray.h>
 #include <vtkNew.h>
 #include <vtkPointData.h>
@@ -24,6 +25,9 @@ const std::vector<Corners> tetrahedra{{0, 1, 3, 7}, {0, 1, 7, 5}, {0, 5, 7, 4},
                                       {0, 3, 2, 7}, {0, 6, 4, 7}, {0, 2, 6, 7}};
 const std::vector<Corners> wedges{{0, 1, 2, 4, 5, 6}, {1, 3, 2, 5, 7, 6}};
 const std::vector<Corners> sides{{0, 2, 6, 4}, {1, 5, 7, 3}, {0, 4, 5, 1}, {2, 3, 7, 6}, {0, 1, 3, 2}, {4, 6, 7, 5}};
+
+/// Of a tetrahedron, in the order of their middle nodes.
+constexpr std::array<std::array<vtkIdType, 2>, 6> edges{{{0, 1}, {1, 2}, {2, 0}, {0, 3}, {1, 3}, {2, 3}}};
 
 Point middle(const Point& a, const Point& b)
 {
@@ -84,10 +88,9 @@ void GridBuilder::addCube(int cellType, const Point& corner, double edge)
         for (const Corners& corners : tetrahedra)
         {
             std::vector<Point> points = add(corners);
-            constexpr std::array<std::array<std::size_t, 2>, 6> edges{{{0, 1}, {1, 2}, {2, 0}, {0, 3}, {1, 3}, {2, 3}}};
             for (const auto& [a, b] : edges)
             {
-                points.push_back(middle(points[a], points[b]));
+                points.push_back(middle(points[static_cast<std::size_t>(a)], points[static_cast<std::size_t>(b)]));
             }
             addCell(cellType, points);
         }
@@ -151,6 +154,21 @@ void distort(vtkUnstructuredGrid& grid, double way)
             }
         }
         grid.GetPoints()->SetPoint(i, point.data());
+    }
+}
+
+void straighten(vtkUnstructuredGrid& grid)
+{
+    for (vtkIdType cell = 0; cell < grid.GetNumberOfCells(); ++cell)
+    {
+        vtkNew<vtkIdList> nodes;
+        grid.GetCellPoints(cell, nodes);
+        for (std::size_t edge = 0; edge < edges.size(); ++edge)
+        {
+            const Point place =
+                middle(pointOf(grid, nodes->GetId(edges[edge][0])), pointOf(grid, nodes->GetId(edges[edge][1])));
+            grid.GetPoints()->SetPoint(nodes->GetId(static_cast<vtkIdType>(4 + edge)), place.data());
+        }
     }
 }
 

@@ -44,6 +44,9 @@ vtkSmartPointer<vtkUnstructuredGrid> makeGrid(int cellType, int n, double from =
 /// as they are.
 void distort(vtkUnstructuredGrid& grid, double way);
 
+/// Puts the mid-edge nodes of quadratic tetrahedra back into the middles of their edges.
+void straighten(vtkUnstructuredGrid& grid);
+
 Point pointOf(vtkUnstructuredGrid& grid, vtkIdType point);
 
 void addDoubles(vtkUnstructuredGrid& grid, const std::string& name, const PointFunction& function);
