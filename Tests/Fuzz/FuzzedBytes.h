@@ -2,9 +2,12 @@
 #ifndef VELTRANE_FUZZED_BYTES_H
 #define VELTRANE_FUZZED_BYTES_H
 
+#include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <span>
 #include <string>
@@ -31,12 +34,17 @@ public:
 
     bool oneIn(int n) { return between(0, n - 1) == n - 1; }
 
-    /// Mostly a number of moderate size, now and then any bit pattern.
+    /// Mostly a number of moderate size, now and then any bit pattern or one of the ends of the number line.
     float number()
     {
         if (oneIn(32))
         {
-            return take<float>();
+            using Limits = std::numeric_limits<float>;
+            constexpr float ends[] = {Limits::quiet_NaN(), Limits::infinity(), -Limits::infinity(),
+                                      Limits::max(),       -Limits::max(),     Limits::denorm_min(),
+                                      Limits::min(),       -88880002891776.0F};
+            const auto bits = take<std::uint32_t>();
+            return bits % 2 == 0 ? ends[bits / 2 % std::size(ends)] : std::bit_cast<float>(bits);
         }
         return static_cast<float>(take<std::int16_t>()) / 4096.0F;
     }

@@ -1,6 +1,8 @@
 #include "FuzzedModels.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdio>
 
 namespace
 {
@@ -28,7 +30,8 @@ FuzzedMesh::FuzzedMesh(FuzzedBytes& bytes)
 void FuzzedMesh::addGrid(FuzzedBytes& bytes)
 {
     const int n = bytes.between(1, 3);
-    const float scale = bytes.oneIn(8) ? bytes.number() : 0.5F + static_cast<float>(bytes.between(0, 8)) / 8.0F;
+    const float scale = bytes.oneIn(8) ? std::ldexp(1.0F, bytes.between(-149, 127))
+                                       : 0.5F + static_cast<float>(bytes.between(0, 8)) / 8.0F;
     const float shift = bytes.oneIn(4) ? bytes.number() : 0.0F;
     for (int i = 0; i <= n; ++i)
     {

@@ -1,0 +1,129 @@
+// libFuzzer target: the readers of mesh and point files. The first byte of an input names the format, the rest is the
+// file. A reader gives what the file holds or throws an exception of the host side; nothing else may come of a file.
+#include "DataSetReader.h"
+#include "FieldArrays.h"
+#include "GridElements.h"
+#include "MeshFile.h"
+
+#include <vtkPointData.h>
+#include <vtkPointSet.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <new>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <unistd.h>
+
+namespace
+{
+using namespace veltrane;
+
+void readMesh(const std::filesystem::path& path)
+{
+    for (const bool skipUnsupported : {false, true})
+    {
+        const MeshFile file(path, MeshReading{.role = MeshRole::target, .skipUnsupported = skipUnsupported});
+        for (const PointArray& array : file.pointArrays())
+        {
+            if (array.isFloatingPoint && array.componentCount >= 1 && array.componentCount <= maxComponentCount)
+            {
+                static_cast<void>(file.field(array.name));
+            }
+        }
+    }
+}
+
+void readCloud(const std::filesystem::path& path)
+{
+    const vtkSmartPointer<vtkPointSet> points = readPoints(path, std::nullopt);
+    checkTupleCounts(*points, path);
+    static_cast<void>(readCoordinates(*points, path));
+    for (const PointArray& array : listArrays(*points->GetPointData()))
+    {
+        if (array.isFloatingPoint && array.componentCount >= 1 && array.componentCount <= maxComponentCount)
+        {
+            static_cast<void>(toField(points->GetPointData()->GetAbstractArray(array.name.c_str()), array.name, path));
+        }
+    }
+}
+
+struct Format
+{
+    char letter;
+    const char* ending;
+    void (*read)(const std::filesystem::path& path);
+};
+
+/// The legacy format is not among them: VTK 9.1 itself overruns its memory where the number of node numbers that such a
+/// file announces is too small.
+constexpr Format formats[] = {
+    {'u', ".vtu", readMesh},
+    {'c', ".csv", readCloud},
+    {'p', ".vtp", readCloud},
+};
+
+/// VTK 9.1 itself divides by the size of a compressed block, which may be 0 in a damaged file.
+bool isCompressed(std::string_view file)
+{
+    return file.find("compressor") != std::string_view::npos;
+}
+
+std::filesystem::path directory;
+} // namespace
+
+/// Files that say that they are enormous meet the end of the memory, as they do without sanitizers, whose own operator
+/// would end the process.
+void* operator new(std::size_t size)
+{
+    void* block = std::malloc(size == 0 ? 1 : size);
+    if (block == nullptr)
+    {
+        throw std::bad_alloc();
+    }
+    return block;
+}
+void* operator new[](std::size_t size)
+{
+    return operator new(size);
+}
+
+/// Readers that end with an exception leave memory behind.
+extern "C" const char* __asan_default_options()
+{
+    return "allocator_may_return_null=1:max_allocation_size_mb=1024:alloc_dealloc_mismatch=0:detect_leaks=0";
+}
+
+extern "C" int LLVMFuzzerInitialize(int*, char***)
+{
+    directory = std::filesystem::temp_directory_path() / ("mesh_file_fuzzer_" + std::to_string(getpid()));
+    std::filesystem::create_directory(directory);
+    std::atexit([] { std::filesystem::remove_all(directory); });
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const std::string_view file(reinterpret_cast<const char*>(data), size);
+    for (const Format& format : formats)
+    {
+        if (!isCompressed(file) && file.starts_with(format.letter))
+        {
+            const std::filesystem::path path = directory / (std::string("input") + format.ending);
+            std::ofstream(path, std::ios::binary) << file.substr(1);
+            try
+            {
+                format.read(path);
+            }
+            catch (const Error&)
+            {
+            }
+            return 0;
+        }
+    }
+    return -1;
+}
