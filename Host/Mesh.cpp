@@ -50,6 +50,20 @@ void checkStateCode(const Material& material)
     }
 }
 
+std::vector<Material> withStateCodes(std::vector<Material> materials, std::span<const int> codes)
+{
+    if (codes.size() != materials.size())
+    {
+        throw InvalidData(text("there are ", materials.size(), " materials, but ", codes.size(), " state codes"));
+    }
+    for (std::size_t i = 0; i < codes.size(); ++i)
+    {
+        materials[i].stateCode = codes[i];
+    }
+    std::ranges::for_each(materials, checkStateCode);
+    return materials;
+}
+
 void checkMaterials(const std::vector<Material>& materials, const std::vector<int>& materialPerItem,
                     std::size_t itemCount, std::string_view what)
 {
@@ -203,17 +217,7 @@ Box Mesh::boundingBox(const std::vector<bool>& selection) const
 
 void Mesh::setStateCodes(std::span<const int> codes)
 {
-    if (codes.size() != data_.materials.size())
-    {
-        throw InvalidData(text("there are ", data_.materials.size(), " materials, but ", codes.size(), " state codes"));
-    }
-    std::vector<Material> materials = data_.materials;
-    for (std::size_t i = 0; i < codes.size(); ++i)
-    {
-        materials[i].stateCode = codes[i];
-    }
-    std::ranges::for_each(materials, checkStateCode);
-    data_.materials = std::move(materials);
+    data_.materials = withStateCodes(data_.materials, codes);
 }
 
 PointCloud::PointCloud(std::vector<float> coordinates, std::vector<int> materialPerPoint,
@@ -227,6 +231,21 @@ PointCloud::PointCloud(std::vector<float> coordinates, std::vector<int> material
     }
     checkCoordinates(coordinates_, "point");
     checkMaterials(materials_, materialPerPoint_, coordinates_.size() / 3, "point");
+}
+
+Box PointCloud::boundingBox() const
+{
+    Box box;
+    for (std::size_t i = 0; i < coordinates_.size(); i += 3)
+    {
+        box.add(std::span(coordinates_).subspan(i).first<3>());
+    }
+    return box;
+}
+
+void PointCloud::setStateCodes(std::span<const int> codes)
+{
+    materials_ = withStateCodes(materials_, codes);
 }
 
 } // namespace veltrane

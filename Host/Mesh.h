@@ -83,7 +83,7 @@ private:
     MeshData data_;
 };
 
-/// Points with materials, as a target. Points count from 0.
+/// Points with materials, as a target. Points count from 0. Only the materials' state codes can change afterwards.
 class PointCloud
 {
 public:
@@ -94,6 +94,11 @@ public:
     const std::vector<float>& coordinates() const { return coordinates_; }
     const std::vector<int>& materialPerPoint() const { return materialPerPoint_; }
     const std::vector<Material>& materials() const { return materials_; }
+
+    Box boundingBox() const;
+
+    /// As Mesh::setStateCodes().
+    void setStateCodes(std::span<const int> codes);
 
 private:
     std::vector<float> coordinates_;

@@ -38,9 +38,11 @@ LocationCounts countLocations(const Mesh& mesh)
 class FieldRecords
 {
 public:
-    void add(const std::string& name, Location location, int componentCount, FieldValues& values, float defaultValue)
+    void add(const std::string& name, Location location, int componentCount, FieldValues& values, float defaultValue,
+             bool isClassOneOnly)
     {
         FieldStruct record{};
+        record.matlStateFlag = isClassOneOnly ? 1 : 0;
         std::strncpy(record.name, name.c_str(), sizeof record.name - 1);
         record.location = static_cast<int>(location);
         record.nbComponents = componentCount;
@@ -103,20 +105,62 @@ std::vector<Location> targetLocations(std::span<const Field> sourceFields, const
     return locations;
 }
 
+/// A further field that tells by its values where those of the others come from. It is 1 at all source nodes, so that
+/// interpolation gives 1, up to rounding, at each node that an element gives values to.
+class OriginField
+{
+public:
+    static constexpr float defaultValue = -1;
+    static constexpr float untouched = 0;
+
+    OriginField(std::size_t sourceNodeCount, std::size_t targetNodeCount)
+        : source(std::vector<float>(sourceNodeCount, 1.0F)), target(std::vector<float>(targetNodeCount, untouched))
+    {
+    }
+
+    std::vector<ValueOrigin> origins() const
+    {
+        const auto originOf = [](float value) {
+            return value > 0.5F ? ValueOrigin::element : value < -0.5F ? ValueOrigin::defaultValue : ValueOrigin::none;
+        };
+        std::vector<ValueOrigin> result;
+        std::ranges::transform(std::get<std::vector<float>>(target), std::back_inserter(result), originOf);
+        return result;
+    }
+
+    FieldValues source;
+    FieldValues target;
+};
+
+FieldOptions optionsOf(const TransferOptions& options, std::size_t field)
+{
+    return options.fieldOptions.empty() ? FieldOptions{} : options.fieldOptions[field];
+}
+
 /// The fields of both sides while the library works on them.
 class FieldsInTransfer
 {
 public:
     FieldsInTransfer(std::span<const Field> sourceFields, std::vector<Location> locations,
-                     const LocationCounts& targetCounts, float defaultValue)
+                     const LocationCounts& sourceCounts, const LocationCounts& targetCounts,
+                     const TransferOptions& options)
         : sourceFields_(sourceFields), locations_(std::move(locations))
     {
+        if (!options.fieldOptions.empty() && options.fieldOptions.size() != sourceFields.size())
+        {
+            throw InvalidOption(text("there are options for ", options.fieldOptions.size(), " fields, but ",
+                                     sourceFields.size(), " source fields"));
+        }
         targetValues_.reserve(sourceFields.size()); // the records point into it
         for (std::size_t i = 0; i < sourceFields.size(); ++i)
         {
             const Field& field = sourceFields[i];
+            const FieldOptions fieldOptions = optionsOf(options, i);
+            const float defaultValue = fieldOptions.defaultValue.value_or(options.defaultValue);
+            const bool isClassOneOnly = fieldOptions.isClassOneOnly;
             auto& sourceValues = const_cast<FieldValues&>(field.values()); // only read
-            source_.add(field.name(), field.location(), field.componentCount(), sourceValues, defaultValue);
+            source_.add(field.name(), field.location(), field.componentCount(), sourceValues, defaultValue,
+                        isClassOneOnly);
 
             const std::size_t valueCount =
                 targetCounts.at(locations_[i]) * static_cast<std::size_t>(field.componentCount());
@@ -127,9 +171,19 @@ public:
             targetValues_.push_back(field.isSinglePrecision()
                                         ? FieldValues(std::vector<float>(valueCount, defaultValue))
                                         : FieldValues(std::vector<double>(valueCount, double{defaultValue})));
-            target_.add(field.name(), locations_[i], field.componentCount(), targetValues_.back(), defaultValue);
+            target_.add(field.name(), locations_[i], field.componentCount(), targetValues_.back(), defaultValue,
+                        isClassOneOnly);
+        }
+        // Where no field is at nodes, one more would make the library visit them, and perhaps fail there.
+        if (options.tellsOrigins && std::ranges::find(locations_, Location::nodes) != locations_.end())
+        {
+            origin_.emplace(sourceCounts.nodes, targetCounts.nodes);
+            source_.add(originName, Location::nodes, 1, origin_->source, OriginField::defaultValue, false);
+            target_.add(originName, Location::nodes, 1, origin_->target, OriginField::defaultValue, false);
         }
     }
+    FieldsInTransfer(const FieldsInTransfer&) = delete; // the records point into this object
+    FieldsInTransfer& operator=(const FieldsInTransfer&) = delete;
 
     FieldsSetStruct source() { return source_.set(); }
     FieldsSetStruct target() { return target_.set(); }
@@ -146,10 +200,15 @@ public:
         return results;
     }
 
+    std::vector<ValueOrigin> origins() const { return origin_ ? origin_->origins() : std::vector<ValueOrigin>(); }
+
 private:
+    static constexpr const char* originName = "origin of values";
+
     std::span<const Field> sourceFields_;
     std::vector<Location> locations_;
     std::vector<FieldValues> targetValues_;
+    std::optional<OriginField> origin_;
     FieldRecords source_;
     FieldRecords target_;
 };
@@ -174,10 +233,38 @@ TransferResult result(LibraryOutcome outcome, FieldsInTransfer& fields)
 {
     const bool warned = outcome.code < 0;
     return {.fields = fields.takeResults(),
+            .origins = fields.origins(),
             .outcome = warned ? Outcome::propagationWarning : Outcome::done,
             .message = std::move(outcome.message),
             .statistics = outcome.log ? parseStatistics(std::move(*outcome.log), warned) : std::nullopt,
             .libraryOutput = std::move(outcome.output)};
+}
+
+/// Propagation spreads the values of the origin field like all others. Which nodes it has reached, only a transfer
+/// without propagation tells.
+void markPropagation(TransferResult& result, const Mesh& source, const Mesh& target, const TransferOptions& options)
+{
+    if (result.statistics && result.statistics->nodes && result.statistics->nodes->far == 0)
+    {
+        return;
+    }
+    const Field ones("origin of values", Location::nodes, 1,
+                     std::vector<float>(static_cast<std::size_t>(source.nodeCount()), 1.0F));
+    const auto atTheEnd = [&](const Progress& progress)
+    { return options.progress({.percent = 100, .title = progress.title, .stage = progress.stage}); };
+    const TransferResult located = transfer(source, std::span(&ones, 1), target,
+                                            {.mode = OutsideMode::defaultValue,
+                                             .targetMapping = options.targetMapping,
+                                             .tellsOrigins = true,
+                                             .tuning = options.tuning,
+                                             .progress = options.progress ? ProgressCallback(atTheEnd) : nullptr});
+    for (std::size_t node = 0; node < result.origins.size(); ++node)
+    {
+        if (result.origins[node] == ValueOrigin::element && located.origins[node] == ValueOrigin::defaultValue)
+        {
+            result.origins[node] = ValueOrigin::neighbours;
+        }
+    }
 }
 
 /// Calls one of the two interpolations, which differ in what a target is made of.
@@ -210,10 +297,16 @@ TransferResult transfer(const Mesh& source, std::span<const Field> sourceFields,
     {
         checkVolumeElements(target, "target", "Gauss-point fields need a target of volume elements only");
     }
-    FieldsInTransfer fields(sourceFields, std::move(locations), countLocations(target), options.defaultValue);
+    FieldsInTransfer fields(sourceFields, std::move(locations), countLocations(source), countLocations(target),
+                            options);
 
-    return run(FE3DMeshToFE3DMesh_VariablesInterpolation, source, MeshArguments(target), std::move(flags), fields,
-               options);
+    TransferResult result = run(FE3DMeshToFE3DMesh_VariablesInterpolation, source, MeshArguments(target),
+                                std::move(flags), fields, options);
+    if (options.mode == OutsideMode::propagate && !result.origins.empty())
+    {
+        markPropagation(result, source, target, options);
+    }
+    return result;
 }
 
 TransferResult sample(const Mesh& source, std::span<const Field> sourceFields, const PointCloud& points,
@@ -228,8 +321,8 @@ TransferResult sample(const Mesh& source, std::span<const Field> sourceFields, c
     {
         throw InvalidOption("points receive values as nodes do, one location for each field");
     }
-    FieldsInTransfer fields(sourceFields, std::move(locations), {static_cast<std::size_t>(points.pointCount()), 0},
-                            options.defaultValue);
+    FieldsInTransfer fields(sourceFields, std::move(locations), countLocations(source),
+                            {static_cast<std::size_t>(points.pointCount()), 0}, options);
 
     return run(FE3DMEshToPtCloud_VariablesInterpolation, source, PointCloudArguments(points), std::move(flags), fields,
                options);

@@ -33,6 +33,15 @@ enum class OutsideMode : int
     propagate = 2     ///< nodes get values from neighbouring nodes, Gauss points 0; not for points
 };
 
+/// What can be said of a single field.
+struct FieldOptions
+{
+    std::optional<float> defaultValue{}; ///< instead of the one of all fields
+    /// The field exists only in materials of the state codes 1, 2, 3, 7 and 8: target points in others keep the default
+    /// value.
+    bool isClassOneOnly = false;
+};
+
 struct TransferOptions
 {
     OutsideMode mode = OutsideMode::error;
@@ -42,6 +51,10 @@ struct TransferOptions
     std::vector<bool> targetMapping{};
     /// Per source field, where on the target mesh its values go. Empty: to the locations that it has on the source.
     std::vector<Location> targetLocations{};
+    /// Per source field. Empty: nothing special.
+    std::vector<FieldOptions> fieldOptions{};
+    /// Whether the result tells where the values of each node or point come from.
+    bool tellsOrigins = false;
     Tuning tuning{};
     ProgressCallback progress{};
 };
@@ -54,9 +67,20 @@ enum class Outcome
     propagationWarning
 };
 
+/// Where the values of a target node or point come from.
+enum class ValueOrigin : int
+{
+    defaultValue = -1, ///< it is far from the source
+    none = 0,          ///< it was not to receive values, is part of no element, or could not be reached by propagation
+    element = 1,       ///< an element of the source
+    neighbours = 2     ///< it is far from the source, and values were propagated to it
+};
+
 struct TransferResult
 {
     std::vector<Field> fields; ///< one per source field, of its name, components and precision
+    /// One per target node or point if asked for and if there is a field at nodes, and otherwise none.
+    std::vector<ValueOrigin> origins;
     Outcome outcome;
     std::string message;                          ///< the library's, in one line
     std::optional<TransferStatistics> statistics; ///< absent if the library could not write its log
