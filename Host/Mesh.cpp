@@ -220,6 +220,13 @@ void Mesh::setStateCodes(std::span<const int> codes)
     data_.materials = withStateCodes(data_.materials, codes);
 }
 
+void Mesh::setMaterials(std::vector<Material> materials, std::vector<int> materialPerElement)
+{
+    checkMaterials(materials, materialPerElement, data_.kinds.size(), "element");
+    data_.materials = std::move(materials);
+    data_.materialPerElement = std::move(materialPerElement);
+}
+
 PointCloud::PointCloud(std::vector<float> coordinates, std::vector<int> materialPerPoint,
                        std::vector<Material> materials)
     : coordinates_(std::move(coordinates)), materialPerPoint_(std::move(materialPerPoint)),

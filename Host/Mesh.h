@@ -47,7 +47,7 @@ struct MeshData
 };
 
 /// A finite-element mesh in one piece that holds together: finite coordinates, known element kinds with as many nodes
-/// as they need, node and material numbers in range. Only the materials' state codes can change afterwards.
+/// as they need, node and material numbers in range. Only the materials can change afterwards.
 class Mesh
 {
 public:
@@ -78,6 +78,9 @@ public:
 
     /// Gives every material its state code, in the order of the materials. Throws InvalidData.
     void setStateCodes(std::span<const int> codes);
+
+    /// Divides the elements into other materials. Throws InvalidData.
+    void setMaterials(std::vector<Material> materials, std::vector<int> materialPerElement);
 
 private:
     MeshData data_;

@@ -15,7 +15,7 @@ std::optional<OutputFile> openCompanion(const CompanionOption& option, const Mes
     {
         return std::nullopt;
     }
-    if (std::filesystem::path(option.path).extension() != option.format)
+    if (!option.format.empty() && std::filesystem::path(option.path).extension() != option.format)
     {
         throw InvalidOption(text("the file '", option.path, "' of ", option.name, " is not named ", option.format));
     }

@@ -19,7 +19,7 @@ namespace veltrane
 struct CompanionOption
 {
     std::string name;   ///< "--report"
-    std::string format; ///< how the file's name must end
+    std::string format; ///< how the file's name must end; empty if it may end in any way
     std::string help;
     std::string path{}; ///< empty if the option is not given
 

@@ -8,6 +8,31 @@
 
 namespace veltrane
 {
+namespace
+{
+
+bool contains(const std::vector<std::string>& names, const std::string& name)
+{
+    return std::ranges::find(names, name) != names.end();
+}
+
+/// Names may have equal signs themselves: NAME ends at the first one before which there is the name of an array.
+ChosenField parseRequest(const MeshFile& file, const std::string& request)
+{
+    if (file.hasArray(ArrayPlace::points, request))
+    {
+        return {request, request};
+    }
+    std::size_t sign = request.find('=');
+    while (sign != std::string::npos && !file.hasArray(ArrayPlace::points, request.substr(0, sign)))
+    {
+        sign = request.find('=', sign + 1);
+    }
+    const std::string name = request.substr(0, sign);
+    return {name, sign == std::string::npos ? name : request.substr(sign + 1)};
+}
+
+} // namespace
 
 void checkRequestedFields(const std::vector<std::string>& names, std::string_view option)
 {
@@ -19,6 +44,38 @@ void checkRequestedFields(const std::vector<std::string>& names, std::string_vie
             throw InvalidOption(text(option, " ", name, " is given twice"));
         }
     }
+}
+
+std::vector<ChosenField> chooseAndRename(const MeshFile& file, const std::vector<std::string>& requested,
+                                         std::string_view done)
+{
+    std::vector<ChosenField> chosen;
+    std::vector<std::string> names;
+    for (const std::string& request : requested)
+    {
+        chosen.push_back(parseRequest(file, request));
+        names.push_back(chosen.back().name);
+    }
+    for (const std::string& name : chooseFields(file, names, done))
+    {
+        if (requested.empty())
+        {
+            chosen.push_back({name, name});
+        }
+    }
+    std::set<std::string> newNames;
+    for (const ChosenField& field : chosen)
+    {
+        if (field.newName.empty())
+        {
+            throw InvalidOption(text("--field ", field.name, "= gives the field no new name"));
+        }
+        if (!newNames.insert(field.newName).second)
+        {
+            throw InvalidOption(text("--field gives two fields the name '", field.newName, "'"));
+        }
+    }
+    return chosen;
 }
 
 std::vector<std::string> chooseFields(const MeshFile& file, const std::vector<std::string>& requested,
@@ -45,10 +102,13 @@ std::vector<std::string> chooseFields(const MeshFile& file, const std::vector<st
     }
     for (const std::string& name : requested)
     {
-        if (std::ranges::find(available, name) == available.end())
+        if (!contains(available, name))
         {
             throw BadFile(text("'", file.path().string(), "' has no floating-point point-data array '", name,
-                               "', only ", quotedNames(available)));
+                               "', only ", quotedNames(available),
+                               contains(file.floatingPointCellArrays(), name)
+                                   ? "; --cells-as-nodes makes one of the cell data of this name"
+                                   : ""));
         }
     }
     return requested.empty() ? available : requested;

@@ -60,11 +60,8 @@ Json describePoints(const TransferRecord& record)
     {
         return nullptr;
     }
-    return {{"nodes", nodes->all},
-            {"inNoCell", nodes->inNoCell},
-            {"inside", nodes->inside},
-            {"near", nodes->near},
-            {"far", nodes->far}};
+    return {{"nodes", nodes->all},     {"inNoCell", nodes->inNoCell}, {"notMapped", nodes->notMapped},
+            {"inside", nodes->inside}, {"near", nodes->near},         {"far", nodes->far}};
 }
 
 Json describeSearch(const std::optional<TransferStatistics>& statistics)

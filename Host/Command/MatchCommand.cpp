@@ -72,32 +72,6 @@ const Sort& gaussPointSort()
     return sort;
 }
 
-/// The target materials to be matched, one entry per material; none if all are.
-std::vector<bool> selectMaterials(const MeshFile& target, const std::vector<std::string>& only)
-{
-    if (only.empty())
-    {
-        return {};
-    }
-    if (!target.materialArray())
-    {
-        throw BadFile(
-            text("'", target.path().string(), "' has no cell-data array of materials to choose from by --only"));
-    }
-    const std::vector<Material>& materials = target.mesh().materials();
-    std::vector<bool> selection(materials.size(), false);
-    for (const std::string& name : only)
-    {
-        const auto found = std::ranges::find(materials, name, &Material::name);
-        if (found == materials.end())
-        {
-            throw BadFile(text("'", target.path().string(), "' has no material ", name, ", only ", namesOf(materials)));
-        }
-        selection[static_cast<std::size_t>(found - materials.begin())] = true;
-    }
-    return selection;
-}
-
 /// Why the library refuses a mesh with this pyramid.
 std::string pyramidText(const MeshFile& source, const MeshFile& target, int pyramid)
 {
@@ -173,7 +147,7 @@ MatchTable matchExplainingFailures(const Sort& sort, const MeshFile& source, con
     }
 }
 
-ExitStatus run(const Sort& sort, const MeshPairArguments& files, const std::vector<std::string>& only)
+ExitStatus run(const Sort& sort, const MeshPairArguments& files)
 {
     const std::optional<FileFormat> format = formatOf(files.output);
     if (format != FileFormat::table && !isMeshOutput(format))
@@ -191,6 +165,7 @@ ExitStatus run(const Sort& sort, const MeshPairArguments& files, const std::vect
     MeshFile source = files.readSource();
     progress.beginStage("reading target");
     MeshFile target = files.readTarget(sort.targetRole);
+    useCommonMaterialArray(source, target);
     if (isMeshOutput(format))
     {
         for (const std::string& name : sort.arrayNames)
@@ -198,9 +173,11 @@ ExitStatus run(const Sort& sort, const MeshPairArguments& files, const std::vect
             files.checkNewArray(target, sort.arrayPlace, name);
         }
     }
-    MatchOptions options{.targetMapping = selectMaterials(target, only), .tuning = {.tolerance = files.tolerance}};
+    MatchOptions options{.targetMapping = files.materials.select(target.mesh().materials(),
+                                                                 target.materialArray().has_value(), target.path()),
+                         .tuning = {.tolerance = files.tolerance}};
     checkOverlap(source.mesh().boundingBox(), target.mesh().boundingBox(options.targetMapping));
-    if (const auto missing = matchMaterials(source, target, options.targetMapping))
+    if (const auto missing = matchMaterials(files.materials, source, target, options.targetMapping))
     {
         throw BadFile(*missing);
     }
@@ -217,7 +194,7 @@ ExitStatus run(const Sort& sort, const MeshPairArguments& files, const std::vect
             }
             else
             {
-                target.writeWith(table.arrays, path);
+                target.writeWith({}, table.arrays, path);
             }
         });
     progress.finish();
@@ -272,15 +249,7 @@ void MatchCommand::addOptions(Request& request, std::string_view points, const s
     request.files.addFiles(command, text("mesh file with the ", points, " to be found, of volume cells"),
                            "mesh file of the same geometry, or of a part of it",
                            "file to be written: a table (.csv), or the target with\nthe numbers found (.vtu, .vtk)");
-    command
-        .add_option("--only", request.only,
-                    "the target's materials to be matched, all if not given:\n"
-                    "the numbers that its cells have, separated by commas")
-        ->type_name("ID,...")
-        ->delimiter(',')
-        ->expected(1)
-        ->take_all()
-        ->allow_extra_args(false);
+    request.files.materials.addTo(command, text(points, " to be matched"));
     if (!toleranceHelp.empty())
     {
         request.files.addTolerance(command, toleranceHelp);
@@ -294,9 +263,9 @@ ExitStatus MatchCommand::run() const
 {
     if (nodes_.command->parsed())
     {
-        return veltrane::run(nodeSort(), nodes_.files, nodes_.only);
+        return veltrane::run(nodeSort(), nodes_.files);
     }
-    return veltrane::run(gaussPointSort(), gaussPoints_.files, gaussPoints_.only);
+    return veltrane::run(gaussPointSort(), gaussPoints_.files);
 }
 
 } // namespace veltrane

@@ -33,7 +33,6 @@ private:
     {
         CLI::App* command = nullptr;
         MeshPairArguments files{};
-        std::vector<std::string> only{};
     };
 
     /// \param toleranceHelp  empty if there is no tolerance to be set

@@ -1,12 +1,12 @@
 #include "MeshPair.h"
 
 #include "Interruption.h"
-#include "Materials.h"
 #include "Report.h"
 #include "Text.h"
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <iterator>
 
 namespace veltrane
@@ -43,10 +43,10 @@ std::string namesOf(const std::vector<Material>& materials)
 }
 
 void MeshPairArguments::addFiles(CLI::App& command, const std::string& sourceHelp, const std::string& targetHelp,
-                                 const std::string& outputHelp)
+                                 const std::string& outputHelp, const std::string& targetName)
 {
     command.add_option("SOURCE", source, sourceHelp)->required()->type_name("");
-    command.add_option("TARGET", target, targetHelp)->required()->type_name("");
+    command.add_option(targetName, target, targetHelp)->required()->type_name("");
     command.add_option("-o,--output", output, outputHelp)->required()->type_name("FILE");
 }
 
@@ -77,14 +77,17 @@ OutputFile MeshPairArguments::openOutput() const
     return OutputFile(output, inputs);
 }
 
-MeshFile MeshPairArguments::readSource() const
+MeshFile MeshPairArguments::readSource(bool cellsAsNodes) const
 {
-    return read(source, {.role = MeshRole::source, .skipUnsupported = skipUnsupported});
+    return read(source, {.role = MeshRole::source,
+                         .skipUnsupported = skipUnsupported,
+                         .cellsAsNodes = cellsAsNodes,
+                         .materialArray = materials.array});
 }
 
 MeshFile MeshPairArguments::readTarget(MeshRole role) const
 {
-    return read(target, {.role = role, .skipUnsupported = skipUnsupported});
+    return read(target, {.role = role, .skipUnsupported = skipUnsupported, .materialArray = materials.array});
 }
 
 void MeshPairArguments::checkNewArray(const MeshFile& targetFile, ArrayPlace place, const std::string& name) const
@@ -96,19 +99,112 @@ void MeshPairArguments::checkNewArray(const MeshFile& targetFile, ArrayPlace pla
     }
 }
 
-std::optional<std::string> matchMaterials(MeshFile& source, MeshFile& target, const std::vector<bool>& selection)
+void MaterialArguments::addTo(CLI::App& command, const std::string& selected)
 {
-    if (!source.materialArray() || !target.materialArray())
+    command
+        .add_option("--material-array", array,
+                    "the cell-data array that numbers the materials of both\nfiles (the first of the usual names)")
+        ->type_name("NAME");
+    command.add_flag("--ignore-materials", ignored, "let cells of different materials correspond");
+    command
+        .add_option("--state", states,
+                    "the state code of a material, may be repeated; materials\n"
+                    "of the same code correspond, others have codes of their own")
+        ->type_name("ID=CODE")
+        ->expected(1)
+        ->take_all()
+        ->allow_extra_args(false);
+    command.add_option("--only", only, text("the target's materials of the ", selected, ",\nall if not given"))
+        ->type_name("ID,...")
+        ->delimiter(',')
+        ->expected(1)
+        ->take_all()
+        ->allow_extra_args(false);
+}
+
+StateCodes MaterialArguments::stateCodes() const
+{
+    if (ignored && !states.empty())
     {
-        return std::nullopt; // all have the same state code from the beginning
+        throw InvalidOption("--state and --ignore-materials contradict each other");
     }
-    std::vector<std::string> missing = matchMaterialsByName(source.mesh(), target.mesh());
-    const std::vector<Material>& materials = target.mesh().materials();
+    StateCodes codes;
+    for (const std::string& argument : states)
+    {
+        const std::size_t sign = argument.find('=');
+        int code = 0;
+        const char* end = argument.data() + argument.size();
+        const auto [rest, failure] = std::from_chars(argument.data() + std::min(sign + 1, argument.size()), end, code);
+        constexpr int largest = 1000000; // leaves room for the codes of the other materials
+        if (sign == std::string::npos || failure != std::errc() || rest != end || code == -1 || code > largest)
+        {
+            throw InvalidOption(text("--state ", argument, " is not ID=CODE with a whole number, at most ", largest,
+                                     " and not -1, as CODE"));
+        }
+        if (!codes.try_emplace(argument.substr(0, sign), code).second)
+        {
+            throw InvalidOption(text("--state is given twice for material ", argument.substr(0, sign)));
+        }
+    }
+    return codes;
+}
+
+std::vector<bool> MaterialArguments::select(const std::vector<Material>& materials, bool haveNumbers,
+                                            const std::filesystem::path& file) const
+{
+    if (only.empty())
+    {
+        return {};
+    }
+    if (!haveNumbers)
+    {
+        throw BadFile(text("'", file.string(), "' has no materials to choose from by --only"));
+    }
+    std::vector<bool> selection(materials.size(), false);
+    for (const std::string& name : only)
+    {
+        const auto found = std::ranges::find(materials, name, &Material::name);
+        if (found == materials.end())
+        {
+            throw BadFile(text("'", file.string(), "' has no material ", name, ", only ", namesOf(materials)));
+        }
+        selection[static_cast<std::size_t>(found - materials.begin())] = true;
+    }
+    return selection;
+}
+
+void MaterialArguments::checkUnused(const StateCodes& codes) const
+{
+    if (!codes.empty())
+    {
+        throw BadFile("--state needs materials in both files");
+    }
+}
+
+void MaterialArguments::checkKnown(const StateCodes& codes, const std::vector<Material>& source,
+                                   const std::vector<Material>& target)
+{
+    for (const auto& [name, code] : codes)
+    {
+        if (std::ranges::find(source, name, &Material::name) == source.end() &&
+            std::ranges::find(target, name, &Material::name) == target.end())
+        {
+            throw BadFile(text("--state: there is no material ", name, "; the source has ", namesOf(source),
+                               ", the target ", namesOf(target)));
+        }
+    }
+}
+
+std::optional<std::string> MaterialArguments::missingText(const std::vector<Material>& source,
+                                                          const std::vector<Material>& target,
+                                                          std::vector<std::string> missing,
+                                                          const std::vector<bool>& selection)
+{
     for (std::size_t i = 0; i < selection.size(); ++i)
     {
         if (!selection[i])
         {
-            std::erase(missing, materials[i].name);
+            std::erase(missing, target[i].name);
         }
     }
     if (missing.empty())
@@ -116,7 +212,31 @@ std::optional<std::string> matchMaterials(MeshFile& source, MeshFile& target, co
         return std::nullopt;
     }
     return text("the source has no material", missing.size() == 1 ? " " : "s ", joined(missing),
-                ", which the target has; the source has ", namesOf(source.mesh().materials()));
+                ", which the target has; the source has ", namesOf(source));
+}
+
+std::optional<std::string> matchMaterials(const MaterialArguments& arguments, MeshFile& source, MeshFile& target,
+                                          const std::vector<bool>& selection)
+{
+    return arguments.match(source.mesh(), source.materialArray().has_value(), target.mesh(),
+                           target.materialArray().has_value(), selection);
+}
+
+void useCommonMaterialArray(MeshFile& source, MeshFile& target)
+{
+    if (!source.materialArray() || !target.materialArray() || source.materialArray() == target.materialArray())
+    {
+        return;
+    }
+    for (const char* name : usualMaterialArrays())
+    {
+        if (source.hasArray(ArrayPlace::cells, name) && target.hasArray(ArrayPlace::cells, name))
+        {
+            source.useMaterialArray(name);
+            target.useMaterialArray(name);
+            return;
+        }
+    }
 }
 
 void checkOverlap(const Box& source, const Box& target)

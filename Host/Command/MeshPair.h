@@ -2,11 +2,13 @@
 #ifndef VELTRANE_COMMAND_MESH_PAIR_H
 #define VELTRANE_COMMAND_MESH_PAIR_H
 
+#include "Materials.h"
 #include "MeshFile.h"
 #include "OutputFile.h"
 
 #include <CLI/CLI.hpp>
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,19 +16,67 @@
 namespace veltrane
 {
 
+/// How the materials of the two sides belong together.
+struct MaterialArguments
+{
+    std::optional<std::string> array{};
+    bool ignored = false;
+    std::vector<std::string> states{};
+    std::vector<std::string> only{};
+
+    /// \param selected  what is selected by --only: "nodes to receive values"
+    void addTo(CLI::App& command, const std::string& selected);
+
+    /// Throws InvalidOption if the options contradict each other or are none.
+    StateCodes stateCodes() const;
+
+    /// The target materials to be mapped, one entry per material; none if all are. Throws BadFile.
+    ///
+    /// \param file  what the materials are of, for messages
+    std::vector<bool> select(const std::vector<Material>& materials, bool haveNumbers,
+                             const std::filesystem::path& file) const;
+
+    /// Lets the materials of two meshes correspond by their numbers if both have them and it is not to be ignored.
+    /// Returns a sentence about those materials, among the selected ones, that the target has and the source lacks, or
+    /// nothing.
+    template <typename Target>
+    std::optional<std::string> match(Mesh& source, bool sourceHasNumbers, Target& target, bool targetHasNumbers,
+                                     const std::vector<bool>& selection) const
+    {
+        const StateCodes codes = stateCodes();
+        if (ignored || !sourceHasNumbers || !targetHasNumbers)
+        {
+            checkUnused(codes);
+            return std::nullopt; // all have the same state code from the beginning
+        }
+        checkKnown(codes, source.materials(), target.materials());
+        return missingText(source.materials(), target.materials(), matchMaterialsByName(source, target, codes),
+                           selection);
+    }
+
+private:
+    void checkUnused(const StateCodes& codes) const;
+    static void checkKnown(const StateCodes& codes, const std::vector<Material>& source,
+                           const std::vector<Material>& target);
+    static std::optional<std::string> missingText(const std::vector<Material>& source,
+                                                  const std::vector<Material>& target, std::vector<std::string> missing,
+                                                  const std::vector<bool>& selection);
+};
+
 /// The arguments themselves, with the addition of each to a subcommand.
 struct MeshPairArguments
 {
     std::string source;
     std::string target;
     std::string output;
+    MaterialArguments materials;
     std::optional<float> tolerance;
     bool skipUnsupported = false;
     bool replace = false;
     bool quiet = false;
 
     void addFiles(CLI::App& command, const std::string& sourceHelp, const std::string& targetHelp,
-                  const std::string& outputHelp);
+                  const std::string& outputHelp, const std::string& targetName = "TARGET");
     void addSkipUnsupported(CLI::App& command);
     void addTolerance(CLI::App& command, const std::string& help);
     void addReplace(CLI::App& command, const std::string& help);
@@ -37,7 +87,7 @@ struct MeshPairArguments
 
     /// Throw NoInput or BadFile, and Cancelled if the command was interrupted meanwhile. Warn of cells left out on
     /// request.
-    MeshFile readSource() const;
+    MeshFile readSource(bool cellsAsNodes = false) const;
     MeshFile readTarget(MeshRole role) const;
 
     /// Throws BadFile if the target has such an array and it is not to be replaced.
@@ -50,14 +100,19 @@ inline constexpr const char* meshFormatHelp =
     "last step); .vtu and .vtk are written. The ending tells the format.\n\n";
 inline constexpr const char* materialHelp =
     "Cells of source and target correspond only within materials of the same number, if both\n"
-    "files have a cell-data array 'material' (or MaterialIds, part, PartId, gmsh:physical ...).\n\n";
+    "files have a cell-data array 'material' (or MaterialIds, part, PartId, gmsh:physical ...; an\n"
+    "Exodus file's block numbers will do).\n\n";
 
 /// "steel, copper"
 std::string namesOf(const std::vector<Material>& materials);
 
-/// Lets the materials of two meshes correspond by their names if both have materials. Returns a sentence about those
-/// materials, among the selected ones if there is a selection, that the target has and the source lacks, or nothing.
-std::optional<std::string> matchMaterials(MeshFile& source, MeshFile& target, const std::vector<bool>& selection = {});
+/// The same of two mesh files.
+std::optional<std::string> matchMaterials(const MaterialArguments& arguments, MeshFile& source, MeshFile& target,
+                                          const std::vector<bool>& selection);
+
+/// If the materials are numbered by arrays of different names, those of a usual name that both files have, if there is
+/// one, take their place.
+void useCommonMaterialArray(MeshFile& source, MeshFile& target);
 
 /// The box of the target, or of its selected materials, must touch the source's; throws BadFile.
 void checkOverlap(const Box& source, const Box& target);

@@ -19,11 +19,6 @@ namespace veltrane
 namespace
 {
 
-OutsideMode parseMode(const std::string& mode)
-{
-    return static_cast<OutsideMode>(mode.front() - '0');
-}
-
 TransferResult transferExplainingFailures(const Mesh& source, std::span<const Field> fields, const Mesh& target,
                                           const TransferOptions& options)
 {
@@ -33,8 +28,8 @@ TransferResult transferExplainingFailures(const Mesh& source, std::span<const Fi
     }
     catch (const TargetOutside& error)
     {
-        throw TargetOutside(text(bareMessage(error.what()), "; --mode 1 gives such nodes the default value, --mode 2 ",
-                                 "the values of neighbouring nodes"));
+        throw TargetOutside(text(bareMessage(error.what()), "; --outside default gives such nodes the default value, "
+                                                            "--outside propagate the values of neighbouring nodes"));
     }
     catch (const TransferError& error)
     {
@@ -50,45 +45,24 @@ TransferCommand::TransferCommand(CLI::App& app)
 {
     files_.addFiles(*command_, "mesh file with the fields, of volume cells", "mesh file that is to receive the fields",
                     "file to be written: the target with the fields added");
-    command_
-        ->add_option("--mode", mode_,
-                     "what happens if nodes of the target are far outside the source:\n"
-                     "0 the transfer fails, 1 they get the default value,\n"
-                     "2 they get values propagated from neighbouring nodes")
-        ->check(CLI::IsMember({"0", "1", "2"}))
-        ->type_name("MODE")
-        ->capture_default_str();
-    command_
-        ->add_option("--field", fields_,
-                     "a point-data array to be transferred, may be repeated;\n"
-                     "all those of floating-point numbers if none is given")
-        ->type_name("NAME")
-        ->expected(1)
-        ->take_all()
-        ->allow_extra_args(false);
-    command_->add_option("--default", defaultValue_, "the default value of mode 1 (0)")->type_name("VALUE");
-    files_.addTolerance(*command_, "how exactly points are located, as part of the size\nof an element (0.001)");
+    arguments_.addFields(*command_);
+    arguments_.addOutside(*command_, "nodes", true);
+    files_.materials.addTo(*command_, "nodes to receive values");
+    arguments_.addTuning(*command_);
     files_.addSkipUnsupported(*command_);
     files_.addReplace(*command_, "let transferred fields replace the target's arrays of the same names");
     report_.addTo(*command_);
+    log_.addTo(*command_);
     files_.addQuiet(*command_, "print no summary and no progress");
     command_->footer(
         text("Example:\n"
-             "  veltrane transfer thermal.vtu structure.vtu -o loaded.vtu --field temperature --mode 2\n\n",
-             meshFormatHelp, materialHelp, exitStatusHelp));
+             "  veltrane transfer thermal.vtu structure.vtu -o loaded.vtu --field temperature --outside propagate\n\n",
+             meshFormatHelp, materialHelp, validPointMaskHelp, exitStatusHelp));
 }
 
 ExitStatus TransferCommand::run() const
 {
-    TransferOptions options;
-    options.mode = parseMode(mode_);
-    if (defaultValue_ && options.mode != OutsideMode::defaultValue)
-    {
-        throw InvalidOption("--default has an effect only together with --mode 1");
-    }
-    options.defaultValue = defaultValue_.value_or(0.0F);
-    options.tuning.tolerance = files_.tolerance;
-    checkRequestedFields(fields_);
+    TransferOptions options = arguments_.options(!files_.materials.states.empty());
     if (!isMeshOutput(formatOf(files_.output)))
     {
         throw InvalidOption(text("the output '", files_.output, "' is not named ", meshOutputEndings));
@@ -96,21 +70,25 @@ ExitStatus TransferCommand::run() const
 
     const OutputFile output = files_.openOutput();
     const std::optional<OutputFile> report = openCompanion(report_, files_);
+    const std::optional<OutputFile> log = openCompanion(log_, files_);
     ProgressBar progress(!files_.quiet);
     progress.beginStage("reading source");
-    MeshFile source = files_.readSource();
+    MeshFile source = files_.readSource(arguments_.cellsAsNodes);
     progress.beginStage("reading target");
     MeshFile target = files_.readTarget(MeshRole::target);
+    useCommonMaterialArray(source, target);
 
-    const std::vector<std::string> names = chooseFields(source, fields_, "transferred");
-    for (const std::string& name : names)
+    const std::vector<ChosenField> chosen = arguments_.chooseFields(source);
+    for (const ChosenField& field : chosen)
     {
-        files_.checkNewArray(target, ArrayPlace::points, name);
+        files_.checkNewArray(target, ArrayPlace::points, field.newName);
     }
-    std::vector<Field> fields;
-    std::ranges::transform(names, std::back_inserter(fields), [&](const auto& name) { return source.field(name); });
-    checkOverlap(source.mesh().boundingBox(), target.mesh().boundingBox());
-    if (const auto missing = matchMaterials(source, target))
+    options.fieldOptions = arguments_.fieldOptions(chosen);
+    const std::vector<Field> fields = readFields(source, chosen);
+    options.targetMapping =
+        files_.materials.select(target.mesh().materials(), target.materialArray().has_value(), target.path());
+    checkOverlap(source.mesh().boundingBox(), target.mesh().boundingBox(options.targetMapping));
+    if (const auto missing = matchMaterials(files_.materials, source, target, options.targetMapping))
     {
         if (options.mode == OutsideMode::error)
         {
@@ -122,11 +100,14 @@ ExitStatus TransferCommand::run() const
     options.progress = progress.callback("interpolating");
     const TransferResult result = transferExplainingFailures(source.mesh(), fields, target.mesh(), options);
     progress.beginStage("writing output");
-    output.write([&](const std::filesystem::path& path) { target.writeWith(result.fields, path); });
+    const IntegerArray mask = validPointMask(result.origins);
+    output.write([&](const std::filesystem::path& path)
+                 { target.writeWith(result.fields, std::span(&mask, 1), path); });
     progress.finish();
 
     const TransferRecord record{source, fields, target, result, options, progress.times()};
     writeCompanion(report, [&](const std::filesystem::path& path) { writeReport(record, path); });
+    writeCompanion(log, [&](const std::filesystem::path& path) { writeLog(result, path); });
     if (!files_.quiet)
     {
         printSummary(std::cout, record);

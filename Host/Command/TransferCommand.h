@@ -5,12 +5,9 @@
 #include "Companion.h"
 #include "ExitStatus.h"
 #include "MeshPair.h"
+#include "TransferArguments.h"
 
 #include <CLI/CLI.hpp>
-
-#include <optional>
-#include <string>
-#include <vector>
 
 namespace veltrane
 {
@@ -32,10 +29,9 @@ public:
 private:
     CLI::App* command_;
     MeshPairArguments files_;
-    std::string mode_ = "0";
-    std::vector<std::string> fields_;
-    std::optional<float> defaultValue_;
+    TransferArguments arguments_;
     CompanionOption report_{"--report", ".json", "write what has been done and found for machines, too (.json)"};
+    CompanionOption log_{"--log", "", "keep the statistics log of the search"};
 };
 
 } // namespace veltrane

@@ -33,10 +33,12 @@ std::optional<NodeCounts> countNodes(const TransferRecord& record)
     }
     const Mesh& mesh = record.target.mesh();
     const long long inCells = countNodesInElements(mesh);
+    const long long withElement = std::ranges::count(record.result.origins, ValueOrigin::element);
     const OutsideCounts outside = record.result.statistics->nodes.value_or(OutsideCounts{0, 0});
     return NodeCounts{.all = mesh.nodeCount(),
                       .inNoCell = mesh.nodeCount() - inCells,
-                      .inside = inCells - outside.all(),
+                      .notMapped = inCells - withElement - outside.far,
+                      .inside = withElement - outside.near,
                       .near = outside.near,
                       .far = outside.far};
 }

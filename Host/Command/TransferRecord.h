@@ -28,7 +28,8 @@ struct TransferRecord
 struct NodeCounts
 {
     long long all;
-    long long inNoCell; ///< get no values
+    long long inNoCell;  ///< get no values
+    long long notMapped; ///< of materials that are not to receive values
     long long inside;
     long long near; ///< just outside, with the values of a nearby element
     long long far;

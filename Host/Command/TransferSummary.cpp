@@ -26,8 +26,23 @@ std::string materialNames(const Mesh& mesh)
     return mesh.materials().size() > mostNames ? names + ", ..." : names;
 }
 
+/// Whether all materials of both sides have one state code, so that none is told from another.
+bool areMaterialsIgnored(const Mesh& source, const Mesh& target)
+{
+    const auto isOfThisCode = [&](const Material& material)
+    { return material.stateCode == source.materials().front().stateCode; };
+    return std::ranges::all_of(source.materials(), isOfThisCode) &&
+           std::ranges::all_of(target.materials(), isOfThisCode) &&
+           source.materials().size() + target.materials().size() > 2;
+}
+
 void printMaterials(std::ostream& stream, const MeshFile& source, const MeshFile& target)
 {
+    if (source.materialArray() && target.materialArray() && areMaterialsIgnored(source.mesh(), target.mesh()))
+    {
+        printLine(stream, "materials", "not regarded");
+        return;
+    }
     if (source.materialArray() && target.materialArray())
     {
         printLine(stream, "materials",
@@ -64,6 +79,10 @@ void printCounts(std::ostream& stream, const TransferRecord& record)
     if (nodes->inNoCell > 0)
     {
         printCount(stream, "  in no cell", nodes->inNoCell, "not given values: hold the default value");
+    }
+    if (nodes->notMapped > 0)
+    {
+        printCount(stream, "  not mapped", nodes->notMapped, "of other materials: hold the default value");
     }
     printCount(stream, "  inside", nodes->inside);
     printCount(stream, "  near", nodes->near, "just outside the source: values of a nearby element");
@@ -142,37 +161,17 @@ private:
     std::vector<std::string> lost_;
 };
 
-void printValues(std::ostream& stream, std::span<const Field> sourceFields, std::span<const Field> targetFields)
+void printNotices(std::ostream& stream, std::span<const Field> sourceFields, std::span<const Field> targetFields)
 {
-    constexpr int digits = 6;
-    constexpr std::string_view heading = "values at nodes";
-    std::size_t nameWidth = heading.size();
-    for (const Field& field : sourceFields)
-    {
-        nameWidth = std::max(nameWidth, componentName(field, 0).size());
-    }
-    TextTable table(12);
-    table.addRow({std::string(heading), "minimum", "mean", "maximum"});
-    const auto addRow = [&](std::string name, const char* side, const ComponentStatistics& figures)
-    {
-        name.resize(std::max(nameWidth, name.size()), ' ');
-        table.addRow({text(name, "  ", side), inDigits(digits, figures.min), inDigits(digits, figures.mean),
-                      inDigits(digits, figures.max)});
-    };
     Notices notices;
     for (std::size_t i = 0; i < sourceFields.size(); ++i)
     {
         for (int component = 0; component < sourceFields[i].componentCount(); ++component)
         {
-            const std::string name = componentName(sourceFields[i], component);
-            const ComponentStatistics source = statisticsOf(sourceFields[i], component);
-            const ComponentStatistics target = statisticsOf(targetFields[i], component);
-            addRow(name, "source", source);
-            addRow("", "target", target);
-            notices.compare(name, source, target);
+            notices.compare(componentName(sourceFields[i], component), statisticsOf(sourceFields[i], component),
+                            statisticsOf(targetFields[i], component));
         }
     }
-    table.print(stream);
     notices.print(stream);
 }
 
@@ -194,6 +193,37 @@ std::string describe(const Mesh& mesh)
     return description;
 }
 
+void printValues(std::ostream& stream, std::string_view heading, std::span<const Field> sourceFields,
+                 std::span<const Field> targetFields)
+{
+    constexpr int digits = 6;
+    std::size_t nameWidth = heading.size();
+    for (const Field& field : sourceFields)
+    {
+        nameWidth = std::max(nameWidth, componentName(field, 0).size());
+    }
+    TextTable table(12);
+    table.addRow({std::string(heading), "minimum", "mean", "maximum"});
+    const auto addRow = [&](std::string name, const char* side, const ComponentStatistics& figures)
+    {
+        name.resize(std::max(nameWidth, name.size()), ' ');
+        table.addRow({text(name, "  ", side), inDigits(digits, figures.min), inDigits(digits, figures.mean),
+                      inDigits(digits, figures.max)});
+    };
+    for (std::size_t i = 0; i < sourceFields.size(); ++i)
+    {
+        for (int component = 0; component < sourceFields[i].componentCount(); ++component)
+        {
+            const std::string name = componentName(sourceFields[i], component);
+            const ComponentStatistics source = statisticsOf(sourceFields[i], component);
+            const ComponentStatistics target = statisticsOf(targetFields[i], component);
+            addRow(name, "source", source);
+            addRow("", "target", target);
+        }
+    }
+    table.print(stream);
+}
+
 void printSummary(std::ostream& stream, const TransferRecord& record)
 {
     printLine(stream, "source", record.source.path().string());
@@ -201,7 +231,7 @@ void printSummary(std::ostream& stream, const TransferRecord& record)
     if (record.source.leftOutCellCount() > 0)
     {
         printLine(stream, "",
-                  text(oneOrMore(record.source.leftOutCellCount(), "surface cell", "surface cells"), " left out"));
+                  text(oneOrMore(record.source.leftOutCellCount(), "other cell", "other cells"), " left out"));
     }
     printLine(stream, "target", record.target.path().string());
     printLine(stream, "", describe(record.target.mesh()));
@@ -209,7 +239,8 @@ void printSummary(std::ostream& stream, const TransferRecord& record)
     printCounts(stream, record);
     printTimes(stream, record.times);
     stream << '\n';
-    printValues(stream, record.sourceFields, record.result.fields);
+    printValues(stream, "values at nodes", record.sourceFields, record.result.fields);
+    printNotices(stream, record.sourceFields, record.result.fields);
 }
 
 } // namespace veltrane

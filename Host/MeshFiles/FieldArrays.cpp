@@ -4,11 +4,13 @@
 #include "Text.h"
 
 #include <vtkCellData.h>
+#include <vtkCellDataToPointData.h>
 #include <vtkDoubleArray.h>
 #include <vtkFloatArray.h>
 #include <vtkNew.h>
 #include <vtkPointData.h>
 #include <vtkPointSet.h>
+#include <vtkUnstructuredGrid.h>
 
 #include <algorithm>
 #include <utility>
@@ -73,7 +75,36 @@ void checkTupleCounts(vtkPointSet& dataSet, const std::filesystem::path& path)
     checkTupleCounts(*dataSet.GetCellData(), dataSet.GetNumberOfCells(), "cell", path);
 }
 
-Field toField(vtkAbstractArray* array, const std::string& name, const std::filesystem::path& path)
+void averageCellsAtNodes(vtkUnstructuredGrid& grid, const std::filesystem::path& path)
+{
+    vtkNew<vtkUnstructuredGrid> cells;
+    cells->CopyStructure(&grid);
+    for (const PointArray& array : listArrays(*grid.GetCellData()))
+    {
+        if (!array.isFloatingPoint)
+        {
+            continue;
+        }
+        if (grid.GetPointData()->HasArray(array.name.c_str()) != 0)
+        {
+            throw BadFile(text(quoted(path), " has point data and cell data of the name '", array.name,
+                               "'; --cells-as-nodes cannot make point data of the latter"));
+        }
+        cells->GetCellData()->AddArray(grid.GetCellData()->GetAbstractArray(array.name.c_str()));
+    }
+    vtkNew<vtkCellDataToPointData> filter;
+    filter->SetInputData(cells);
+    filter->SetContributingCellOption(vtkCellDataToPointData::DataSetMax);
+    filter->Update();
+    vtkPointData& averages = *filter->GetOutput()->GetPointData();
+    for (int i = 0; i < averages.GetNumberOfArrays(); ++i)
+    {
+        grid.GetPointData()->AddArray(averages.GetAbstractArray(i));
+    }
+}
+
+Field toField(vtkAbstractArray* array, const std::string& name, const std::string& newName,
+              const std::filesystem::path& path)
 {
     if (array == nullptr)
     {
@@ -94,7 +125,7 @@ Field toField(vtkAbstractArray* array, const std::string& name, const std::files
     }
     try
     {
-        return Field(name, Location::nodes, array->GetNumberOfComponents(), std::move(values));
+        return Field(newName, Location::nodes, array->GetNumberOfComponents(), std::move(values));
     }
     catch (const InvalidData& error)
     {

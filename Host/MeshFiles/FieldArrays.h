@@ -16,6 +16,7 @@ class vtkAbstractArray;
 class vtkDataArray;
 class vtkFieldData;
 class vtkPointSet;
+class vtkUnstructuredGrid;
 
 namespace veltrane
 {
@@ -34,8 +35,14 @@ std::vector<PointArray> listArrays(vtkFieldData& data);
 /// Throws BadFile, naming the array, unless all point and cell arrays have one value for each point or cell.
 void checkTupleCounts(vtkPointSet& dataSet, const std::filesystem::path& path);
 
-/// A point-data array as a node field of this name. Throws BadFile if there is none, or none of floating-point numbers.
-Field toField(vtkAbstractArray* array, const std::string& name, const std::filesystem::path& path);
+/// Adds to the point data what the floating-point cell data is at the nodes: the mean over the cells of the highest
+/// dimension around each. Throws BadFile if there is point data of the same name.
+void averageCellsAtNodes(vtkUnstructuredGrid& grid, const std::filesystem::path& path);
+
+/// The point-data array of this name as a node field of a new name. Throws BadFile if it is null or not of
+/// floating-point numbers.
+Field toField(vtkAbstractArray* array, const std::string& name, const std::string& newName,
+              const std::filesystem::path& path);
 
 /// Of the field's name, components and precision.
 vtkSmartPointer<vtkDataArray> toArray(const Field& field);

@@ -16,7 +16,6 @@
 #include <array>
 #include <cfloat>
 #include <cmath>
-#include <span>
 #include <string_view>
 
 namespace veltrane
@@ -182,6 +181,11 @@ std::vector<float> readCoordinates(vtkPointSet& points, const std::filesystem::p
     return coordinates;
 }
 
+std::span<const char* const> usualMaterialArrays()
+{
+    return materialArrayNames;
+}
+
 vtkDataArray* findMaterialArray(vtkDataSetAttributes& data, const std::optional<std::string>& name,
                                 const std::filesystem::path& path)
 {
@@ -194,7 +198,7 @@ vtkDataArray* findMaterialArray(vtkDataSetAttributes& data, const std::optional<
         }
         return array;
     }
-    for (const char* usualName : materialArrayNames)
+    for (const char* usualName : usualMaterialArrays())
     {
         vtkDataArray* array = data.GetArray(usualName);
         if (array != nullptr && array->GetNumberOfComponents() == 1)

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,8 @@ struct MeshReading
     MeshRole role = MeshRole::target;
     /// Leaves out volume and surface cells without a counterpart among the elements, instead of refusing the file.
     bool skipUnsupported = false;
+    /// Makes point data of the floating-point cell data, too.
+    bool cellsAsNodes = false;
     /// The array that numbers the materials; the first one of the usual names if none is given.
     std::optional<std::string> materialArray{};
     /// Of an Exodus file, from 0; the last one if none is given.
@@ -56,6 +59,9 @@ GridElements readElements(vtkUnstructuredGrid& grid, const MeshReading& reading,
 
 /// In single precision.
 std::vector<float> readCoordinates(vtkPointSet& points, const std::filesystem::path& path);
+
+/// In the order in which they are looked for.
+std::span<const char* const> usualMaterialArrays();
 
 /// The array of the reading's name or of a usual name; null if there is none of a usual name.
 vtkDataArray* findMaterialArray(vtkDataSetAttributes& data, const std::optional<std::string>& name,

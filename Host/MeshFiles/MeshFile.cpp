@@ -71,6 +71,10 @@ MeshFile::MeshFile(const std::filesystem::path& path, const MeshReading& reading
     contents_->grid = readCells(path, reading.step);
     vtkUnstructuredGrid& grid = *contents_->grid;
     checkTupleCounts(grid, path);
+    if (reading.cellsAsNodes)
+    {
+        averageCellsAtNodes(grid, path);
+    }
 
     GridElements elements = readElements(grid, reading, path);
     elements.data.coordinates = readCoordinates(grid, path);
@@ -119,6 +123,14 @@ const std::optional<std::string>& MeshFile::materialArray() const
     return contents_->materialArray;
 }
 
+void MeshFile::useMaterialArray(const std::string& name)
+{
+    vtkDataArray* array = findMaterialArray(*contents_->grid->GetCellData(), name, path());
+    auto [materials, materialPerElement] = readMaterials(array, contents_->cells, "cell", path());
+    contents_->mesh->setMaterials(std::move(materials), std::move(materialPerElement));
+    contents_->materialArray = name;
+}
+
 int MeshFile::leftOutCellCount() const
 {
     return static_cast<int>(contents_->grid->GetNumberOfCells()) - mesh().elementCount();
@@ -144,24 +156,33 @@ bool MeshFile::hasArray(ArrayPlace place, const std::string& name) const
     return attributesOf(*contents_->grid, place).HasArray(name.c_str()) != 0;
 }
 
-Field MeshFile::field(const std::string& name) const
+std::vector<std::string> MeshFile::floatingPointCellArrays() const
 {
-    return toField(contents_->grid->GetPointData()->GetAbstractArray(name.c_str()), name, contents_->path);
+    std::vector<std::string> names;
+    for (const PointArray& array : listArrays(*contents_->grid->GetCellData()))
+    {
+        if (array.isFloatingPoint)
+        {
+            names.push_back(array.name);
+        }
+    }
+    return names;
 }
 
-void MeshFile::writeWith(std::span<const Field> fields, const std::filesystem::path& path) const
+Field MeshFile::field(const std::string& name, const std::string& newName) const
+{
+    return toField(contents_->grid->GetPointData()->GetAbstractArray(name.c_str()), name,
+                   newName.empty() ? name : newName, contents_->path);
+}
+
+void MeshFile::writeWith(std::span<const Field> fields, std::span<const IntegerArray> arrays,
+                         const std::filesystem::path& path) const
 {
     const vtkSmartPointer<vtkUnstructuredGrid> grid = shallowCopy(*contents_->grid);
     for (const Field& field : fields)
     {
         grid->GetPointData()->AddArray(toArray(field));
     }
-    writeDataSet(*grid, path);
-}
-
-void MeshFile::writeWith(std::span<const IntegerArray> arrays, const std::filesystem::path& path) const
-{
-    const vtkSmartPointer<vtkUnstructuredGrid> grid = shallowCopy(*contents_->grid);
     for (const IntegerArray& integers : arrays)
     {
         const bool isPerPoint = integers.place == ArrayPlace::points;

@@ -51,6 +51,9 @@ public:
     /// The cell-data array that numbers the materials. Without one all is one material.
     const std::optional<std::string>& materialArray() const;
 
+    /// Lets another cell-data array number the materials. Throws BadFile.
+    void useMaterialArray(const std::string& name);
+
     /// Cells of the file that are not part of the mesh.
     int leftOutCellCount() const;
 
@@ -62,19 +65,21 @@ public:
 
     const std::vector<PointArray>& pointArrays() const;
 
+    /// Cell data, which is not transferred.
+    std::vector<std::string> floatingPointCellArrays() const;
+
     /// Whether the file has a point-data or cell-data array of this name, of whatever values.
     bool hasArray(ArrayPlace place, const std::string& name) const;
 
-    /// A floating-point point-data array as a field. Throws BadFile if there is none of this name or it is none.
-    Field field(const std::string& name) const;
+    /// A floating-point point-data array as a field, under a new name if one is given. Throws BadFile if there is none
+    /// of this name or it is none.
+    Field field(const std::string& name, const std::string& newName = "") const;
 
-    /// Writes the file's data set, with all its arrays and these fields as further point data, an array of the same
-    /// name being replaced, in the format that the path's ending stands for. Throws CannotWrite with nothing but the
-    /// reason.
-    void writeWith(std::span<const Field> fields, const std::filesystem::path& path) const;
-
-    /// The same with arrays of whole numbers. Cells that are not part of the mesh get 0.
-    void writeWith(std::span<const IntegerArray> arrays, const std::filesystem::path& path) const;
+    /// Writes the file's data set, with all its arrays and these fields as further point data and these arrays, one of
+    /// the same name being replaced, in the format that the path's ending stands for. Cells that are not part of the
+    /// mesh get 0. Throws CannotWrite with nothing but the reason.
+    void writeWith(std::span<const Field> fields, std::span<const IntegerArray> arrays,
+                   const std::filesystem::path& path) const;
 
 private:
     struct Contents;

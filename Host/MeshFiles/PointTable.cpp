@@ -13,9 +13,10 @@
 #include <vtkTable.h>
 #include <vtkVariant.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cmath>
+#include <charconv>
 #include <cstring>
 #include <fstream>
 #include <limits>
@@ -63,6 +64,20 @@ void checkColumnNames(const std::filesystem::path& path)
         if (!names.insert(name).second)
         {
             throw BadFile(text(quoted(path), " has two columns of the name '", name, "'"));
+        }
+    }
+}
+
+/// VTK makes columns shorter where the last lines are.
+void checkColumnLengths(vtkTable& table, const std::filesystem::path& path)
+{
+    for (vtkIdType column = 0; column < table.GetNumberOfColumns(); ++column)
+    {
+        const vtkIdType length = table.GetColumn(column)->GetNumberOfTuples();
+        if (length != table.GetNumberOfRows())
+        {
+            throw BadFile(text(quoted(path), ": the line of point ", std::min(length, table.GetNumberOfRows()),
+                               " has not as many columns as the first line"));
         }
     }
 }
@@ -127,15 +142,25 @@ vtkSmartPointer<vtkPoints> pointsOf(vtkTable& table, const std::filesystem::path
     return points;
 }
 
-/// A value as a number, whatever its type; small whole numbers would otherwise be taken for letters.
+/// The fewest digits that give the same number again.
+template <typename Number> std::string digitsOf(Number number)
+{
+    std::array<char, 64> digits{};
+    const std::to_chars_result end = std::to_chars(digits.data(), digits.data() + digits.size(), number);
+    return std::string(digits.data(), end.ptr);
+}
+
 std::string valueText(vtkAbstractArray& array, vtkIdType index)
 {
+    const vtkVariant value = array.GetVariantValue(index);
     switch (array.GetDataType())
     {
-    case VTK_CHAR:
+    case VTK_FLOAT: return digitsOf(value.ToFloat());
+    case VTK_DOUBLE: return digitsOf(value.ToDouble());
+    case VTK_CHAR: // would be taken for letters
     case VTK_SIGNED_CHAR:
-    case VTK_UNSIGNED_CHAR: return std::to_string(array.GetVariantValue(index).ToInt());
-    default: return array.GetVariantValue(index).ToString();
+    case VTK_UNSIGNED_CHAR: return std::to_string(value.ToInt());
+    default: return value.ToString();
     }
 }
 
@@ -175,6 +200,7 @@ vtkSmartPointer<vtkPolyData> readPointTable(const std::filesystem::path& path)
 {
     checkColumnNames(path);
     const auto table = readTable(path, false);
+    checkColumnLengths(*table, path);
     vtkNew<vtkPolyData> points;
     points->SetPoints(pointsOf(*table, path));
     for (vtkIdType column = 0; column < table->GetNumberOfColumns(); ++column)
@@ -195,7 +221,7 @@ void writePointTable(vtkPointSet& points, const std::filesystem::path& path)
         vtkDataArray& coordinates = *points.GetPoints()->GetData();
         for (int axis = 0; axis < 3; ++axis)
         {
-            stream << (axis == 0 ? "" : ",") << coordinates.GetVariantValue(3 * point + axis).ToString();
+            stream << (axis == 0 ? "" : ",") << valueText(coordinates, 3 * point + axis);
         }
         for (int i = 0; i < pointData.GetNumberOfArrays(); ++i)
         {

@@ -79,7 +79,8 @@ TEST_F(JsonReport, TellsWhatHasBeenDone)
     EXPECT_EQ(read["source"]["materialArray"], nullptr);
     EXPECT_EQ(read["target"]["nodes"], 64);
     EXPECT_EQ(read["target"]["elements"], json({{"tetrahedron", 162}}));
-    EXPECT_EQ(read["points"], json({{"nodes", 64}, {"inNoCell", 0}, {"inside", 64}, {"near", 0}, {"far", 0}}));
+    EXPECT_EQ(read["points"],
+              json({{"nodes", 64}, {"inNoCell", 0}, {"notMapped", 0}, {"inside", 64}, {"near", 0}, {"far", 0}}));
     EXPECT_EQ(read["search"]["locatedPoints"], 64);
     std::vector<std::string> stages;
     for (const json& stage : read["stages"])

@@ -86,7 +86,7 @@ TEST_F(MatchError, FailureToWriteIsReported)
 
 TEST_F(MatchError, MaterialsAskedForMustExist)
 {
-    expectOfBoth(65, "'target.vtu' has no cell-data array of materials to choose from by --only", {"--only", "1"});
+    expectOfBoth(65, "'target.vtu' has no materials to choose from by --only", {"--only", "1"});
     const auto target = makeGrid(VTK_HEXAHEDRON, 2);
     addCellNumbers(*target, "material", [](vtkIdType cell) { return cell < 4 ? 3 : 5; });
     writeTarget(*target);

@@ -12,6 +12,8 @@
 #include <vtkXMLUnstructuredGridReader.h>
 #include <vtkXMLUnstructuredGridWriter.h>
 
+#include <gtest/gtest.h>
+
 #include <cmath>
 #include <stdexcept>
 
@@ -219,6 +221,53 @@ void addCellNumbers(vtkUnstructuredGrid& grid, const std::string& name, const st
 double linear(const Point& point)
 {
     return 1 + 2 * point[0] - 3 * point[1] + 5 * point[2];
+}
+
+vtkSmartPointer<vtkUnstructuredGrid> angle()
+{
+    GridBuilder builder;
+    for (int i = 0; i < 10; ++i)
+    {
+        builder.addCube(VTK_HEXAHEDRON, {1.0 * i, 0, 0}, 1);
+        if (i > 0)
+        {
+            builder.addCube(VTK_HEXAHEDRON, {0, 1.0 * i, 0}, 1);
+        }
+    }
+    addDoubles(*builder.grid(), "constant", [](const Point&) { return 4; });
+    return builder.grid();
+}
+
+vtkSmartPointer<vtkUnstructuredGrid> diagonal(bool isChain)
+{
+    GridBuilder builder;
+    for (int i = 0; i < 18; ++i)
+    {
+        if (isChain || i < 1 || i > 15)
+        {
+            builder.addCube(VTK_HEXAHEDRON, {0.25 + 0.5 * i, 0.25 + 0.5 * i, 0.25}, 0.5);
+        }
+    }
+    return builder.grid();
+}
+
+std::vector<double> valuesOf(vtkUnstructuredGrid& grid, const std::string& name)
+{
+    std::vector<double> values;
+    vtkDataArray* array = grid.GetPointData()->GetArray(name.c_str());
+    if (array == nullptr)
+    {
+        ADD_FAILURE() << "there is no array " << name;
+        return values;
+    }
+    for (vtkIdType i = 0; i < array->GetNumberOfTuples(); ++i)
+    {
+        for (int component = 0; component < array->GetNumberOfComponents(); ++component)
+        {
+            values.push_back(array->GetComponent(i, component));
+        }
+    }
+    return values;
 }
 
 void writeGrid(vtkUnstructuredGrid& grid, const std::filesystem::path& path, bool asText)

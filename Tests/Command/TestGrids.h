@@ -58,6 +58,16 @@ void addCellNumbers(vtkUnstructuredGrid& grid, const std::string& name, const st
 /// 1 + 2 x - 3 y + 5 z
 double linear(const Point& point);
 
+/// Cubes of edge 1 along the x axis and along the y axis up to 10, with the double array "constant", 4 everywhere.
+vtkSmartPointer<vtkUnstructuredGrid> angle();
+
+/// Cubes of edge 0.5 on the diagonal of the angle's box, from the corner of the angle to places far from it; in one
+/// chain, or the far ones apart.
+vtkSmartPointer<vtkUnstructuredGrid> diagonal(bool isChain);
+
+/// The values of a point-data array, in double precision whatever theirs is.
+std::vector<double> valuesOf(vtkUnstructuredGrid& grid, const std::string& name);
+
 void writeGrid(vtkUnstructuredGrid& grid, const std::filesystem::path& path, bool asText = false);
 vtkSmartPointer<vtkUnstructuredGrid> readGrid(const std::filesystem::path& path);
 

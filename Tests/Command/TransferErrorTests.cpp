@@ -82,9 +82,9 @@ TEST_F(TransferError, UsageMustBeRight)
     expect(64, "A subcommand is required (see --help)", {});
     expect(64, "--output is required (see --help)", {"transfer", "source.vtu", "target.vtu"});
     expect(64, "TARGET is required (see --help)", {"transfer", "source.vtu", "-o", "out.vtu"});
-    expectTransfer(64, "--mode: 3 not in {0,1,2} (see --help)", {"--mode", "3"});
+    expectTransfer(64, "--outside: 3 not in {error,default,propagate,0,1,2} (see --help)", {"--mode", "3"});
     expectTransfer(64, "--field T is given twice", {"--field", "T", "--field", "U", "--field", "T"});
-    expectTransfer(64, "--default has an effect only together with --mode 1", {"--default", "5"});
+    expectTransfer(64, "--default has an effect only together with --outside default", {"--default", "5"});
     expectTransfer(64, "the tolerance 0 is not between 0 and 1", {"--tolerance", "0"});
     expectTransfer(64, "Could not convert: --tolerance = fine (see --help)", {"--tolerance", "fine"});
     expect(64, "the output 'out.vtp' is not named .vtu or .vtk",

@@ -1,0 +1,64 @@
+/// What transfers to meshes and to points can be told alike.
+#ifndef VELTRANE_COMMAND_TRANSFER_ARGUMENTS_H
+#define VELTRANE_COMMAND_TRANSFER_ARGUMENTS_H
+
+#include "FieldChoice.h"
+#include "MeshFile.h"
+#include "Transfer.h"
+
+#include <CLI/CLI.hpp>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace veltrane
+{
+
+/// The options themselves, with their addition to a subcommand.
+struct TransferArguments
+{
+    std::vector<std::string> fields{};
+    bool cellsAsNodes = false;
+    std::vector<std::string> classOneOnly{};
+    std::string outside = "error";
+    std::vector<std::string> defaults{};
+    Tuning tuning{};
+
+    /// \param points       what receives the values: "nodes"
+    /// \param canPropagate whether these have neighbours
+    void addFields(CLI::App& command);
+    void addOutside(CLI::App& command, const std::string& points, bool canPropagate);
+    void addTuning(CLI::App& command);
+
+    /// All but what is said of single fields. Throws InvalidOption if the options contradict each other.
+    ///
+    /// \param hasStates  whether materials are given state codes
+    TransferOptions options(bool hasStates) const;
+
+    /// The fields of the source that are to be transferred, and what is said of each of them. Throws BadFile if a name
+    /// is not that of a field.
+    std::vector<ChosenField> chooseFields(const MeshFile& source) const;
+    std::vector<FieldOptions> fieldOptions(const std::vector<ChosenField>& chosen) const;
+};
+
+/// The fields under their new names. Throws BadFile.
+std::vector<Field> readFields(const MeshFile& source, const std::vector<ChosenField>& chosen);
+
+/// The point array of the output that tells where the values of each point come from.
+IntegerArray validPointMask(const std::vector<ValueOrigin>& origins);
+
+/// For the help texts.
+inline constexpr const char* validPointMaskHelp =
+    "The point array vtkValidPointMask of the output is 1 where an element of the source has given the\n"
+    "values, 2 where neighbours have, -1 where they are default values, and 0 where there are none: at\n"
+    "points of no cell or of materials that are not mapped, which hold the default value, and at those\n"
+    "that propagation could not reach, which hold 0.\n\n";
+
+/// Writes the library's statistics log. Throws CannotWrite with nothing but the reason.
+void writeLog(const TransferResult& result, const std::filesystem::path& path);
+
+} // namespace veltrane
+
+#endif
