@@ -1,0 +1,108 @@
+#include "InfoCommand.h"
+
+#include "FileContents.h"
+#include "Interruption.h"
+#include "Report.h"
+#include "Text.h"
+
+#include <cmath>
+#include <iostream>
+
+namespace veltrane
+{
+namespace
+{
+
+constexpr int digits = 6;
+
+std::string number(double value)
+{
+    return std::isnan(value) ? "-" : inDigits(digits, value);
+}
+
+void addRows(TextTable& table, std::string_view place, const std::vector<ArrayContents>& arrays)
+{
+    for (const ArrayContents& array : arrays)
+    {
+        table.addRow({array.name, std::string(place), array.type, std::to_string(array.componentCount),
+                      number(array.min), number(array.max)});
+    }
+}
+
+void printArrays(std::ostream& stream, const FileContents& contents)
+{
+    if (contents.pointArrays.empty() && contents.cellArrays.empty() && contents.otherArrays.empty())
+    {
+        printLine(stream, "arrays", "none");
+        return;
+    }
+    TextTable table(1);
+    table.addRow({"array", "of", "type", "components", "min", "max"});
+    addRows(table, "points", contents.pointArrays);
+    addRows(table, "cells", contents.cellArrays);
+    addRows(table, "file", contents.otherArrays);
+    table.print(stream);
+}
+
+std::string cellText(const FileContents& contents)
+{
+    std::vector<std::string> parts;
+    for (const CellContents& cells : contents.cells)
+    {
+        parts.push_back(oneOrMore(cells.count, cells.name, cells.plural));
+    }
+    return joined(parts);
+}
+
+void printSteps(std::ostream& stream, const std::vector<double>& times)
+{
+    if (!times.empty())
+    {
+        printLine(
+            stream, "steps",
+            text(times.size(), ", times ", inDigits(digits, times.front()), " to ", inDigits(digits, times.back())));
+    }
+}
+
+void print(std::ostream& stream, const std::string& file, const FileContents& contents)
+{
+    printLine(stream, "file", file);
+    printLine(stream, "points", std::to_string(contents.pointCount));
+    printLine(stream, "cells", contents.cells.empty() ? "none" : cellText(contents));
+    for (std::size_t axis = 0; axis < 3 && contents.pointCount > 0; ++axis)
+    {
+        printLine(stream, axis == 0 ? "box" : "",
+                  text("xyz"[axis], " = ", inDigits(digits, contents.min[axis]), " to ",
+                       inDigits(digits, contents.max[axis])));
+    }
+    if (contents.materialArray)
+    {
+        printLine(stream, "materials", text("numbered by '", *contents.materialArray, "'"));
+    }
+    printSteps(stream, contents.stepTimes);
+    printArrays(stream, contents);
+}
+
+} // namespace
+
+InfoCommand::InfoCommand(CLI::App& app) : command_(app.add_subcommand("info", "Tells what is in mesh and point files"))
+{
+    command_->add_option("FILE", files_, "files of any format that can be read")->required()->type_name("");
+    command_->footer("Example:\n"
+                     "  veltrane info thermal.vtu structure.exo\n\n"
+                     "Of an Exodus file it is the last step.\n");
+}
+
+ExitStatus InfoCommand::run() const
+{
+    for (std::size_t i = 0; i < files_.size(); ++i)
+    {
+        const FileContents contents = readContents(files_[i]);
+        throwIfInterrupted();
+        std::cout << (i == 0 ? "" : "\n");
+        print(std::cout, files_[i], contents);
+    }
+    return ExitStatus::done;
+}
+
+} // namespace veltrane

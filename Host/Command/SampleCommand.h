@@ -1,0 +1,38 @@
+/// veltrane sample
+#ifndef VELTRANE_COMMAND_SAMPLE_COMMAND_H
+#define VELTRANE_COMMAND_SAMPLE_COMMAND_H
+
+#include "Companion.h"
+#include "ExitStatus.h"
+#include "MeshPair.h"
+#include "TransferArguments.h"
+
+#include <CLI/CLI.hpp>
+
+namespace veltrane
+{
+
+/// Samples the point data of a mesh file at points.
+class SampleCommand
+{
+public:
+    /// Adds the subcommand.
+    explicit SampleCommand(CLI::App& app);
+    SampleCommand(const SampleCommand&) = delete;
+    SampleCommand& operator=(const SampleCommand&) = delete;
+
+    bool isChosen() const { return command_->parsed(); }
+
+    /// Throws what the host side throws.
+    ExitStatus run() const;
+
+private:
+    CLI::App* command_;
+    MeshPairArguments files_;
+    TransferArguments arguments_;
+    CompanionOption log_{"--log", "", "keep the statistics log of the search"};
+};
+
+} // namespace veltrane
+
+#endif

@@ -1,0 +1,133 @@
+#include "FileContents.h"
+
+#include "DataSetReader.h"
+#include "FieldArrays.h"
+#include "GridElements.h"
+#include "VtkCells.h"
+
+#include <vtkCellData.h>
+#include <vtkDataArray.h>
+#include <vtkFieldData.h>
+#include <vtkPointData.h>
+#include <vtkPointSet.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <map>
+
+namespace veltrane
+{
+namespace
+{
+
+constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+
+ArrayContents contentsOf(vtkAbstractArray& array)
+{
+    ArrayContents contents{.name = array.GetName() == nullptr ? "" : array.GetName(),
+                           .type = array.GetDataTypeAsString(),
+                           .componentCount = array.GetNumberOfComponents(),
+                           .tupleCount = array.GetNumberOfTuples(),
+                           .min = notANumber,
+                           .max = notANumber};
+    if (auto* numbers = vtkDataArray::SafeDownCast(&array))
+    {
+        for (vtkIdType tuple = 0; tuple < numbers->GetNumberOfTuples(); ++tuple)
+        {
+            for (int component = 0; component < numbers->GetNumberOfComponents(); ++component)
+            {
+                const double value = numbers->GetComponent(tuple, component);
+                contents.min = std::fmin(contents.min, value); // takes the other one if one is not a number
+                contents.max = std::fmax(contents.max, value);
+            }
+        }
+    }
+    return contents;
+}
+
+std::vector<ArrayContents> contentsOf(vtkFieldData& data)
+{
+    std::vector<ArrayContents> contents;
+    for (int i = 0; i < data.GetNumberOfArrays(); ++i)
+    {
+        contents.push_back(contentsOf(*data.GetAbstractArray(i)));
+    }
+    return contents;
+}
+
+CellContents describe(int cellType, long long count)
+{
+    if (const VtkCellKind* kind = findVtkCellKind(cellType))
+    {
+        const ElementKindInfo& info = *findElementKind(kind->kind);
+        return {std::string(info.name), std::string(info.plural), count};
+    }
+    return {vtkCellName(cellType), vtkCellName(cellType), count};
+}
+
+/// Kinds that differ in nothing but the order of their points are one.
+std::vector<CellContents> countCells(vtkPointSet& dataSet)
+{
+    std::map<int, long long> counts;
+    for (vtkIdType cell = 0; cell < dataSet.GetNumberOfCells(); ++cell)
+    {
+        ++counts[dataSet.GetCellType(cell)];
+    }
+    std::vector<CellContents> cells;
+    for (const auto& [cellType, count] : counts)
+    {
+        const CellContents described = describe(cellType, count);
+        const auto found = std::ranges::find(cells, described.name, &CellContents::name);
+        if (found != cells.end())
+        {
+            found->count += count;
+        }
+        else
+        {
+            cells.push_back(described);
+        }
+    }
+    return cells;
+}
+
+std::optional<std::string> materialArrayOf(vtkPointSet& dataSet, const std::filesystem::path& path)
+{
+    for (vtkDataSetAttributes* data : {static_cast<vtkDataSetAttributes*>(dataSet.GetCellData()),
+                                       static_cast<vtkDataSetAttributes*>(dataSet.GetPointData())})
+    {
+        if (vtkDataArray* array = findMaterialArray(*data, std::nullopt, path))
+        {
+            return array->GetName();
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+FileContents readContents(const std::filesystem::path& path)
+{
+    const vtkSmartPointer<vtkPointSet> dataSet = readPoints(path);
+    checkTupleCounts(*dataSet, path);
+    FileContents contents{.pointCount = dataSet->GetNumberOfPoints(),
+                          .cellCount = dataSet->GetNumberOfCells(),
+                          .cells = countCells(*dataSet),
+                          .min = {},
+                          .max = {},
+                          .pointArrays = contentsOf(*dataSet->GetPointData()),
+                          .cellArrays = contentsOf(*dataSet->GetCellData()),
+                          .otherArrays = contentsOf(*dataSet->GetFieldData()),
+                          .materialArray = materialArrayOf(*dataSet, path),
+                          .stepTimes = readStepTimes(path)};
+    double bounds[6];
+    dataSet->GetBounds(bounds);
+    for (int axis = 0; axis < 3; ++axis)
+    {
+        contents.min[axis] = bounds[2 * axis];
+        contents.max[axis] = bounds[2 * axis + 1];
+    }
+    return contents;
+}
+
+} // namespace veltrane

@@ -1,0 +1,52 @@
+/// What is in a file, without making anything of it.
+#ifndef VELTRANE_HOST_FILE_CONTENTS_H
+#define VELTRANE_HOST_FILE_CONTENTS_H
+
+#include "FileErrors.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace veltrane
+{
+
+struct ArrayContents
+{
+    std::string name;
+    std::string type; ///< of VTK: "double"
+    int componentCount;
+    long long tupleCount;
+    double min; ///< over all components; not a number if there are no numbers
+    double max;
+};
+
+/// Cells of one type.
+struct CellContents
+{
+    std::string name; ///< "tetrahedron", or VTK's name if no element corresponds
+    std::string plural;
+    long long count;
+};
+
+struct FileContents
+{
+    long long pointCount;
+    long long cellCount;
+    std::vector<CellContents> cells;
+    double min[3];
+    double max[3];
+    std::vector<ArrayContents> pointArrays;
+    std::vector<ArrayContents> cellArrays;
+    std::vector<ArrayContents> otherArrays; ///< of neither points nor cells
+    std::optional<std::string> materialArray;
+    std::vector<double> stepTimes;
+};
+
+/// Of a mesh file or a point file. Throws NoInput or BadFile, naming the file and what is wrong.
+FileContents readContents(const std::filesystem::path& path);
+
+} // namespace veltrane
+
+#endif

@@ -1,0 +1,98 @@
+#include "PointFile.h"
+
+#include "DataSetReader.h"
+#include "DataSetWriter.h"
+#include "FieldArrays.h"
+#include "GridElements.h"
+#include "Text.h"
+
+#include <vtkIntArray.h>
+#include <vtkNew.h>
+#include <vtkPointData.h>
+#include <vtkPointSet.h>
+
+#include <algorithm>
+#include <numeric>
+#include <utility>
+
+namespace veltrane
+{
+
+struct PointFile::Contents
+{
+    std::filesystem::path path;
+    vtkSmartPointer<vtkPointSet> dataSet;
+    std::optional<PointCloud> points;
+    bool hasMaterials = false;
+};
+
+PointFile::PointFile(const std::filesystem::path& path, const std::optional<std::string>& materialArray)
+    : contents_(std::make_unique<Contents>())
+{
+    contents_->path = path;
+    contents_->dataSet = readPoints(path);
+    vtkPointSet& dataSet = *contents_->dataSet;
+    checkTupleCounts(dataSet, path);
+    vtkDataArray* array = findMaterialArray(*dataSet.GetPointData(), materialArray, path);
+    contents_->hasMaterials = array != nullptr;
+    std::vector<vtkIdType> numbers(static_cast<std::size_t>(dataSet.GetNumberOfPoints()));
+    std::iota(numbers.begin(), numbers.end(), vtkIdType{0});
+    MaterialNumbers materials = readMaterials(array, numbers, "point", path);
+    try
+    {
+        contents_->points.emplace(readCoordinates(dataSet, path), std::move(materials.materialPerItem),
+                                  std::move(materials.materials));
+    }
+    catch (const InvalidData& error)
+    {
+        throw BadFile(text(quoted(path), ": ", error.what()));
+    }
+}
+
+PointFile::~PointFile() = default;
+PointFile::PointFile(PointFile&&) noexcept = default;
+PointFile& PointFile::operator=(PointFile&&) noexcept = default;
+
+const std::filesystem::path& PointFile::path() const
+{
+    return contents_->path;
+}
+
+PointCloud& PointFile::points()
+{
+    return *contents_->points;
+}
+
+const PointCloud& PointFile::points() const
+{
+    return *contents_->points;
+}
+
+bool PointFile::hasMaterials() const
+{
+    return contents_->hasMaterials;
+}
+
+bool PointFile::hasArray(const std::string& name) const
+{
+    return contents_->dataSet->GetPointData()->HasArray(name.c_str()) != 0;
+}
+
+void PointFile::writeWith(std::span<const Field> fields, const std::string& arrayName, std::span<const int> array,
+                          const std::filesystem::path& path) const
+{
+    const auto dataSet = vtkSmartPointer<vtkPointSet>::Take(contents_->dataSet->NewInstance());
+    dataSet->ShallowCopy(contents_->dataSet);
+    for (const Field& field : fields)
+    {
+        dataSet->GetPointData()->AddArray(toArray(field));
+    }
+    vtkNew<vtkIntArray> numbers;
+    numbers->SetName(arrayName.c_str());
+    numbers->SetNumberOfValues(static_cast<vtkIdType>(array.size()));
+    std::ranges::copy(array, numbers->GetPointer(0));
+    dataSet->GetPointData()->AddArray(numbers);
+    writeDataSet(*dataSet, path);
+}
+
+} // namespace veltrane
