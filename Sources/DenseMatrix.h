@@ -3,6 +3,8 @@
 #ifndef VELTRANE_DENSE_MATRIX_H
 #define VELTRANE_DENSE_MATRIX_H
 
+#include "VectorHelpers.h"
+
 /// Inverts the row-major 3 x 3 matrix a into b. A zero determinant leaves the adjugate in b.
 char* invMatrix33(const float (&a)[3][3], float (&b)[3][3]);
 
@@ -13,8 +15,8 @@ char* invMatrix33(const double (&a)[3][3], double (&b)[3][3]);
 /// cannot be inverted is left as it was.
 char* invMatrix(float* matrix, int n);
 
-/// What both invMatrix33 do, without a text: false if the determinant is exactly 0.
-template <class Real> bool invertMatrix33(const Real (&a)[3][3], Real (&b)[3][3])
+/// The adjugate of a; returns its determinant.
+template <class Number> Number adjugate33(const Number (&a)[3][3], Number (&b)[3][3])
 {
     b[0][0] = a[1][1] * a[2][2] - a[1][2] * a[2][1];
     b[1][0] = -a[1][0] * a[2][2] + a[1][2] * a[2][0];
@@ -25,19 +27,31 @@ template <class Real> bool invertMatrix33(const Real (&a)[3][3], Real (&b)[3][3]
     b[0][2] = a[0][1] * a[1][2] - a[0][2] * a[1][1];
     b[1][2] = -a[0][0] * a[1][2] + a[0][2] * a[1][0];
     b[2][2] = a[0][0] * a[1][1] - a[0][1] * a[1][0];
-    const Real determinant = a[0][0] * b[0][0] + a[0][1] * b[1][0] + a[0][2] * b[2][0];
-    if (determinant == Real{0})
-    {
-        return false;
-    }
-    const auto reciprocal = static_cast<float>(1.0 / determinant);
+    return a[0][0] * b[0][0] + a[0][1] * b[1][0] + a[0][2] * b[2][0];
+}
+
+/// Divides an adjugate by its determinant, whose reciprocal is rounded to single.
+template <class Number> void divideAdjugate33(Number (&b)[3][3], const Number& determinant)
+{
+    const auto reciprocal = single(1.0 / wide(determinant));
     for (auto& row : b)
     {
-        for (Real& value : row)
+        for (Number& value : row)
         {
             value *= reciprocal;
         }
     }
+}
+
+/// What both invMatrix33 do, without a text: false if the determinant is exactly 0.
+template <class Real> bool invertMatrix33(const Real (&a)[3][3], Real (&b)[3][3])
+{
+    const Real determinant = adjugate33(a, b);
+    if (determinant == Real{0})
+    {
+        return false;
+    }
+    divideAdjugate33(b, determinant);
     return true;
 }
 

@@ -145,9 +145,9 @@ bool MappingClass::interpolateAt(Location pointKind, ComputationRun& run, Progre
 {
     OwnedArray<TargetPoint> points;
     OwnedArray<LocatedPoint> located;
-    OwnedArray<PointLocator::BatchOrder> order;
-    const std::int64_t capacity = std::min<std::int64_t>(progress.total(), PointLocator::batchCapacity);
-    if (!points.allocate(capacity) || !located.allocate(capacity) || !order.allocate(capacity))
+    OwnedArray<BatchEntry> order;
+    const std::int64_t capacity = std::min(progress.total(), batchCapacity);
+    if (!points.allocate(capacity) || !located.allocate(capacity) || !order.allocate(2 * capacity))
     {
         fail(run.buffer,
              "Allocation of the target points is not possible in MappingClass::interpolation() function.\n");
@@ -158,7 +158,7 @@ bool MappingClass::interpolateAt(Location pointKind, ComputationRun& run, Progre
     const auto finishBatch = [&]
     {
         const bool isJumping =
-            locator.locate({points.get(), nbPoints}, {located.get(), nbPoints}, {order.get(), nbPoints});
+            locator.locate({points.get(), nbPoints}, {located.get(), nbPoints}, {order.get(), 2 * nbPoints});
         for (std::size_t i = 0; i < nbPoints; ++i)
         {
             constexpr std::size_t ahead = 8;

@@ -1,71 +1,82 @@
 #include "PointLocator.h"
 
-#include "BoxTest.h"
+#include "BucketBoxes.h"
+#include "PackedInversion.h"
 #include "Prefetch.h"
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdlib>
 
 namespace
 {
-/// Points that travel through the stages of locate() together: enough to hide the way to memory, few enough that what
-/// was fetched for them is still there when it is needed.
-constexpr std::size_t groupSize = 16;
-
-/// Candidates that a point's box tests keep at a time; more are tested when these have been refused.
-constexpr int maxNbCandidates = 24;
-
-// An entry of the order in which a batch is visited: a point's bucket, and its position in the batch. Sorted, the
-// entries go through the grid; a point outside, in bucket -1, comes first.
-constexpr int positionBits = 16;
-static_assert(PointLocator::batchCapacity == 1 << positionBits);
-
-PointLocator::BatchOrder entryOf(std::int64_t bucket, std::size_t position)
-{
-    return static_cast<PointLocator::BatchOrder>(bucket + 1) << positionBits | position;
-}
-
-std::int64_t bucketOf(PointLocator::BatchOrder entry)
-{
-    return static_cast<std::int64_t>(entry >> positionBits) - 1;
-}
-
-std::size_t positionOf(PointLocator::BatchOrder entry)
-{
-    return entry & (PointLocator::batchCapacity - 1);
-}
-
-float largestMagnitude(const ModelClass& mesh)
-{
-    float largest = 0.0F;
-    for (int node = 0; node < mesh.itsNbNodes; ++node)
-    {
-        for (const float coordinate : mesh.itsNodeCoords[node])
-        {
-            largest = std::max(largest, std::fabs(coordinate));
-        }
-    }
-    return largest;
-}
+/// Points that travel through the stages of locate() together: enough to hide the way to memory and to fill packs, few
+/// enough that what was fetched for them is still there when it is needed.
+constexpr std::size_t groupSize = 64;
 } // namespace
 
 struct PointLocator::InFlight
 {
-    std::size_t position = 0; ///< of the point in the batch
+    LocatedPoint* located = nullptr;
     Vector3 point{};
     int matlState = 0;
-    std::span<const int> items; ///< elements of the bucket that have not been tested yet
-    int nbCandidates = 0;
-    std::array<int, maxNbCandidates> candidates;
+    std::int64_t bucket = -1;
+    std::span<const int> items;  ///< elements of the bucket that have not been tested yet
+    const int* tested = nullptr; ///< the elements that were tested last
+    ItemSet candidates = 0;      ///< those of them whose box holds the point and that were not tried yet
+    int candidate = -1;          ///< the element that is to be tried
+};
+
+class PointLocator::Waiting
+{
+public:
+    void add(InFlight& flight, int typeCode)
+    {
+        Stack& stack = itsStacks[static_cast<std::size_t>(typeCode)];
+        stack.flights[stack.size++] = &flight;
+    }
+
+    /// Takes a full pack of any kind if there is one, or else all of a kind that has some: the number of flights, and
+    /// the kind's type code.
+    std::size_t take(std::array<InFlight*, packSize>& flights, int& typeCode)
+    {
+        std::size_t kind = itsLastKind;
+        for (std::size_t i = 0; i < nbStacks && itsStacks[kind].size < packSize; ++i)
+        {
+            kind = itsStacks[i].size > itsStacks[kind].size ? i : kind;
+        }
+        itsLastKind = kind;
+        typeCode = static_cast<int>(kind);
+        Stack& stack = itsStacks[kind];
+        const std::size_t nbTaken = std::min(stack.size, packSize);
+        stack.size -= nbTaken;
+        std::copy_n(stack.flights.begin() + static_cast<std::ptrdiff_t>(stack.size), nbTaken, flights.begin());
+        return nbTaken;
+    }
+
+private:
+    static constexpr std::size_t nbStacks = nbTypeCodes;
+    struct Stack
+    {
+        std::size_t size = 0;
+        std::array<InFlight*, groupSize> flights;
+    };
+    std::size_t itsLastKind = 0;
+    std::array<Stack, nbStacks> itsStacks;
+};
+
+struct PointLocator::CurrentBucket
+{
+    std::int64_t bucket = -1;
+    BucketBoxes boxes;
 };
 
 PointLocator::PointLocator(const ModelClass& sourceModel, const BoxTable& boxes, const BucketSpaceClass& space,
                            float precisionFactor)
     : itsMesh(sourceModel), itsBoxes(boxes), itsSpace(space), itsPrecisionFactor(precisionFactor),
       itsHasOneMatlState(std::all_of(sourceModel.itsMatlStates, sourceModel.itsMatlStates + sourceModel.itsNbMatls,
-                                     [&](int state) { return state == sourceModel.itsMatlStates[0]; })),
-      itsTetrahedronRefusal(precisionFactor, largestMagnitude(sourceModel))
+                                     [&](int state) { return state == sourceModel.itsMatlStates[0]; }))
 {
 }
 
@@ -88,34 +99,33 @@ LocatedPoint PointLocator::search(const Vector3& point, int matlState) const
 }
 
 bool PointLocator::locate(std::span<const TargetPoint> points, std::span<LocatedPoint> located,
-                          std::span<BatchOrder> order) const
+                          std::span<BatchEntry> order) const
 {
+    const auto entries = order.first(points.size());
     for (std::size_t i = 0; i < points.size(); ++i)
     {
-        order[i] = entryOf(itsSpace.bucketOfPoint(points[i].position), i);
+        entries[i] = entryOf(itsSpace.bucketOfPoint(points[i].position), i);
     }
-    const bool isJumping = isOrderJumping(order);
-    if (isJumping)
-    {
-        std::sort(order.begin(), order.end());
-    }
+    const bool isJumping = isOrderJumping(entries);
+    sortByBucket(entries, order.subspan(points.size()));
+    CurrentBucket bucket;
     for (std::size_t first = 0; first < points.size(); first += groupSize)
     {
-        const auto group = order.subspan(first, std::min(groupSize, points.size() - first));
+        const auto group = entries.subspan(first, std::min(groupSize, points.size() - first));
         if (isJumping)
         {
-            locateGroup<true>(points, located, group);
+            locateGroup<true>(points, located, group, bucket);
         }
         else
         {
-            locateGroup<false>(points, located, group);
+            locateGroup<false>(points, located, group, bucket);
         }
     }
     return isJumping;
 }
 
 /// Whether points in a row often lie far from each other, so that the memory of one is of no use to the next.
-bool PointLocator::isOrderJumping(std::span<const BatchOrder> order) const
+bool PointLocator::isOrderJumping(std::span<const BatchEntry> order) const
 {
     constexpr std::int64_t cachedBuckets = 4096;
     const std::int64_t farApart = itsSpace.nbBuckets() / 16;
@@ -129,13 +139,13 @@ bool PointLocator::isOrderJumping(std::span<const BatchOrder> order) const
 
 template <bool prefetching>
 void PointLocator::locateGroup(std::span<const TargetPoint> points, std::span<LocatedPoint> located,
-                               std::span<const BatchOrder> order) const
+                               std::span<const BatchEntry> order, CurrentBucket& bucket) const
 {
     std::array<InFlight, groupSize> flights;
     const std::span group(flights.data(), order.size());
     if constexpr (prefetching)
     {
-        for (const BatchOrder entry : order)
+        for (const BatchEntry entry : order)
         {
             itsSpace.prefetchBucket(bucketOf(entry));
         }
@@ -143,27 +153,38 @@ void PointLocator::locateGroup(std::span<const TargetPoint> points, std::span<Lo
     for (std::size_t i = 0; i < order.size(); ++i)
     {
         InFlight& flight = group[i];
-        flight.position = positionOf(order[i]);
-        flight.point = points[flight.position].position;
-        flight.matlState = points[flight.position].matlState;
-        flight.items = itsSpace.itemsForSearch(bucketOf(order[i]));
+        const std::size_t position = positionOf(order[i]);
+        flight.located = &located[position];
+        flight.point = points[position].position;
+        flight.matlState = points[position].matlState;
+        flight.bucket = bucketOf(order[i]);
+        if (!itsHasOneMatlState || flight.matlState == itsMesh.itsMatlStates[0])
+        {
+            flight.items = itsSpace.itemsForSearch(flight.bucket);
+        }
     }
     if constexpr (prefetching)
     {
         prefetchLists(group);
         prefetchBoxes(group);
     }
-    for (InFlight& flight : group)
-    {
-        collectCandidates<prefetching>(flight);
-    }
+    testBoxes(group, bucket);
     if constexpr (prefetching)
     {
         prefetchNodes(group);
     }
+    Waiting waiting;
     for (InFlight& flight : group)
     {
-        located[flight.position] = firstAccepting(flight);
+        *flight.located = {};
+        wait(flight, waiting);
+    }
+    std::array<InFlight*, packSize> taken{};
+    int typeCode = 0;
+    while (const std::size_t nbTaken = waiting.take(taken, typeCode))
+    {
+        const std::span<InFlight* const> tried(taken.data(), nbTaken);
+        visitElementKind(typeCode, [&]<class Kind>(Kind) { tryCandidates<Kind>(tried, waiting); });
     }
 }
 
@@ -177,8 +198,14 @@ void PointLocator::prefetchLists(std::span<InFlight> group) const
 
 void PointLocator::prefetchBoxes(std::span<InFlight> group) const
 {
+    const int* last = nullptr;
     for (const InFlight& flight : group)
     {
+        if (flight.items.data() == last)
+        {
+            continue;
+        }
+        last = flight.items.data();
         for (const int elt : flight.items)
         {
             prefetch(boxValues(itsBoxes, elt));
@@ -191,53 +218,6 @@ void PointLocator::prefetchBoxes(std::span<InFlight> group) const
     }
 }
 
-/// Takes elements from the point's list as long as there is room for candidates.
-template <bool prefetching> void PointLocator::collectCandidates(InFlight& flight) const
-{
-    flight.nbCandidates = 0;
-    while (!flight.items.empty() && flight.nbCandidates < maxNbCandidates)
-    {
-        // No more are tested at a time than there is room for.
-        const std::size_t room = maxNbCandidates - static_cast<std::size_t>(flight.nbCandidates);
-        const std::size_t nbTested = std::min(flight.items.size(), room);
-        if (itsHasOneMatlState)
-        {
-            collectFrom(flight, nbTested, [](int) { return true; });
-        }
-        else
-        {
-            collectFrom(flight, nbTested, [&](int elt) { return itsMesh.matlStateOfItem(elt) == flight.matlState; });
-        }
-    }
-    if constexpr (prefetching)
-    {
-        for (int i = 0; i < flight.nbCandidates; ++i)
-        {
-            prefetch(itsMesh.itsConnectivity + flight.candidates[static_cast<std::size_t>(i)]);
-            prefetch(itsMesh.itsEltTypes + flight.candidates[static_cast<std::size_t>(i)]);
-        }
-    }
-}
-
-/// Tests the next `nbTested` elements of the point's list. Each is written as a candidate and counted only if it is
-/// one: there is no branch to guess wrong.
-template <class HasState>
-void PointLocator::collectFrom(InFlight& flight, std::size_t nbTested, HasState hasState) const
-{
-    const BoxTest isInBox(flight.point);
-    const float* boxes = itsBoxes.values();
-    const int* items = flight.items.data();
-    int* next = flight.candidates.data() + flight.nbCandidates;
-    for (std::size_t i = 0; i < nbTested; ++i)
-    {
-        const int elt = items[i];
-        *next = elt;
-        next += hasState(elt) && isInBox(boxes + 6 * static_cast<std::int64_t>(elt)) ? 1 : 0;
-    }
-    flight.nbCandidates = static_cast<int>(next - flight.candidates.data());
-    flight.items = flight.items.subspan(nbTested);
-}
-
 /// In two steps, since a node's number must be there before its coordinates can be fetched.
 void PointLocator::prefetchNodes(std::span<InFlight> group) const
 {
@@ -245,68 +225,141 @@ void PointLocator::prefetchNodes(std::span<InFlight> group) const
     {
         for (const InFlight& flight : group)
         {
-            for (int i = 0; i < flight.nbCandidates; ++i)
+            for (ItemSet candidates = flight.candidates; candidates != 0;)
             {
-                const int elt = flight.candidates[static_cast<std::size_t>(i)];
-                visit(itsMesh.itsConnectivity[elt], itsMesh.nbNodesOfElt(elt));
+                visit(flight.tested[takeFirst(candidates)]);
             }
         }
     };
-    forEachCandidate([](const int* nodeNumbers, int nbNodes) { prefetchRange(nodeNumbers, nodeNumbers + nbNodes); });
     forEachCandidate(
-        [this](const int* nodeNumbers, int nbNodes)
+        [this](int elt)
         {
-            for (int i = 0; i < nbNodes; ++i)
+            prefetch(itsMesh.itsConnectivity + elt);
+            prefetch(itsMesh.itsEltTypes + elt);
+        });
+    forEachCandidate(
+        [this](int elt)
+        {
+            const int* nodeNumbers = itsMesh.itsConnectivity[elt];
+            prefetchRange(nodeNumbers, nodeNumbers + itsMesh.nbNodesOfElt(elt));
+        });
+    forEachCandidate(
+        [this](int elt)
+        {
+            const int* nodeNumbers = itsMesh.itsConnectivity[elt];
+            for (int i = 0; i < itsMesh.nbNodesOfElt(elt); ++i)
             {
                 prefetch(itsMesh.itsNodeCoords + nodeNumbers[i]);
             }
         });
 }
 
-LocatedPoint PointLocator::firstAccepting(InFlight& flight) const
+/// Tests the beginning of each point's list. The points come bucket by bucket.
+void PointLocator::testBoxes(std::span<InFlight> group, CurrentBucket& bucket) const
 {
-    if (itsHasOneMatlState && flight.matlState != itsMesh.itsMatlStates[0])
+    for (std::size_t i = 0; i < group.size(); ++i)
     {
-        return {};
-    }
-    while (flight.nbCandidates > 0)
-    {
-        for (int i = 0; i < flight.nbCandidates; ++i)
+        InFlight& flight = group[i];
+        if (flight.items.empty())
         {
-            const int elt = flight.candidates[static_cast<std::size_t>(i)];
-            const Inversion inversion = invert(elt, flight.point);
-            if (inversion.result == Inversion::inside)
-            {
-                return {
-                    .elt = elt, .referenceCoords = inversion.referenceCoords, .nbIterations = inversion.nbIterations};
-            }
-            if (inversion.result == Inversion::singular)
-            {
-                return {.isSingular = true};
-            }
+            continue;
         }
-        collectCandidates<false>(flight);
+        const auto items = flight.items.first(std::min(flight.items.size(), maxItemSetSize));
+        flight.tested = items.data();
+        flight.items = flight.items.subspan(items.size());
+        const bool isCurrent = flight.bucket == bucket.bucket;
+        if (!isCurrent && i + 1 < group.size() && group[i + 1].bucket == flight.bucket)
+        {
+            bucket.bucket = flight.bucket;
+            bucket.boxes.gather(items, itsBoxes.values());
+        }
+        flight.candidates = flight.bucket == bucket.bucket ? bucket.boxes.around(flight.point)
+                                                           : itemsAround(flight.point, items, itsBoxes.values());
     }
-    return {};
 }
 
-Inversion PointLocator::invert(int elt, const Vector3& point) const
+/// Whether there is another element that the point is to be tried in; then it is the flight's candidate.
+bool PointLocator::hasNextCandidate(InFlight& flight) const
 {
-    Inversion inversion;
-    visitElementKind(itsMesh.itsEltTypes[elt],
-                     [&]<class Kind>(Kind)
-                     {
-                         const float* box = boxValues(itsBoxes, elt);
-                         const auto nodes = gatherNodes<Kind>(itsMesh.itsConnectivity[elt], itsMesh.itsNodeCoords);
-                         if constexpr (std::is_same_v<Kind, LinearTetrahedron>)
-                         {
-                             if (itsTetrahedronRefusal.refuses(nodes, box, point))
-                             {
-                                 inversion.result = Inversion::outside;
-                                 return;
-                             }
-                         }
-                         inversion = invertPoint<Kind>(nodes, box, point, itsPrecisionFactor);
-                     });
-    return inversion;
+    while (true)
+    {
+        while (flight.candidates != 0)
+        {
+            flight.candidate = flight.tested[takeFirst(flight.candidates)];
+            if (itsHasOneMatlState || itsMesh.matlStateOfItem(flight.candidate) == flight.matlState)
+            {
+                return true;
+            }
+        }
+        if (flight.items.empty())
+        {
+            return false;
+        }
+        const auto items = flight.items.first(std::min(flight.items.size(), maxItemSetSize));
+        flight.tested = items.data();
+        flight.items = flight.items.subspan(items.size());
+        flight.candidates = itemsAround(flight.point, items, itsBoxes.values());
+    }
+}
+
+void PointLocator::wait(InFlight& flight, Waiting& waiting) const
+{
+    if (!hasNextCandidate(flight))
+    {
+        return;
+    }
+    const int typeCode = itsMesh.itsEltTypes[flight.candidate];
+    if (hasShapeFunctions(typeCode))
+    {
+        waiting.add(flight, typeCode);
+    }
+    else
+    {
+        flight.located->isSingular = true;
+    }
+}
+
+/// Tries at most packSize points in their candidates, all of one kind. Those that are refused wait for their next one.
+template <class Kind> void PointLocator::tryCandidates(std::span<InFlight* const> flights, Waiting& waiting) const
+{
+    std::array<const InFlight*, packSize> lanes;
+    std::array<const int*, packSize> nodeNumbers;
+    std::array<float, packSize> tolerances;
+    for (std::size_t lane = 0; lane < packSize; ++lane)
+    {
+        // Lanes without a point of their own repeat the first.
+        lanes[lane] = flights[lane < flights.size() ? lane : 0];
+        const int elt = lanes[lane]->candidate;
+        nodeNumbers[lane] = itsMesh.itsConnectivity[elt];
+        tolerances[lane] = squaredInversionTolerance(boxValues(itsBoxes, elt), itsPrecisionFactor);
+    }
+    ElementNodes<Kind, FloatPack> nodes;
+    const auto* coords = itsMesh.itsNodeCoords;
+    for (std::size_t i = 0; i < Kind::nbNodes; ++i)
+    {
+        nodes[i] = packOf(coords[nodeNumbers[0][i]], coords[nodeNumbers[1][i]], coords[nodeNumbers[2][i]],
+                          coords[nodeNumbers[3][i]]);
+    }
+    const auto inversions = invertPoints<Kind>(
+        nodes, FloatPack(tolerances[0], tolerances[1], tolerances[2], tolerances[3]),
+        packOf(lanes[0]->point, lanes[1]->point, lanes[2]->point, lanes[3]->point), itsPrecisionFactor);
+    for (std::size_t lane = 0; lane < flights.size(); ++lane)
+    {
+        InFlight& flight = *flights[lane];
+        const Inversion& inversion = inversions[lane];
+        if (inversion.result == Inversion::inside)
+        {
+            *flight.located = {.elt = flight.candidate,
+                               .referenceCoords = inversion.referenceCoords,
+                               .nbIterations = inversion.nbIterations};
+        }
+        else if (inversion.result == Inversion::singular)
+        {
+            flight.located->isSingular = true;
+        }
+        else
+        {
+            wait(flight, waiting);
+        }
+    }
 }

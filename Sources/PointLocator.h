@@ -2,14 +2,14 @@
 ///
 /// search() is the definition: of the elements of the point's bucket, in the order of its list, the first that has the
 /// point's material state, whose box holds the point and whose inversion accepts it. locate() gives the same for many
-/// points at once, and faster: it visits them in the order of their buckets where the target's own order jumps about,
-/// keeps several points in flight so that their memory is on its way before it is needed, tests boxes with vector
-/// instructions, and skips candidates that the inversion would certainly refuse.
+/// points at once, and faster: it visits them bucket by bucket, so that a bucket's boxes are brought together once for
+/// all of its points, it keeps many points in flight so that memory is on its way before it is needed, and it inverts
+/// several points at a time, each in the next of its own candidates.
 #ifndef VELTRANE_POINT_LOCATOR_H
 #define VELTRANE_POINT_LOCATOR_H
 
+#include "BatchEntry.h"
 #include "BucketSpaceClass.h"
-#include "TetrahedronRefusal.h"
 
 #include <cstdint>
 #include <span>
@@ -30,16 +30,12 @@ struct LocatedPoint
     Vector3 referenceCoords{};
     int nbIterations = 0;
     bool isNearMiss = false; ///< in no element, taken to the element with the nearest centre
-    bool isSingular = false; ///< the inversion met a singular Jacobian, on which the process is to end
+    bool isSingular = false; ///< the search ends the process: a singular Jacobian, or no shape functions to invert
 };
 
 class PointLocator
 {
 public:
-    /// How many points locate() takes at most: the more, the nearer neighbours in the order of the buckets are.
-    static constexpr int batchCapacity = 65536;
-    using BatchOrder = std::uint64_t;
-
     /// The objects are borrowed for the locator's lifetime; `boxes` are the inflated boxes of the source elements.
     PointLocator(const ModelClass& sourceModel, const BoxTable& boxes, const BucketSpaceClass& space,
                  float precisionFactor);
@@ -47,33 +43,37 @@ public:
     /// A singular Jacobian ends the process.
     LocatedPoint search(const Vector3& point, int matlState) const;
 
-    /// Locates points[i] into located[i]; `order` is room for as many entries. Returns whether the points jump about. A
-    /// singular Jacobian is noted: the process is to end when that point's turn has come, which a search for it does.
+    /// Locates points[i] into located[i], at most batchCapacity; `order` is room for twice as many entries. Returns
+    /// whether the points jump about. Where the search would end the process that is noted: it is to do so when that
+    /// point's turn has come.
     bool locate(std::span<const TargetPoint> points, std::span<LocatedPoint> located,
-                std::span<BatchOrder> order) const;
+                std::span<BatchEntry> order) const;
 
 private:
     /// A point on its way through the stages of locate().
     struct InFlight;
+    /// Points on their way, by the kind of the element that they are to be tried in next.
+    class Waiting;
+    /// The bucket whose boxes were brought together last.
+    struct CurrentBucket;
 
-    bool isOrderJumping(std::span<const BatchOrder> order) const;
+    bool isOrderJumping(std::span<const BatchEntry> order) const;
     template <bool prefetching>
     void locateGroup(std::span<const TargetPoint> points, std::span<LocatedPoint> located,
-                     std::span<const BatchOrder> order) const;
+                     std::span<const BatchEntry> order, CurrentBucket& bucket) const;
     void prefetchLists(std::span<InFlight> group) const;
     void prefetchBoxes(std::span<InFlight> group) const;
-    template <bool prefetching> void collectCandidates(InFlight& flight) const;
-    template <class HasState> void collectFrom(InFlight& flight, std::size_t nbTested, HasState hasState) const;
     void prefetchNodes(std::span<InFlight> group) const;
-    LocatedPoint firstAccepting(InFlight& flight) const;
-    Inversion invert(int elt, const Vector3& point) const;
+    void testBoxes(std::span<InFlight> group, CurrentBucket& bucket) const;
+    bool hasNextCandidate(InFlight& flight) const;
+    template <class Kind> void tryCandidates(std::span<InFlight* const> flights, Waiting& waiting) const;
+    void wait(InFlight& flight, Waiting& waiting) const;
 
     const ModelClass& itsMesh;
     const BoxTable& itsBoxes;
     const BucketSpaceClass& itsSpace;
     float itsPrecisionFactor;
     bool itsHasOneMatlState = true;
-    TetrahedronRefusal itsTetrahedronRefusal;
 };
 
 #endif

@@ -26,7 +26,7 @@ struct Inversion
     Vector3 referenceCoords{};
 };
 
-template <class Kind> using ElementNodes = std::array<Vector3, Kind::nbNodes>;
+template <class Kind, class Number = float> using ElementNodes = std::array<std::array<Number, 3>, Kind::nbNodes>;
 
 /// Gathers the coordinates of an element's nodes from float[nbNodes][3].
 template <class Kind> ElementNodes<Kind> gatherNodes(const int* nodeNumbers, const float (*nodeCoords)[3])
@@ -41,11 +41,13 @@ template <class Kind> ElementNodes<Kind> gatherNodes(const int* nodeNumbers, con
 }
 
 /// x(xi), summed in node order.
-template <class Kind> Vector3 physicalPosition(const ElementNodes<Kind>& nodes, const Vector3& referenceCoords)
+template <class Kind, class Number>
+std::array<Number, 3> physicalPosition(const std::array<std::array<Number, 3>, Kind::nbNodes>& nodes,
+                                       const std::array<Number, 3>& referenceCoords)
 {
-    NodeValues<Kind::nbNodes> shape;
+    NodeValues<Kind::nbNodes, Number> shape;
     Kind::shapeFunctions(referenceCoords, shape);
-    Vector3 position{};
+    std::array<Number, 3> position{};
     for (std::size_t n = 0; n < Kind::nbNodes; ++n)
     {
         for (std::size_t axis = 0; axis < 3; ++axis)
@@ -57,16 +59,17 @@ template <class Kind> Vector3 physicalPosition(const ElementNodes<Kind>& nodes, 
 }
 
 /// jacobian[i][j] = dx_i / dxi_j, summed in node order.
-template <class Kind>
-void jacobianMatrix(const ElementNodes<Kind>& nodes, const Vector3& referenceCoords, float (&jacobian)[3][3])
+template <class Kind, class Number>
+void jacobianMatrix(const std::array<std::array<Number, 3>, Kind::nbNodes>& nodes,
+                    const std::array<Number, 3>& referenceCoords, Number (&jacobian)[3][3])
 {
-    NodeGradients<Kind::nbNodes> gradients;
+    NodeGradients<Kind::nbNodes, Number> gradients;
     Kind::shapeFunctionDerivatives(referenceCoords, gradients);
     for (std::size_t i = 0; i < 3; ++i)
     {
         for (std::size_t j = 0; j < 3; ++j)
         {
-            float sum = 0.0F;
+            Number sum{};
             for (std::size_t n = 0; n < Kind::nbNodes; ++n)
             {
                 sum += gradients[n][j] * nodes[n][i];
@@ -79,6 +82,15 @@ void jacobianMatrix(const ElementNodes<Kind>& nodes, const Vector3& referenceCoo
 /// Prints the text of a failed matrix inversion and ends the process.
 [[noreturn]] void endOnSingularJacobian();
 
+inline constexpr int maxNbInversionIterations = 100;
+
+/// The squared distance at which an inversion in the element of this box, minimum then maximum, has converged.
+inline float squaredInversionTolerance(const float* box, float precisionFactor)
+{
+    const float extent = std::min({box[3] - box[0], box[4] - box[1], box[5] - box[2]});
+    return power(precisionFactor * extent, 2);
+}
+
 /// Searches the reference coordinates of `point` in an element.
 ///
 /// `box` is the element's inflated box, minimum then maximum; the search has converged when the squared distance to the
@@ -87,9 +99,8 @@ void jacobianMatrix(const ElementNodes<Kind>& nodes, const Vector3& referenceCoo
 template <class Kind>
 Inversion invertPoint(const ElementNodes<Kind>& nodes, const float* box, const Vector3& point, float precisionFactor)
 {
-    constexpr int maxNbIterations = 100;
-    const float extent = std::min({box[3] - box[0], box[4] - box[1], box[5] - box[2]});
-    const float tolerance = power(precisionFactor * extent, 2);
+    constexpr int maxNbIterations = maxNbInversionIterations;
+    const float tolerance = squaredInversionTolerance(box, precisionFactor);
 
     Inversion inversion;
     Vector3& xi = inversion.referenceCoords;

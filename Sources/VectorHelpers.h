@@ -14,12 +14,18 @@ constexpr float single(double value)
     return static_cast<float>(value);
 }
 
-/// |a - b|^2, summed x, y, z; for any two triples that can be indexed.
-template <class A, class B> constexpr float squaredDistance(const A& a, const B& b)
+/// What single-precision values are computed in.
+constexpr double wide(double value)
 {
-    const float dx = a[0] - b[0];
-    const float dy = a[1] - b[1];
-    const float dz = a[2] - b[2];
+    return value;
+}
+
+/// |a - b|^2, summed x, y, z; for any two triples that can be indexed.
+template <class A, class B> constexpr auto squaredDistance(const A& a, const B& b)
+{
+    const auto dx = a[0] - b[0];
+    const auto dy = a[1] - b[1];
+    const auto dz = a[2] - b[2];
     return dx * dx + dy * dy + dz * dz;
 }
 
@@ -31,9 +37,10 @@ inline bool isWithin(const Vector3& a, const Vector3& b, float tolerance)
 }
 
 /// Row-major 3 x 3 matrix times vector.
-constexpr Vector3 matrixTimesVector(const float (&matrix)[3][3], const Vector3& vector)
+template <class Number>
+constexpr std::array<Number, 3> matrixTimesVector(const Number (&matrix)[3][3], const std::array<Number, 3>& vector)
 {
-    Vector3 result{};
+    std::array<Number, 3> result{};
     for (std::size_t i = 0; i < 3; ++i)
     {
         result[i] = matrix[i][0] * vector[0] + matrix[i][1] * vector[1] + matrix[i][2] * vector[2];

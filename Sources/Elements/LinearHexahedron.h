@@ -18,11 +18,12 @@ struct LinearHexahedron
     static constexpr std::array<Vector3, nbGaussPoints> gaussPoints{
         {{-a, -a, -a}, {a, -a, -a}, {a, a, -a}, {-a, a, -a}, {-a, -a, a}, {a, -a, a}, {a, a, a}, {-a, a, a}}};
 
-    static constexpr void shapeFunctions(const Vector3& point, NodeValues<nbNodes>& values)
+    template <class Number>
+    static constexpr void shapeFunctions(const std::array<Number, 3>& point, NodeValues<nbNodes, Number>& values)
     {
-        const double xi = point[0];
-        const double eta = point[1];
-        const double zeta = point[2];
+        const auto xi = wide(point[0]);
+        const auto eta = wide(point[1]);
+        const auto zeta = wide(point[2]);
         values[0] = single(0.125 * (1.0 - xi) * (1.0 - eta) * (1.0 - zeta));
         values[1] = single(0.125 * (1.0 + xi) * (1.0 - eta) * (1.0 - zeta));
         values[2] = single(0.125 * (1.0 + xi) * (1.0 + eta) * (1.0 - zeta));
@@ -33,24 +34,26 @@ struct LinearHexahedron
         values[7] = single(0.125 * (1.0 - xi) * (1.0 + eta) * (1.0 + zeta));
     }
 
-    static constexpr void shapeFunctionDerivatives(const Vector3& point, NodeGradients<nbNodes>& derivatives)
+    template <class Number>
+    static constexpr void shapeFunctionDerivatives(const std::array<Number, 3>& point,
+                                                   NodeGradients<nbNodes, Number>& derivatives)
     {
-        const double xi = point[0];
-        const double eta = point[1];
-        const double zeta = point[2];
+        const auto xi = wide(point[0]);
+        const auto eta = wide(point[1]);
+        const auto zeta = wide(point[2]);
         for (std::size_t face = 0; face < 2; ++face)
         {
             const double sign = face == 0 ? -1.0 : 1.0;
-            const double alongZeta = 1.0 + sign * zeta;
-            Vector3* corner = &derivatives[4 * face];
-            corner[0] = gradient(-0.125 * (1.0 - eta) * alongZeta, -0.125 * (1.0 - xi) * alongZeta,
-                                 0.125 * sign * (1.0 - xi) * (1.0 - eta));
-            corner[1] = gradient(0.125 * (1.0 - eta) * alongZeta, -0.125 * (1.0 + xi) * alongZeta,
-                                 0.125 * sign * (1.0 + xi) * (1.0 - eta));
-            corner[2] = gradient(0.125 * (1.0 + eta) * alongZeta, 0.125 * (1.0 + xi) * alongZeta,
-                                 0.125 * sign * (1.0 + xi) * (1.0 + eta));
-            corner[3] = gradient(-0.125 * (1.0 + eta) * alongZeta, 0.125 * (1.0 - xi) * alongZeta,
-                                 0.125 * sign * (1.0 - xi) * (1.0 + eta));
+            const auto alongZeta = 1.0 + sign * zeta;
+            std::array<Number, 3>* corner = &derivatives[4 * face];
+            setGradient(corner[0], -0.125 * (1.0 - eta) * alongZeta, -0.125 * (1.0 - xi) * alongZeta,
+                        0.125 * sign * (1.0 - xi) * (1.0 - eta));
+            setGradient(corner[1], 0.125 * (1.0 - eta) * alongZeta, -0.125 * (1.0 + xi) * alongZeta,
+                        0.125 * sign * (1.0 + xi) * (1.0 - eta));
+            setGradient(corner[2], 0.125 * (1.0 + eta) * alongZeta, 0.125 * (1.0 + xi) * alongZeta,
+                        0.125 * sign * (1.0 + xi) * (1.0 + eta));
+            setGradient(corner[3], -0.125 * (1.0 + eta) * alongZeta, 0.125 * (1.0 - xi) * alongZeta,
+                        0.125 * sign * (1.0 - xi) * (1.0 + eta));
         }
     }
 

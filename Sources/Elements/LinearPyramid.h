@@ -31,11 +31,12 @@ struct LinearPyramid
         return points;
     }();
 
-    static constexpr void shapeFunctions(const Vector3& point, NodeValues<nbNodes>& values)
+    template <class Number>
+    static constexpr void shapeFunctions(const std::array<Number, 3>& point, NodeValues<nbNodes, Number>& values)
     {
-        const double xi = point[0];
-        const double eta = point[1];
-        const double zeta = point[2];
+        const auto xi = wide(point[0]);
+        const auto eta = wide(point[1]);
+        const auto zeta = wide(point[2]);
         values[0] = single(((1.0 - xi) * (1.0 - eta) - zeta) / 4.0);
         values[1] = single(((1.0 + xi) * (1.0 - eta) - zeta) / 4.0);
         values[2] = single(((1.0 + xi) * (1.0 + eta) - zeta) / 4.0);
@@ -43,15 +44,17 @@ struct LinearPyramid
         values[4] = point[2];
     }
 
-    static constexpr void shapeFunctionDerivatives(const Vector3& point, NodeGradients<nbNodes>& derivatives)
+    template <class Number>
+    static constexpr void shapeFunctionDerivatives(const std::array<Number, 3>& point,
+                                                   NodeGradients<nbNodes, Number>& derivatives)
     {
-        const double xi = point[0];
-        const double eta = point[1];
-        derivatives[0] = gradient(-0.25 * (1.0 - eta), -0.25 * (1.0 - xi), -0.25);
-        derivatives[1] = gradient(0.25 * (1.0 - eta), -0.25 * (1.0 + xi), -0.25);
-        derivatives[2] = gradient(0.25 * (1.0 + eta), 0.25 * (1.0 + xi), -0.25);
-        derivatives[3] = gradient(-0.25 * (1.0 + eta), 0.25 * (1.0 - xi), -0.25);
-        derivatives[4] = {0.0F, 0.0F, 1.0F};
+        const auto xi = wide(point[0]);
+        const auto eta = wide(point[1]);
+        setGradient(derivatives[0], -0.25 * (1.0 - eta), -0.25 * (1.0 - xi), -0.25);
+        setGradient(derivatives[1], 0.25 * (1.0 - eta), -0.25 * (1.0 + xi), -0.25);
+        setGradient(derivatives[2], 0.25 * (1.0 + eta), 0.25 * (1.0 + xi), -0.25);
+        setGradient(derivatives[3], -0.25 * (1.0 + eta), 0.25 * (1.0 - xi), -0.25);
+        setGradient(derivatives[4], 0.0, 0.0, 1.0);
     }
 
     static constexpr void shapeFunctionsAtGaussPoint(std::size_t gaussPoint, NodeValues<nbNodes>& values)

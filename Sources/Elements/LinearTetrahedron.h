@@ -15,23 +15,26 @@ struct LinearTetrahedron
     static constexpr Vector3 initialGuess{0.25F, 0.25F, 0.25F};
     static constexpr std::array<Vector3, nbGaussPoints> gaussPoints{{{0.25F, 0.25F, 0.25F}}};
 
-    static constexpr void shapeFunctions(const Vector3& point, NodeValues<nbNodes>& values)
+    template <class Number>
+    static constexpr void shapeFunctions(const std::array<Number, 3>& point, NodeValues<nbNodes, Number>& values)
     {
-        const double xi = point[0];
-        const double eta = point[1];
-        const double zeta = point[2];
+        const auto xi = wide(point[0]);
+        const auto eta = wide(point[1]);
+        const auto zeta = wide(point[2]);
         values[0] = single(1.0 - xi - eta - zeta);
         values[1] = point[0];
         values[2] = point[1];
         values[3] = point[2];
     }
 
-    static constexpr void shapeFunctionDerivatives(const Vector3&, NodeGradients<nbNodes>& derivatives)
+    template <class Number>
+    static constexpr void shapeFunctionDerivatives(const std::array<Number, 3>&,
+                                                   NodeGradients<nbNodes, Number>& derivatives)
     {
-        derivatives[0] = {-1.0F, -1.0F, -1.0F};
-        derivatives[1] = {1.0F, 0.0F, 0.0F};
-        derivatives[2] = {0.0F, 1.0F, 0.0F};
-        derivatives[3] = {0.0F, 0.0F, 1.0F};
+        setGradient(derivatives[0], -1.0, -1.0, -1.0);
+        setGradient(derivatives[1], 1.0, 0.0, 0.0);
+        setGradient(derivatives[2], 0.0, 1.0, 0.0);
+        setGradient(derivatives[3], 0.0, 0.0, 1.0);
     }
 
     static constexpr void shapeFunctionsAtGaussPoint(std::size_t gaussPoint, NodeValues<nbNodes>& values)

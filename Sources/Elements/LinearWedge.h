@@ -18,11 +18,12 @@ struct LinearWedge
     static constexpr std::array<Vector3, nbGaussPoints> gaussPoints{
         {{0.5F, 0.0F, -a}, {0.5F, 0.5F, -a}, {0.0F, 0.5F, -a}, {0.5F, 0.0F, a}, {0.5F, 0.5F, a}, {0.0F, 0.5F, a}}};
 
-    static constexpr void shapeFunctions(const Vector3& point, NodeValues<nbNodes>& values)
+    template <class Number>
+    static constexpr void shapeFunctions(const std::array<Number, 3>& point, NodeValues<nbNodes, Number>& values)
     {
-        const double xi = point[0];
-        const double eta = point[1];
-        const double zeta = point[2];
+        const auto xi = wide(point[0]);
+        const auto eta = wide(point[1]);
+        const auto zeta = wide(point[2]);
         values[0] = single(0.5 * (1.0 - xi - eta) * (1.0 - zeta));
         values[1] = single(0.5 * xi * (1.0 - zeta));
         values[2] = single(0.5 * eta * (1.0 - zeta));
@@ -31,19 +32,21 @@ struct LinearWedge
         values[5] = single(0.5 * eta * (1.0 + zeta));
     }
 
-    static constexpr void shapeFunctionDerivatives(const Vector3& point, NodeGradients<nbNodes>& derivatives)
+    template <class Number>
+    static constexpr void shapeFunctionDerivatives(const std::array<Number, 3>& point,
+                                                   NodeGradients<nbNodes, Number>& derivatives)
     {
-        const double xi = point[0];
-        const double eta = point[1];
-        const double zeta = point[2];
-        const double below = 0.5 * (1.0 - zeta);
-        const double above = 0.5 * (1.0 + zeta);
-        derivatives[0] = gradient(-below, -below, -0.5 * (1.0 - xi - eta));
-        derivatives[1] = gradient(below, 0.0, -0.5 * xi);
-        derivatives[2] = gradient(0.0, below, -0.5 * eta);
-        derivatives[3] = gradient(-above, -above, 0.5 * (1.0 - xi - eta));
-        derivatives[4] = gradient(above, 0.0, 0.5 * xi);
-        derivatives[5] = gradient(0.0, above, 0.5 * eta);
+        const auto xi = wide(point[0]);
+        const auto eta = wide(point[1]);
+        const auto zeta = wide(point[2]);
+        const auto below = 0.5 * (1.0 - zeta);
+        const auto above = 0.5 * (1.0 + zeta);
+        setGradient(derivatives[0], -below, -below, -0.5 * (1.0 - xi - eta));
+        setGradient(derivatives[1], below, 0.0, -0.5 * xi);
+        setGradient(derivatives[2], 0.0, below, -0.5 * eta);
+        setGradient(derivatives[3], -above, -above, 0.5 * (1.0 - xi - eta));
+        setGradient(derivatives[4], above, 0.0, 0.5 * xi);
+        setGradient(derivatives[5], 0.0, above, 0.5 * eta);
     }
 
     static constexpr void shapeFunctionsAtGaussPoint(std::size_t gaussPoint, NodeValues<nbNodes>& values)

@@ -24,31 +24,34 @@ struct QuadraticTetrahedron
          {sixth, sixth, 0.5F, sixth},
          {sixth, sixth, sixth, 0.5F}}};
 
-    static constexpr void shapeFunctions(const Vector3& point, NodeValues<nbNodes>& values)
+    template <class Number>
+    static constexpr void shapeFunctions(const std::array<Number, 3>& point, NodeValues<nbNodes, Number>& values)
     {
-        const double xi = point[0];
-        const double eta = point[1];
-        const double zeta = point[2];
+        const auto xi = wide(point[0]);
+        const auto eta = wide(point[1]);
+        const auto zeta = wide(point[2]);
         shapeFunctionsInVolumeCoords(xi, eta, zeta, 1.0 - xi - eta - zeta, values);
     }
 
-    static constexpr void shapeFunctionDerivatives(const Vector3& point, NodeGradients<nbNodes>& derivatives)
+    template <class Number>
+    static constexpr void shapeFunctionDerivatives(const std::array<Number, 3>& point,
+                                                   NodeGradients<nbNodes, Number>& derivatives)
     {
-        const double xi = point[0];
-        const double eta = point[1];
-        const double zeta = point[2];
-        const double l = 1.0 - xi - eta - zeta;
-        const double origin = 1.0 - 4.0 * l;
-        derivatives[0] = gradient(4.0 * xi - 1.0, 0.0, 0.0);
-        derivatives[1] = gradient(0.0, 4.0 * eta - 1.0, 0.0);
-        derivatives[2] = gradient(origin, origin, origin);
-        derivatives[3] = gradient(0.0, 0.0, 4.0 * zeta - 1.0);
-        derivatives[4] = gradient(4.0 * eta, 4.0 * xi, 0.0);
-        derivatives[5] = gradient(-4.0 * eta, 4.0 * (l - eta), -4.0 * eta);
-        derivatives[6] = gradient(4.0 * (l - xi), -4.0 * xi, -4.0 * xi);
-        derivatives[7] = gradient(4.0 * zeta, 0.0, 4.0 * xi);
-        derivatives[8] = gradient(0.0, 4.0 * zeta, 4.0 * eta);
-        derivatives[9] = gradient(-4.0 * zeta, -4.0 * zeta, 4.0 * (l - zeta));
+        const auto xi = wide(point[0]);
+        const auto eta = wide(point[1]);
+        const auto zeta = wide(point[2]);
+        const auto l = 1.0 - xi - eta - zeta;
+        const auto origin = 1.0 - 4.0 * l;
+        setGradient(derivatives[0], 4.0 * xi - 1.0, 0.0, 0.0);
+        setGradient(derivatives[1], 0.0, 4.0 * eta - 1.0, 0.0);
+        setGradient(derivatives[2], origin, origin, origin);
+        setGradient(derivatives[3], 0.0, 0.0, 4.0 * zeta - 1.0);
+        setGradient(derivatives[4], 4.0 * eta, 4.0 * xi, 0.0);
+        setGradient(derivatives[5], -4.0 * eta, 4.0 * (l - eta), -4.0 * eta);
+        setGradient(derivatives[6], 4.0 * (l - xi), -4.0 * xi, -4.0 * xi);
+        setGradient(derivatives[7], 4.0 * zeta, 0.0, 4.0 * xi);
+        setGradient(derivatives[8], 0.0, 4.0 * zeta, 4.0 * eta);
+        setGradient(derivatives[9], -4.0 * zeta, -4.0 * zeta, 4.0 * (l - zeta));
     }
 
     static constexpr void shapeFunctionsAtGaussPoint(std::size_t gaussPoint, NodeValues<nbNodes>& values)
@@ -82,8 +85,9 @@ struct QuadraticTetrahedron
     }
 
 private:
-    static constexpr void shapeFunctionsInVolumeCoords(double xi, double eta, double zeta, double l,
-                                                       NodeValues<nbNodes>& values)
+    template <class Wide, class Number>
+    static constexpr void shapeFunctionsInVolumeCoords(const Wide& xi, const Wide& eta, const Wide& zeta, const Wide& l,
+                                                       NodeValues<nbNodes, Number>& values)
     {
         values[0] = single((2.0 * xi - 1.0) * xi);
         values[1] = single((2.0 * eta - 1.0) * eta);

@@ -8,7 +8,8 @@
 ///     contains(point, margin)        inside the reference domain, `margin` reference units tolerated
 ///     gaussPointsToNodes(gaussPointValues, nodeValues)  what the element gives to the average at each node
 ///
-/// Values are computed in double precision from the single-precision reference point and stored as single.
+/// Values are computed in double precision from the single-precision reference point and stored as single. The shape
+/// functions and their derivatives do so for any Number: float, or a pack of points that are worked on at once.
 #ifndef VELTRANE_REFERENCE_ELEMENT_H
 #define VELTRANE_REFERENCE_ELEMENT_H
 
@@ -17,16 +18,19 @@
 #include <array>
 #include <cstddef>
 
-template <int nbNodes> using NodeValues = std::array<float, nbNodes>;
-template <int nbNodes> using NodeGradients = std::array<Vector3, nbNodes>;
+template <int nbNodes, class Number = float> using NodeValues = std::array<Number, nbNodes>;
+template <int nbNodes, class Number = float> using NodeGradients = std::array<std::array<Number, 3>, nbNodes>;
 
 /// 1/sqrt(3), the Gauss-Legendre abscissa of two points on [-1, 1], stored as single before it is used.
 inline constexpr float gaussAbscissa = single(0.57735026918962576451);
 
-/// A gradient computed in double precision.
-constexpr Vector3 gradient(double dXi, double dEta, double dZeta)
+/// Stores a gradient computed in double precision; constant components are plain numbers.
+template <class Number, class DXi, class DEta, class DZeta>
+constexpr void setGradient(std::array<Number, 3>& gradient, const DXi& dXi, const DEta& dEta, const DZeta& dZeta)
 {
-    return {single(dXi), single(dEta), single(dZeta)};
+    gradient[0] = single(dXi);
+    gradient[1] = single(dEta);
+    gradient[2] = single(dZeta);
 }
 
 #endif

@@ -5,7 +5,6 @@
 #include "PointLocator.h"
 #include "ProcessEnd.h"
 #include "TestModels.h"
-#include "TetrahedronRefusal.h"
 
 #include <bit>
 #include <cmath>
@@ -122,7 +121,7 @@ struct LocatedMesh
     {
         const PointLocator locator(model, boxes, space, precisionFactor);
         std::vector<LocatedPoint> located(points.size());
-        std::vector<PointLocator::BatchOrder> order(points.size());
+        std::vector<BatchEntry> order(2 * points.size());
         locator.locate(points, located, order);
         int nbFound = 0;
         for (std::size_t i = 0; i < points.size(); ++i)
@@ -178,12 +177,6 @@ std::vector<TargetPoint> pointsAtMargins(const TestMesh& mesh, float precisionFa
         }
     }
     return points;
-}
-
-Inversion inversionOf(const ElementNodes<LinearTetrahedron>& nodes, const float* box, const Vector3& point,
-                      float factor)
-{
-    return invertPoint<LinearTetrahedron>(nodes, box, point, factor);
 }
 } // namespace
 
@@ -243,7 +236,7 @@ TEST(FastPath, locatesInMoreCandidatesThanFitAtATime)
     const std::vector<TargetPoint> points{pointAt({0.2F, 0.2F, 0.015F}), pointAt({0.2F, 0.2F, 0.5F}),
                                           pointAt({0.2F, 0.2F, 0.5F}, 2)};
     std::vector<LocatedPoint> found(points.size());
-    std::vector<PointLocator::BatchOrder> order(points.size());
+    std::vector<BatchEntry> order(2 * points.size());
     locator.locate(points, found, order);
     EXPECT_EQ(found[0].elt, 100);
     EXPECT_EQ(found[1].elt, 100);
@@ -261,117 +254,12 @@ TEST(FastPath, notesASingularElementOnlyForPointsThatReachIt)
     const PointLocator locator(located.model, located.boxes, located.space, 0.001F);
     const std::vector<TargetPoint> points{pointAt({0.2F, 0.2F, 0.2F}), pointAt({2.5F, 0.3F, 0.4F})};
     std::vector<LocatedPoint> found(points.size());
-    std::vector<PointLocator::BatchOrder> order(points.size());
+    std::vector<BatchEntry> order(2 * points.size());
     locator.locate(points, found, order);
     EXPECT_EQ(found[0].elt, 0);
     EXPECT_FALSE(found[0].isSingular);
     EXPECT_EQ(found[1].elt, -1);
     EXPECT_TRUE(found[1].isSingular);
-}
-
-TEST(TetrahedronRefusal, neverRefusesWhatTheInversionAccepts)
-{
-    Generator generator(4);
-    int nbRefused = 0;
-    int nbAccepted = 0;
-    int nbOutside = 0;
-    for (std::size_t i = 0; i < 400000; ++i)
-    {
-        const float scale = std::pow(10.0F, uniform(generator, -9.0F, 6.0F));
-        const float offset = generator() % 4 == 0 ? uniform(generator, -100.0F, 100.0F) : 0.0F;
-        const float factor = std::pow(10.0F, uniform(generator, -6.0F, -1.0F));
-        const float flatness = generator() % 3 == 0 ? std::pow(10.0F, uniform(generator, -6.0F, 0.0F)) : 1.0F;
-        ElementNodes<LinearTetrahedron> nodes;
-        Box box{};
-        for (std::size_t n = 0; n < 4; ++n)
-        {
-            Vector3 node = uniformPoint(generator, 0.0F, 1.0F);
-            node[2] = node[0] * 0.3F + node[1] * 0.7F + node[2] * flatness;
-            for (float& coordinate : node)
-            {
-                coordinate = scale * (coordinate + offset);
-            }
-            nodes[n] = node;
-            const float coords[3] = {node[0], node[1], node[2]};
-            box = n == 0 ? boxOfPoint(coords) : box;
-            box.add(coords);
-        }
-        const Vector3 extents = box.extents();
-        const float margin = 0.01F * std::max({extents[0], extents[1], extents[2]});
-        box.inflate({margin, margin, margin});
-        const float values[6] = {box.low[0], box.low[1], box.low[2], box.high[0], box.high[1], box.high[2]};
-
-        // Barycentric coordinates inside, or just around the margin of a face or edge, or anywhere in the box.
-        Vector3 point{};
-        if (generator() % 3 == 0)
-        {
-            for (std::size_t axis = 0; axis < 3; ++axis)
-            {
-                point[axis] = uniform(generator, values[axis], values[axis + 3]);
-            }
-        }
-        else
-        {
-            std::array<double, 4> b{};
-            double sum = 0.0;
-            for (double& coordinate : b)
-            {
-                coordinate = generator() % 2 == 0 ? uniform(generator, 0.0F, 1.0F)
-                                                  : -2.0 * factor * uniform(generator, 0.8F, 1.3F);
-                sum += coordinate;
-            }
-            for (std::size_t axis = 0; axis < 3; ++axis)
-            {
-                double position = 0.0;
-                for (std::size_t n = 0; n < 4; ++n)
-                {
-                    position += (b[n] + (n == i % 4 ? 1.0 - sum : 0.0)) * nodes[n][axis];
-                }
-                point[axis] = static_cast<float>(position);
-            }
-        }
-        if (!boxContains(values, point))
-        {
-            continue;
-        }
-        float largest = 0.0F;
-        for (const Vector3& node : nodes)
-        {
-            largest = std::max({largest, std::fabs(node[0]), std::fabs(node[1]), std::fabs(node[2])});
-        }
-        const bool isRefused = TetrahedronRefusal(factor, largest).refuses(nodes, values, point);
-        const Inversion inversion = inversionOf(nodes, values, point, factor);
-        nbRefused += isRefused ? 1 : 0;
-        nbAccepted += inversion.result == Inversion::inside ? 1 : 0;
-        nbOutside += inversion.result == Inversion::outside ? 1 : 0;
-        ASSERT_FALSE(isRefused && inversion.result == Inversion::inside) << "case " << i;
-        ASSERT_FALSE(isRefused && inversion.result == Inversion::singular) << "case " << i;
-    }
-    EXPECT_GT(nbAccepted, 20000);
-    EXPECT_GT(nbRefused, nbOutside / 4) << "a refusal that hardly ever refuses is of no use";
-}
-
-TEST(TetrahedronRefusal, refusesNothingWithoutAPositiveToleranceOrWithUnboundedCoordinates)
-{
-    const ElementNodes<LinearTetrahedron> nodes{{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
-    const float box[6] = {-0.01F, -0.01F, -0.01F, 1.01F, 1.01F, 1.01F};
-    const Vector3 outside{0.9F, 0.9F, 0.9F};
-    EXPECT_TRUE(TetrahedronRefusal(0.001F, 1.0F).refuses(nodes, box, outside));
-    EXPECT_FALSE(TetrahedronRefusal(0.0F, 1.0F).refuses(nodes, box, outside));
-    EXPECT_FALSE(TetrahedronRefusal(-0.001F, 1.0F).refuses(nodes, box, outside));
-    EXPECT_FALSE(TetrahedronRefusal(notANumber, 1.0F).refuses(nodes, box, outside));
-    EXPECT_FALSE(TetrahedronRefusal(0.001F, infinity).refuses(nodes, box, outside));
-    EXPECT_FALSE(TetrahedronRefusal().refuses(nodes, box, outside));
-}
-
-TEST(TetrahedronRefusal, leavesAnElementInAFlatBoxToTheInversion)
-{
-    // The smallest extent is 0, so the inversion accepts its first guess wherever the point is.
-    const ElementNodes<LinearTetrahedron> nodes{{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}}};
-    const float box[6] = {0, 0, 0, 1, 1, 0};
-    const Vector3 point{0.9F, 0.9F, 0.0F};
-    EXPECT_FALSE(TetrahedronRefusal(0.001F, 1.0F).refuses(nodes, box, point));
-    EXPECT_EQ(inversionOf(nodes, box, point, 0.001F).result, Inversion::inside);
 }
 
 TEST(BoxTest, isTheComparisonOfAllSixSidesBordersIncluded)

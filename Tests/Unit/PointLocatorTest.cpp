@@ -29,7 +29,7 @@ std::vector<LocatedPoint> locate(TestMesh& mesh, const std::vector<Box>& element
     }
     const PointLocator locator(model, boxes, grid, 0.001F);
     std::vector<LocatedPoint> located(targets.size());
-    std::vector<PointLocator::BatchOrder> order(targets.size());
+    std::vector<BatchEntry> order(2 * targets.size());
     locator.locate(targets, located, order);
     return located;
 }
