@@ -39,6 +39,15 @@ struct Box
     }
 };
 
+/// A box moved outward on all sides by the same margin, a fraction of its largest extent.
+inline Box inflated(Box box, float ratio)
+{
+    const Vector3 extents = box.extents();
+    const float margin = ratio * std::max({extents[0], extents[1], extents[2]});
+    box.inflate({margin, margin, margin});
+    return box;
+}
+
 inline Box boxOfPoint(const float (&point)[3])
 {
     return {{point[0], point[1], point[2]}, {point[0], point[1], point[2]}};

@@ -83,7 +83,7 @@ char* BucketSpaceClass::build(int mode, const ModelClass& targetModel, const Mod
     }
     chooseBucketSize(initialBucketSize);
     allocateStates();
-    markNeededBuckets(targetModel, targetBoxes, boxMarginRatio);
+    markTarget(targetModel, targetBoxes, boxMarginRatio, surveyed != nullptr);
     allocateBuckets();
     switch (mode)
     {
@@ -263,20 +263,20 @@ void BucketSpaceClass::allocateBuckets()
     }
 }
 
-/// Every target entity needs the buckets that it touches, whether its material is selected or not.
-void BucketSpaceClass::markNeededBuckets(const ModelClass& targetModel, const BoxTable& targetBoxes,
-                                         float boxMarginRatio)
+/// Every target entity needs the buckets that it touches, whether its material is selected or not. `boxOf(item)` gives
+/// the six values of its box.
+template <class BoxOf> void BucketSpaceClass::markNeededBuckets(int nbItems, BoxOf boxOf)
 {
     int* states = itsBucketState.values();
     const BucketRanges rangeOf = ranges();
     // Neighbours often touch the same buckets: a range inside the one marked last has nothing left to mark.
     BucketRange last;
-    const auto markRange = [&](const float* box)
+    for (int item = 0; item < nbItems; ++item)
     {
-        const BucketRange range = rangeOf(box);
+        const BucketRange range = rangeOf(valuesOf(boxOf(item)));
         if (range.isWithin(last))
         {
-            return;
+            continue;
         }
         forEachBucket(range,
                       [&](std::int64_t bucket)
@@ -285,21 +285,26 @@ void BucketSpaceClass::markNeededBuckets(const ModelClass& targetModel, const Bo
                           states[bucket] = neededEmpty;
                       });
         last = range;
-    };
-    if (targetModel.itsKind == ModelKind::mesh)
+    }
+}
+
+void BucketSpaceClass::markTarget(const ModelClass& targetModel, const BoxTable& targetBoxes, float boxMarginRatio,
+                                  bool isSurveyed)
+{
+    if (targetModel.itsKind == ModelKind::pointCloud)
     {
-        for (int elt = 0; elt < targetModel.itsNbElts; ++elt)
-        {
-            markRange(boxValues(targetBoxes, elt));
-        }
+        const float reach = boxMarginRatio * itsBucketSize;
+        markNeededBuckets(targetModel.itsNbNodes, [&](int point)
+                          { return BoxValues(boxAroundPoint(targetModel.itsNodeCoords[point], reach)); });
+    }
+    else if (isSurveyed)
+    {
+        markNeededBuckets(targetModel.itsNbElts,
+                          [&](int elt) { return BoxValues(inflated(boxOfNodes(targetModel, elt), boxMarginRatio)); });
     }
     else
     {
-        const float reach = boxMarginRatio * itsBucketSize;
-        for (int point = 0; point < targetModel.itsNbNodes; ++point)
-        {
-            markRange(BoxValues(boxAroundPoint(targetModel.itsNodeCoords[point], reach)).values);
-        }
+        markNeededBuckets(targetModel.itsNbElts, [&](int elt) { return boxValues(targetBoxes, elt); });
     }
 }
 

@@ -46,6 +46,8 @@ struct SurveyedBoxes
         areExact =
             areExact && element.low[0] < unreachable && element.low[1] < unreachable && element.low[2] < unreachable;
     }
+
+    void addNode(RunningBox& running, const float (&node)[3]) { add(running, boxOfPoint(node)); }
 };
 
 class BucketSpaceClass
@@ -66,12 +68,13 @@ public:
     ///
     /// \param mode                what the buckets list: source elements or source nodes
     /// \param refBoxes            inflated boxes of the source elements
-    /// \param targetBoxes         inflated boxes of the target elements; not read for a point cloud
+    /// \param targetBoxes         inflated boxes of the target elements; read only for a mesh without a survey
     /// \param targetMatlMappingFlags per target material, 1: it takes part in the grid's box
     /// \param initialBucketSize   doubled until there are at most itsMaxNbBuckets buckets
     /// \param boxMarginRatio      by which the grid's box is enlarged; times the bucket size, a cloud point's reach
     /// \param bucketFactor        by which source boxes are enlarged for buckets that they do not reach as they are
-    /// \param surveyed            null: the grid visits the elements itself
+    /// \param surveyed            null: the grid visits the elements itself. Otherwise it makes the target's boxes too,
+    ///                            inflated by boxMarginRatio
     ///
     /// \return null, or a text that the caller releases: no target material is selected, or the target mesh is not
     ///         inside the source mesh. A failed allocation and an unknown mode end the process.
@@ -136,7 +139,8 @@ private:
     bool hasTooManyBuckets() const;
     void allocateStates();
     void allocateBuckets();
-    void markNeededBuckets(const ModelClass& targetModel, const BoxTable& targetBoxes, float boxMarginRatio);
+    template <class BoxOf> void markNeededBuckets(int nbItems, BoxOf boxOf);
+    void markTarget(const ModelClass& targetModel, const BoxTable& targetBoxes, float boxMarginRatio, bool isSurveyed);
     void fillWithElements(int nbElts, const BoxTable& boxes, float bucketFactor);
     void fillWithNodes(const ModelClass& sourceModel, float reach);
     void allocateEntries();

@@ -186,7 +186,7 @@ public:
     OwnedArray<int> itsTargetMeshMatlStatePerNode;  ///< -1 until assigned
     OwnedArray<int> itsTargetMeshMappingAtNode;     ///< mapping flag of the node's material; 0 for a node in no element
     BoxTable itsRefMeshBoxPerElt;                   ///< inflated boxes
-    BoxTable itsTargetMeshBoxPerElt;                ///< of a mesh target only
+    BoxTable itsTargetMeshBoxPerElt;                ///< of a mesh target only: room that is taken and not filled
     OwnedArray<float*> itsRefMeshBaryPerElt;        ///< per source element its centre, x, y, z; made on first need
     OwnedArray<float> itsRefMeshBaryValues;
 
@@ -225,18 +225,11 @@ private:
     bool callBack(ComputationRun& run);
     bool createElementBoxes(ComputationRun& run);
     bool allocateBoxes(BoxTable& boxes, const ModelClass& model, const char* tableName, ComputationRun& run);
-    /// A box moved outward on all sides by the same margin, a fraction of its largest extent.
-    Box inflated(Box box) const
-    {
-        const Vector3 extents = box.extents();
-        const float margin = itsBoxMarginRatio * std::max({extents[0], extents[1], extents[2]});
-        box.inflate({margin, margin, margin});
-        return box;
-    }
     bool allocatePerNode(OwnedArray<int>& table, const ModelClass& model, const char* tableName, ComputationRun& run);
     template <class Assign>
     static void assignMaterials(const ModelClass& mesh, int elt, int* statePerNode, Assign assign);
-    template <class Visit> void surveyTarget(Visit visit);
+    void surveyTarget();
+    void surveyTargetNodes();
     float meanRefBoxSize() const;
     bool buildBucketSpace(BucketSpaceClass::Mode mode, float initialBucketSize);
     std::int64_t countTargetGaussPoints() const;
@@ -308,22 +301,6 @@ void MappingClass::assignMaterials(const ModelClass& mesh, int elt, int* statePe
             statePerNode[node] = matlState;
             assign(node);
         }
-    }
-}
-
-/// The one pass over the target elements: their inflated boxes and the box of the selected ones. `visit(elt)` does what
-/// else there is to do with an element while its nodes are at hand.
-template <class Visit> void MappingClass::surveyTarget(Visit visit)
-{
-    for (int elt = 0; elt < itsTargetMesh.itsNbElts; ++elt)
-    {
-        const Box box = boxOfNodes(itsTargetMesh, elt);
-        if (isTargetEltSelected(elt))
-        {
-            itsSurveyedBoxes.add(itsSurveyedBoxes.selectedTarget, box);
-        }
-        storeBox(itsTargetMeshBoxPerElt, elt, inflated(box));
-        visit(elt);
     }
 }
 

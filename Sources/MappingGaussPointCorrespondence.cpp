@@ -23,7 +23,7 @@ void MappingClass::GPToGPCorrespondence()
     {
         return;
     }
-    surveyTarget([](int) {});
+    surveyTarget();
     const float meanSize = meanRefBoxSize();
     if (!buildBucketSpace(BucketSpaceClass::elementBuckets, meanSize) || !reportStage(run, "Computation", 5))
     {

@@ -92,12 +92,16 @@ bool MappingClass::allocateTargetMaterials(ComputationRun& run)
             allocatePerNode(itsTargetMeshMappingAtNode, itsTargetMesh, "itsTargetMeshMappingAtNode", run));
 }
 
-/// Surveys the target: the boxes of its elements, and the material of every node or point if there are fields at nodes.
+/// Surveys the target: the box of what is selected, and the material of every node or point if there are fields at
+/// nodes.
 void MappingClass::assignTargetMaterials()
 {
     if (itsInterpoAtNodes == 0)
     {
-        surveyTarget([](int) {});
+        if (itsTargetMesh.itsKind == ModelKind::mesh)
+        {
+            surveyTarget();
+        }
         return;
     }
     const int nbNodes = itsTargetMesh.itsNbNodes;
@@ -118,11 +122,11 @@ void MappingClass::assignTargetMaterials()
     std::fill_n(itsTargetMeshMatlIdPerNode.get(), nbNodes, -1);
     std::fill_n(itsTargetMeshMatlStatePerNode.get(), nbNodes, -1);
     std::fill_n(itsTargetMeshMappingAtNode.get(), nbNodes, 0);
-    surveyTarget(
-        [&](int elt) {
-            assignMaterials(itsTargetMesh, elt, itsTargetMeshMatlStatePerNode.get(),
-                            [&](int node) { assign(node, elt); });
-        });
+    for (int elt = 0; elt < itsTargetMesh.itsNbElts; ++elt)
+    {
+        assignMaterials(itsTargetMesh, elt, itsTargetMeshMatlStatePerNode.get(), [&](int node) { assign(node, elt); });
+    }
+    surveyTargetNodes();
 }
 
 std::int64_t MappingClass::countTargetPoints() const

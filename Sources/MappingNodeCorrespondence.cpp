@@ -79,13 +79,13 @@ bool MappingClass::assignStatesPerNode(ComputationRun& run)
     }
     std::fill_n(itsTargetMeshMatlStatePerNode.get(), itsTargetMesh.itsNbNodes, -1);
     std::fill_n(itsTargetMeshMappingAtNode.get(), itsTargetMesh.itsNbNodes, 0);
-    surveyTarget(
-        [this](int elt)
-        {
-            const int mappingFlag = itsTargetMatlMappingFlags[itsTargetMesh.itsMatlIdPerItem[elt]];
-            assignMaterials(itsTargetMesh, elt, itsTargetMeshMatlStatePerNode.get(),
-                            [&](int node) { itsTargetMeshMappingAtNode[node] = mappingFlag; });
-        });
+    for (int elt = 0; elt < itsTargetMesh.itsNbElts; ++elt)
+    {
+        const int mappingFlag = itsTargetMatlMappingFlags[itsTargetMesh.itsMatlIdPerItem[elt]];
+        assignMaterials(itsTargetMesh, elt, itsTargetMeshMatlStatePerNode.get(),
+                        [&](int node) { itsTargetMeshMappingAtNode[node] = mappingFlag; });
+    }
+    surveyTargetNodes();
     return true;
 }
 

@@ -2,6 +2,7 @@
 // element boxes, the grid, counts.
 #include "MappingClass.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace
@@ -79,6 +80,8 @@ bool MappingClass::callBack(ComputationRun& run)
 }
 
 /// Makes the inflated boxes of the source elements, and room for those of the target elements if the target is a mesh.
+/// These are never written, so they take no memory: the grid makes each of them on the way, which costs less than to
+/// fetch it. A host that runs out of room is told of them all the same.
 bool MappingClass::createElementBoxes(ComputationRun& run)
 {
     if (!allocateBoxes(itsRefMeshBoxPerElt, itsRefMesh, "itsRefMeshBoxPerElt", run))
@@ -88,7 +91,7 @@ bool MappingClass::createElementBoxes(ComputationRun& run)
     for (int elt = 0; elt < itsRefMesh.itsNbElts; ++elt)
     {
         const Box box = boxOfNodes(itsRefMesh, elt);
-        const Box inflatedBox = inflated(box);
+        const Box inflatedBox = inflated(box, itsBoxMarginRatio);
         itsSurveyedBoxes.add(itsSurveyedBoxes.source, box);
         storeBox(itsRefMeshBoxPerElt, elt, inflatedBox);
         for (const float extent : inflatedBox.extents())
@@ -130,6 +133,37 @@ bool MappingClass::allocatePerNode(OwnedArray<int>& table, const ModelClass& mod
     return false;
 }
 
+/// Finds the box of the selected target elements, element by element.
+void MappingClass::surveyTarget()
+{
+    for (int elt = 0; elt < itsTargetMesh.itsNbElts; ++elt)
+    {
+        if (isTargetEltSelected(elt))
+        {
+            itsSurveyedBoxes.add(itsSurveyedBoxes.selectedTarget, boxOfNodes(itsTargetMesh, elt));
+        }
+    }
+}
+
+/// The same with the nodes' mapping flags at hand: if all materials are selected, the nodes of elements are those that
+/// are mapped.
+void MappingClass::surveyTargetNodes()
+{
+    const int* flags = itsTargetMatlMappingFlags;
+    if (!std::all_of(flags, flags + itsTargetMesh.itsNbMatls, [](int flag) { return flag == 1; }))
+    {
+        surveyTarget();
+        return;
+    }
+    for (int node = 0; node < itsTargetMesh.itsNbNodes; ++node)
+    {
+        if (itsTargetMeshMappingAtNode[node] == 1)
+        {
+            itsSurveyedBoxes.addNode(itsSurveyedBoxes.selectedTarget, itsTargetMesh.itsNodeCoords[node]);
+        }
+    }
+}
+
 /// The mean extent of the inflated source boxes over elements and axes.
 float MappingClass::meanRefBoxSize() const
 {
@@ -138,9 +172,9 @@ float MappingClass::meanRefBoxSize() const
 
 bool MappingClass::buildBucketSpace(BucketSpaceClass::Mode mode, float initialBucketSize)
 {
-    char* errorText = itsBucketSpace.build(mode, itsTargetMesh, itsRefMesh, itsRefMeshBoxPerElt, itsTargetMeshBoxPerElt,
-                                           itsTargetMatlMappingFlags, initialBucketSize, itsBoxMarginRatio,
-                                           itsBucketFactor, &itsSurveyedBoxes);
+    char* errorText =
+        itsBucketSpace.build(mode, itsTargetMesh, itsRefMesh, itsRefMeshBoxPerElt, {}, itsTargetMatlMappingFlags,
+                             initialBucketSize, itsBoxMarginRatio, itsBucketFactor, &itsSurveyedBoxes);
     if (errorText == nullptr)
     {
         return true;
