@@ -4,6 +4,7 @@
 
 #include "ChainedTable.h"
 #include "ModelClass.h"
+#include "Pack.h"
 #include "VectorHelpers.h"
 
 #include <algorithm>
@@ -55,31 +56,54 @@ inline Box boxOfPoint(const float (&point)[3])
 
 inline constexpr float unreachable = std::numeric_limits<float>::max();
 
-/// The box of `nbNodes` nodes; where the number is known at compile time, NbNodes is it.
-template <int NbNodes = 0> Box boxOfNodes(const float (*nodeCoords)[3], const int* nodeNumbers, int nbNodes = NbNodes)
+/// A box as corners with lanes x, y, z, and a fourth that does not count.
+struct BoxLanes
 {
-    Box box = boxOfPoint(nodeCoords[nodeNumbers[0]]);
+    FloatPack low;
+    FloatPack high;
+};
+
+/// What inflated() does.
+inline BoxLanes inflated(const BoxLanes& box, float ratio)
+{
+    const FloatPack extents = box.high - box.low;
+    const float margin = ratio * std::max({extents[0], extents[1], extents[2]});
+    return {box.low - FloatPack(margin), box.high + FloatPack(margin)};
+}
+
+/// The box of `nbNodes` nodes; where the number is known at compile time, NbNodes is it.
+template <int NbNodes = 0>
+BoxLanes boxLanesOfNodes(const float (*nodeCoords)[3], const int* nodeNumbers, int nbNodes = NbNodes)
+{
+    BoxLanes box{packOfThree(nodeCoords[nodeNumbers[0]]), packOfThree(nodeCoords[nodeNumbers[0]])};
     for (int i = 1; i < (NbNodes > 0 ? NbNodes : nbNodes); ++i)
     {
-        box.add(nodeCoords[nodeNumbers[i]]);
+        const FloatPack node = packOfThree(nodeCoords[nodeNumbers[i]]);
+        box = {min(node, box.low), max(node, box.high)};
     }
     return box;
 }
 
 /// The box of an element's nodes; of a type without nodes a box without extent at a place that no point reaches.
-inline Box boxOfNodes(const ModelClass& model, int elt)
+inline BoxLanes boxLanesOfNodes(const ModelClass& model, int elt)
 {
     const int* nodeNumbers = model.itsConnectivity[elt];
     const float(*nodeCoords)[3] = model.itsNodeCoords;
     switch (const int nbNodes = model.nbNodesOfElt(elt))
     {
-    case 0: return boxOfPoint({unreachable, unreachable, unreachable});
-    case 4: return boxOfNodes<4>(nodeCoords, nodeNumbers);
-    case 6: return boxOfNodes<6>(nodeCoords, nodeNumbers);
-    case 8: return boxOfNodes<8>(nodeCoords, nodeNumbers);
-    case 10: return boxOfNodes<10>(nodeCoords, nodeNumbers);
-    default: return boxOfNodes(nodeCoords, nodeNumbers, nbNodes);
+    case 0: return {FloatPack(unreachable), FloatPack(unreachable)};
+    case 4: return boxLanesOfNodes<4>(nodeCoords, nodeNumbers);
+    case 6: return boxLanesOfNodes<6>(nodeCoords, nodeNumbers);
+    case 8: return boxLanesOfNodes<8>(nodeCoords, nodeNumbers);
+    case 10: return boxLanesOfNodes<10>(nodeCoords, nodeNumbers);
+    default: return boxLanesOfNodes(nodeCoords, nodeNumbers, nbNodes);
     }
+}
+
+inline Box boxOfNodes(const ModelClass& model, int elt)
+{
+    const BoxLanes box = boxLanesOfNodes(model, elt);
+    return {{box.low[0], box.low[1], box.low[2]}, {box.high[0], box.high[1], box.high[2]}};
 }
 
 /// The six values of an element's box in a table: minimum x, y, z, maximum x, y, z.

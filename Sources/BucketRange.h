@@ -2,6 +2,7 @@
 #ifndef VELTRANE_BUCKET_RANGE_H
 #define VELTRANE_BUCKET_RANGE_H
 
+#include "BoundingBox.h"
 #include "VectorHelpers.h"
 
 #include <cstddef>
@@ -42,11 +43,10 @@ public:
         itsIsVector = nbBuckets[0] < exactInSingle && nbBuckets[1] < exactInSingle && nbBuckets[2] < exactInSingle;
         const Vector3 count{static_cast<float>(nbBuckets[0]), static_cast<float>(nbBuckets[1]),
                             static_cast<float>(nbBuckets[2])};
-        itsLowMin = _mm_setr_ps(gridMin[0], gridMin[1], gridMin[2], 0.0F);
-        itsHighMin = _mm_setr_ps(0.0F, gridMin[0], gridMin[1], gridMin[2]);
+        itsMinLanes = _mm_setr_ps(gridMin[0], gridMin[1], gridMin[2], 0.0F);
         itsInverse = _mm_set1_ps(invBucketSize);
-        itsLowCount = _mm_setr_ps(count[0], count[1], count[2], 0.0F);
-        itsHighLast = _mm_setr_ps(0.0F, count[0] - 1.0F, count[1] - 1.0F, count[2] - 1.0F);
+        itsCountLanes = _mm_setr_ps(count[0], count[1], count[2], 0.0F);
+        itsLastLanes = _mm_setr_ps(count[0] - 1.0F, count[1] - 1.0F, count[2] - 1.0F, 0.0F);
 #endif
     }
 
@@ -56,10 +56,25 @@ public:
 #if defined(__SSE2__)
         if (itsIsVector)
         {
-            return vectorRange(box);
+            // Two overlapping loads, so that nothing is read beyond the box.
+            const __m128 high = _mm_loadu_ps(box + 2);
+            return vectorRange(_mm_loadu_ps(box), _mm_shuffle_ps(high, high, _MM_SHUFFLE(3, 3, 2, 1)));
         }
 #endif
         return range(box);
+    }
+
+    /// The same for a box as lanes.
+    BucketRange operator()(const BoxLanes& box) const
+    {
+#if defined(__SSE2__)
+        if (itsIsVector)
+        {
+            return vectorRange(box.low.lanes(), box.high.lanes());
+        }
+#endif
+        const float values[6] = {box.low[0], box.low[1], box.low[2], box.high[0], box.high[1], box.high[2]};
+        return range(values);
     }
 
     /// The definition, for any number of buckets.
@@ -84,31 +99,30 @@ public:
 
 private:
 #if defined(__SSE2__)
-    /// The same on two overlapping loads of four values, of which the last and the first do not count.
-    BucketRange vectorRange(const float* box) const
+    /// The same on corners of three values and one that does not count.
+    BucketRange vectorRange(__m128 boxLow, __m128 boxHigh) const
     {
+        constexpr int allThree = 0b0111;
         const __m128 zero = _mm_setzero_ps();
-        const __m128 low = _mm_mul_ps(_mm_sub_ps(_mm_loadu_ps(box), itsLowMin), itsInverse);
-        const __m128 high = _mm_mul_ps(_mm_sub_ps(_mm_loadu_ps(box + 2), itsHighMin), itsInverse);
-        const int isLowIn = _mm_movemask_ps(_mm_cmplt_ps(low, itsLowCount)) | 0b1000;
-        const int isHighIn = _mm_movemask_ps(_mm_cmpge_ps(high, zero)) | 0b0001;
-        if ((isLowIn & isHighIn) != 0b1111)
+        const __m128 low = _mm_mul_ps(_mm_sub_ps(boxLow, itsMinLanes), itsInverse);
+        const __m128 high = _mm_mul_ps(_mm_sub_ps(boxHigh, itsMinLanes), itsInverse);
+        const __m128 isIn = _mm_and_ps(_mm_cmplt_ps(low, itsCountLanes), _mm_cmpge_ps(high, zero));
+        if ((_mm_movemask_ps(isIn) & allThree) != allThree)
         {
             return {};
         }
         alignas(16) int first[4];
         alignas(16) int last[4];
         _mm_store_si128(reinterpret_cast<__m128i*>(first), _mm_cvttps_epi32(_mm_max_ps(low, zero)));
-        _mm_store_si128(reinterpret_cast<__m128i*>(last), _mm_cvttps_epi32(_mm_min_ps(high, itsHighLast)));
-        return {{first[0], first[1], first[2]}, {last[1], last[2], last[3]}};
+        _mm_store_si128(reinterpret_cast<__m128i*>(last), _mm_cvttps_epi32(_mm_min_ps(high, itsLastLanes)));
+        return {{first[0], first[1], first[2]}, {last[0], last[1], last[2]}};
     }
 
     bool itsIsVector;
-    __m128 itsLowMin;
-    __m128 itsHighMin;
+    __m128 itsMinLanes;
     __m128 itsInverse;
-    __m128 itsLowCount;
-    __m128 itsHighLast;
+    __m128 itsCountLanes;
+    __m128 itsLastLanes;
 #endif
     Vector3 itsMin;
     float itsInvBucketSize;

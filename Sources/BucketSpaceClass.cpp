@@ -46,6 +46,11 @@ const float* valuesOf(const BoxValues& box)
     return box.values;
 }
 
+const BoxLanes& valuesOf(const BoxLanes& box)
+{
+    return box;
+}
+
 char* newErrorText(MessageBuffer& buffer, const char* text)
 {
     formatMessage(buffer.text(), "%s", text);
@@ -264,7 +269,7 @@ void BucketSpaceClass::allocateBuckets()
 }
 
 /// Every target entity needs the buckets that it touches, whether its material is selected or not. `boxOf(item)` gives
-/// the six values of its box.
+/// its box, as six values or as lanes.
 template <class BoxOf> void BucketSpaceClass::markNeededBuckets(int nbItems, BoxOf boxOf)
 {
     int* states = itsBucketState.values();
@@ -300,7 +305,7 @@ void BucketSpaceClass::markTarget(const ModelClass& targetModel, const BoxTable&
     else if (isSurveyed)
     {
         markNeededBuckets(targetModel.itsNbElts,
-                          [&](int elt) { return BoxValues(inflated(boxOfNodes(targetModel, elt), boxMarginRatio)); });
+                          [&](int elt) { return inflated(boxLanesOfNodes(targetModel, elt), boxMarginRatio); });
     }
     else
     {

@@ -8,8 +8,8 @@
 #include <array>
 #include <cstddef>
 
-#if defined(__SSE__)
-#    include <xmmintrin.h>
+#if defined(__SSE2__)
+#    include <emmintrin.h>
 #endif
 
 inline constexpr std::size_t packSize = 4;
@@ -31,7 +31,7 @@ public:
     /// Bit i for lane i.
     int bits() const
     {
-#if defined(__SSE__)
+#if defined(__SSE2__)
         return _mm_movemask_ps(reinterpret_cast<__m128>(itsLanes));
 #else
         return (itsLanes[0] & 1) | (itsLanes[1] & 2) | (itsLanes[2] & 4) | (itsLanes[3] & 8);
@@ -84,6 +84,37 @@ private:
 inline FloatPack select(PackMask chosen, FloatPack a, FloatPack b)
 {
     return FloatPack(chosen.lanes() ? a.lanes() : b.lanes());
+}
+
+/// The smaller, or larger, of each two lanes; `b` where they are equal or one is not a number, as std::min(b, a) and
+/// std::max(b, a) have it.
+inline FloatPack min(FloatPack a, FloatPack b)
+{
+#if defined(__SSE2__)
+    return FloatPack(_mm_min_ps(a.lanes(), b.lanes()));
+#else
+    return select(b > a, a, b);
+#endif
+}
+
+inline FloatPack max(FloatPack a, FloatPack b)
+{
+#if defined(__SSE2__)
+    return FloatPack(_mm_max_ps(a.lanes(), b.lanes()));
+#else
+    return select(a > b, a, b);
+#endif
+}
+
+/// Three values in a row, and something in the fourth lane. Nothing is read beyond them.
+inline FloatPack packOfThree(const float* values)
+{
+#if defined(__SSE2__)
+    const __m128 firstTwo = _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(values)));
+    return FloatPack(_mm_movelh_ps(firstTwo, _mm_load_ss(values + 2)));
+#else
+    return {values[0], values[1], values[2], values[2]};
+#endif
 }
 
 /// Double precision for as many lanes, in two halves.
