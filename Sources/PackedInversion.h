@@ -16,11 +16,13 @@ template <class A> Vector3Pack packOf(const A& a, const A& b, const A& c, const 
     return {FloatPack(a[0], b[0], c[0], d[0]), FloatPack(a[1], b[1], c[1], d[1]), FloatPack(a[2], b[2], c[2], d[2])};
 }
 
-/// `tolerances` are the squared distances at which the lanes have converged.
+/// `areFinite`: all coordinates of the nodes are known to be finite. `tolerances` are the squared distances at which
+/// the lanes have converged.
 template <class Kind>
-std::array<Inversion, packSize> invertPoints(const ElementNodes<Kind, FloatPack>& nodes, FloatPack tolerances,
-                                             const Vector3Pack& points, float precisionFactor)
+std::array<Inversion, packSize> invertPoints(const ElementNodes<Kind, FloatPack>& nodes, bool areFinite,
+                                             FloatPack tolerances, const Vector3Pack& points, float precisionFactor)
 {
+    const bool hasShortJacobian = std::is_same_v<Kind, LinearTetrahedron> && areFinite;
     Vector3Pack xi{FloatPack(Kind::initialGuess[0]), FloatPack(Kind::initialGuess[1]),
                    FloatPack(Kind::initialGuess[2])};
     Vector3Pack position = physicalPosition<Kind>(nodes, xi);
@@ -32,7 +34,17 @@ std::array<Inversion, packSize> invertPoints(const ElementNodes<Kind, FloatPack>
     {
         FloatPack jacobian[3][3];
         FloatPack inverse[3][3];
-        jacobianMatrix<Kind>(nodes, xi, jacobian);
+        if (hasShortJacobian)
+        {
+            if constexpr (std::is_same_v<Kind, LinearTetrahedron>)
+            {
+                jacobianOfFiniteTetrahedron(nodes, jacobian);
+            }
+        }
+        else
+        {
+            jacobianMatrix<Kind>(nodes, xi, jacobian);
+        }
         const FloatPack determinant = adjugate33(jacobian, inverse);
         const PackMask isZero = determinant == FloatPack();
         isSingular = isSingular | (isActive & isZero);

@@ -14,6 +14,17 @@ namespace
 /// Points that travel through the stages of locate() together: enough to hide the way to memory and to fill packs, few
 /// enough that what was fetched for them is still there when it is needed.
 constexpr std::size_t groupSize = 64;
+
+/// False, too, where coordinates are so large that their sum is not finite.
+bool areFinite(const float (*nodeCoords)[3], int nbNodes)
+{
+    float product = 0.0F; // stays 0 as long as all coordinates are finite
+    for (int node = 0; node < nbNodes; ++node)
+    {
+        product *= nodeCoords[node][0] + nodeCoords[node][1] + nodeCoords[node][2];
+    }
+    return product == 0.0F;
+}
 } // namespace
 
 struct PointLocator::InFlight
@@ -76,7 +87,8 @@ PointLocator::PointLocator(const ModelClass& sourceModel, const BoxTable& boxes,
                            float precisionFactor)
     : itsMesh(sourceModel), itsBoxes(boxes), itsSpace(space), itsPrecisionFactor(precisionFactor),
       itsHasOneMatlState(std::all_of(sourceModel.itsMatlStates, sourceModel.itsMatlStates + sourceModel.itsNbMatls,
-                                     [&](int state) { return state == sourceModel.itsMatlStates[0]; }))
+                                     [&](int state) { return state == sourceModel.itsMatlStates[0]; })),
+      itsHasFiniteNodes(areFinite(sourceModel.itsNodeCoords, sourceModel.itsNbNodes))
 {
 }
 
@@ -341,7 +353,7 @@ template <class Kind> void PointLocator::tryCandidates(std::span<InFlight* const
                           coords[nodeNumbers[3][i]]);
     }
     const auto inversions = invertPoints<Kind>(
-        nodes, FloatPack(tolerances[0], tolerances[1], tolerances[2], tolerances[3]),
+        nodes, itsHasFiniteNodes, FloatPack(tolerances[0], tolerances[1], tolerances[2], tolerances[3]),
         packOf(lanes[0]->point, lanes[1]->point, lanes[2]->point, lanes[3]->point), itsPrecisionFactor);
     for (std::size_t lane = 0; lane < flights.size(); ++lane)
     {

@@ -73,7 +73,8 @@ private:
     const BoxTable& itsBoxes;
     const BucketSpaceClass& itsSpace;
     float itsPrecisionFactor;
-    bool itsHasOneMatlState = true;
+    bool itsHasOneMatlState;
+    bool itsHasFiniteNodes; ///< no coordinate is infinite or not a number
 };
 
 #endif

@@ -79,6 +79,21 @@ void jacobianMatrix(const std::array<std::array<Number, 3>, Kind::nbNodes>& node
     }
 }
 
+/// The same for a linear tetrahedron whose coordinates are all finite, with less work: of the sum of a row, the terms
+/// with a derivative of 0 add zeros, which change neither a number nor the positive zero that a sum starts from.
+template <class Number>
+void jacobianOfFiniteTetrahedron(const std::array<std::array<Number, 3>, 4>& nodes, Number (&jacobian)[3][3])
+{
+    for (std::size_t i = 0; i < 3; ++i)
+    {
+        const Number fromOrigin = Number{} - nodes[0][i];
+        for (std::size_t j = 0; j < 3; ++j)
+        {
+            jacobian[i][j] = fromOrigin + nodes[j + 1][i];
+        }
+    }
+}
+
 /// Prints the text of a failed matrix inversion and ends the process.
 [[noreturn]] void endOnSingularJacobian();
 

@@ -70,12 +70,18 @@ template <class Kind> Problem<Kind> randomProblem(Generator& generator)
     const float offset = generator() % 3 == 0 ? uniform(generator, -50.0F, 50.0F) : 0.0F;
     const float distortion = generator() % 8 == 0 ? 1.5F : 0.2F;
     const float height = generator() % 16 == 0 ? 0.0F : 1.0F;
+    const bool isOnGrid = generator() % 4 == 0; // with zeros of both signs among the coordinates
     problem.nodes = referenceNodes<Kind>();
     for (auto& node : problem.nodes)
     {
         node[2] *= height;
         for (float& coordinate : node)
         {
+            if (isOnGrid)
+            {
+                coordinate = generator() % 2 == 0 ? -coordinate * scale : coordinate * scale;
+                continue;
+            }
             coordinate = scale * (coordinate + offset + uniform(generator, -distortion, distortion) * height);
         }
     }
@@ -111,7 +117,15 @@ std::array<Inversion, packSize> invertTogether(const std::array<Problem<Kind>, p
     }
     const auto tolerance = [&](std::size_t lane)
     { return squaredInversionTolerance(problems[lane].box.data(), precisionFactor); };
-    return invertPoints<Kind>(nodes, FloatPack(tolerance(0), tolerance(1), tolerance(2), tolerance(3)),
+    const bool areFinite = std::all_of(
+        problems.begin(), problems.end(),
+        [](const auto& problem)
+        {
+            return std::all_of(problem.nodes.begin(), problem.nodes.end(),
+                               [](const Vector3& node)
+                               { return std::isfinite(node[0]) && std::isfinite(node[1]) && std::isfinite(node[2]); });
+        });
+    return invertPoints<Kind>(nodes, areFinite, FloatPack(tolerance(0), tolerance(1), tolerance(2), tolerance(3)),
                               packOf(problems[0].point, problems[1].point, problems[2].point, problems[3].point),
                               precisionFactor);
 }
