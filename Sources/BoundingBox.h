@@ -2,9 +2,9 @@
 #ifndef VELTRANE_BOUNDING_BOX_H
 #define VELTRANE_BOUNDING_BOX_H
 
+#include "BoxLanes.h"
 #include "ChainedTable.h"
 #include "ModelClass.h"
-#include "Pack.h"
 #include "VectorHelpers.h"
 
 #include <algorithm>
@@ -40,15 +40,6 @@ struct Box
     }
 };
 
-/// A box moved outward on all sides by the same margin, a fraction of its largest extent.
-inline Box inflated(Box box, float ratio)
-{
-    const Vector3 extents = box.extents();
-    const float margin = ratio * std::max({extents[0], extents[1], extents[2]});
-    box.inflate({margin, margin, margin});
-    return box;
-}
-
 inline Box boxOfPoint(const float (&point)[3])
 {
     return {{point[0], point[1], point[2]}, {point[0], point[1], point[2]}};
@@ -56,32 +47,9 @@ inline Box boxOfPoint(const float (&point)[3])
 
 inline constexpr float unreachable = std::numeric_limits<float>::max();
 
-/// A box as corners with lanes x, y, z, and a fourth that does not count.
-struct BoxLanes
+inline Box boxOf(const BoxLanes& box)
 {
-    FloatPack low;
-    FloatPack high;
-};
-
-/// What inflated() does.
-inline BoxLanes inflated(const BoxLanes& box, float ratio)
-{
-    const FloatPack extents = box.high - box.low;
-    const float margin = ratio * std::max({extents[0], extents[1], extents[2]});
-    return {box.low - FloatPack(margin), box.high + FloatPack(margin)};
-}
-
-/// The box of `nbNodes` nodes; where the number is known at compile time, NbNodes is it.
-template <int NbNodes = 0>
-BoxLanes boxLanesOfNodes(const float (*nodeCoords)[3], const int* nodeNumbers, int nbNodes = NbNodes)
-{
-    BoxLanes box{packOfThree(nodeCoords[nodeNumbers[0]]), packOfThree(nodeCoords[nodeNumbers[0]])};
-    for (int i = 1; i < (NbNodes > 0 ? NbNodes : nbNodes); ++i)
-    {
-        const FloatPack node = packOfThree(nodeCoords[nodeNumbers[i]]);
-        box = {min(node, box.low), max(node, box.high)};
-    }
-    return box;
+    return {{box.low[0], box.low[1], box.low[2]}, {box.high[0], box.high[1], box.high[2]}};
 }
 
 /// The box of an element's nodes; of a type without nodes a box without extent at a place that no point reaches.
@@ -91,7 +59,7 @@ inline BoxLanes boxLanesOfNodes(const ModelClass& model, int elt)
     const float(*nodeCoords)[3] = model.itsNodeCoords;
     switch (const int nbNodes = model.nbNodesOfElt(elt))
     {
-    case 0: return {FloatPack(unreachable), FloatPack(unreachable)};
+    case 0: return {CornerLanes(unreachable), CornerLanes(unreachable)};
     case 4: return boxLanesOfNodes<4>(nodeCoords, nodeNumbers);
     case 6: return boxLanesOfNodes<6>(nodeCoords, nodeNumbers);
     case 8: return boxLanesOfNodes<8>(nodeCoords, nodeNumbers);
@@ -102,8 +70,7 @@ inline BoxLanes boxLanesOfNodes(const ModelClass& model, int elt)
 
 inline Box boxOfNodes(const ModelClass& model, int elt)
 {
-    const BoxLanes box = boxLanesOfNodes(model, elt);
-    return {{box.low[0], box.low[1], box.low[2]}, {box.high[0], box.high[1], box.high[2]}};
+    return boxOf(boxLanesOfNodes(model, elt));
 }
 
 /// The six values of an element's box in a table: minimum x, y, z, maximum x, y, z.

@@ -60,22 +60,23 @@ public:
 
     ItemSet around(const Vector3& point) const
     {
-        const auto x = FloatPack(point[0]).lanes();
-        const auto y = FloatPack(point[1]).lanes();
-        const auto z = FloatPack(point[2]).lanes();
+        const auto x = FloatPack<packSize>(point[0]).lanes();
+        const auto y = FloatPack<packSize>(point[1]).lanes();
+        const auto z = FloatPack<packSize>(point[2]).lanes();
         ItemSet found = 0;
         for (std::size_t i = 0; i < itsNbPacks; ++i)
         {
             const auto& side = itsSides[i];
-            const PackMask isInBox((side[0] <= x) & (x <= side[3]) & (side[1] <= y) & (y <= side[4]) & (side[2] <= z) &
-                                   (z <= side[5]));
+            const PackMask<packSize> isInBox((side[0] <= x) & (x <= side[3]) & (side[1] <= y) & (y <= side[4]) &
+                                             (side[2] <= z) & (z <= side[5]));
             found |= static_cast<ItemSet>(isInBox.bits()) << (packSize * i);
         }
         return found & itsItems;
     }
 
 private:
-    using Lanes = FloatPack::Lanes;
+    static constexpr std::size_t packSize = 4;
+    using Lanes = FloatPack<packSize>::Lanes;
 
     std::size_t itsNbPacks = 0;
     ItemSet itsItems = 0; ///< all of the stretch

@@ -90,9 +90,9 @@ bool MappingClass::createElementBoxes(ComputationRun& run)
     }
     for (int elt = 0; elt < itsRefMesh.itsNbElts; ++elt)
     {
-        const Box box = boxOfNodes(itsRefMesh, elt);
-        const Box inflatedBox = inflated(box, itsBoxMarginRatio);
-        itsSurveyedBoxes.add(itsSurveyedBoxes.source, box);
+        const BoxLanes box = boxLanesOfNodes(itsRefMesh, elt);
+        const Box inflatedBox = boxOf(inflated(box, itsBoxMarginRatio));
+        itsSurveyedBoxes.add(itsSurveyedBoxes.source, boxOf(box));
         storeBox(itsRefMeshBoxPerElt, elt, inflatedBox);
         for (const float extent : inflatedBox.extents())
         {

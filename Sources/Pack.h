@@ -1,47 +1,74 @@
 /// Several single-precision numbers that are worked on at once, one for each of several points. Every operation is the
 /// one on a single number, lane by lane, so a computation gives the same bits in a lane as it does alone.
 ///
-/// They are the compilers' portable vectors: SSE2, which every x86-64 has, or what other processors offer.
+/// They are the compilers' portable vectors. Packs of four are SSE2, which every x86-64 has, or what other processors
+/// offer; wider ones belong into files of their own that are compiled for AVX2 or AVX-512. Nothing else than packs of a
+/// file's own width must be used there: the linker keeps one copy of every inline function.
 #ifndef VELTRANE_PACK_H
 #define VELTRANE_PACK_H
 
-#include <array>
 #include <cstddef>
+#include <cstdint>
+#include <utility>
 
 #if defined(__SSE2__)
-#    include <emmintrin.h>
+#    include <immintrin.h>
 #endif
 
-inline constexpr std::size_t packSize = 4;
+namespace pack
+{
+template <class Scalar, std::size_t Size> struct LanesOf
+{
+    using Type __attribute__((vector_size(sizeof(Scalar) * Size))) = Scalar;
+};
+
+/// `Size` scalars as the processor holds them.
+template <class Scalar, std::size_t Size> using Lanes = typename LanesOf<Scalar, Size>::Type;
+} // namespace pack
 
 /// A choice of lanes: -1 in those that are chosen, 0 in the others.
-class PackMask
+template <std::size_t Size> class PackMask
 {
 public:
-    using Lanes = int __attribute__((vector_size(4 * packSize)));
+    using Lanes = pack::Lanes<std::int32_t, Size>;
 
     PackMask() = default;
-    explicit PackMask(Lanes lanes) : itsLanes(lanes) {}
+    explicit PackMask(const Lanes& lanes) : itsLanes(lanes) {}
 
-    friend PackMask operator&(PackMask a, PackMask b) { return PackMask(a.itsLanes & b.itsLanes); }
-    friend PackMask operator|(PackMask a, PackMask b) { return PackMask(a.itsLanes | b.itsLanes); }
-    friend PackMask operator~(PackMask a) { return PackMask(~a.itsLanes); }
+    friend PackMask operator&(const PackMask& a, const PackMask& b) { return PackMask(a.itsLanes & b.itsLanes); }
+    friend PackMask operator|(const PackMask& a, const PackMask& b) { return PackMask(a.itsLanes | b.itsLanes); }
+    friend PackMask operator~(const PackMask& a) { return PackMask(~a.itsLanes); }
 
-    bool operator[](std::size_t lane) const { return itsLanes[lane] != 0; }
     /// Bit i for lane i.
-    int bits() const
+    std::uint32_t bits() const
     {
-#if defined(__SSE2__)
-        return _mm_movemask_ps(reinterpret_cast<__m128>(itsLanes));
-#else
-        return (itsLanes[0] & 1) | (itsLanes[1] & 2) | (itsLanes[2] & 4) | (itsLanes[3] & 8);
+#if defined(__AVX512DQ__)
+        if constexpr (Size == 16)
+        {
+            return _mm512_movepi32_mask(reinterpret_cast<__m512i>(itsLanes));
+        }
 #endif
+#if defined(__AVX__)
+        if constexpr (Size == 8)
+        {
+            return static_cast<std::uint32_t>(_mm256_movemask_ps(reinterpret_cast<__m256>(itsLanes)));
+        }
+#endif
+#if defined(__SSE2__)
+        if constexpr (Size == 4)
+        {
+            return static_cast<std::uint32_t>(_mm_movemask_ps(reinterpret_cast<__m128>(itsLanes)));
+        }
+#endif
+        std::uint32_t bits = 0;
+        for (std::size_t lane = 0; lane < Size; ++lane)
+        {
+            bits |= (itsLanes[lane] != 0 ? 1U : 0U) << lane;
+        }
+        return bits;
     }
-    bool isEmpty() const
-    {
-        return bits() == 0;
-    }
-    Lanes lanes() const
+
+    const Lanes& lanes() const
     {
         return itsLanes;
     }
@@ -50,111 +77,170 @@ private:
     Lanes itsLanes{};
 };
 
-class FloatPack
+template <std::size_t Size> class FloatPack
 {
 public:
-    using Lanes = float __attribute__((vector_size(4 * packSize)));
+    using Lanes = pack::Lanes<float, Size>;
 
     FloatPack() = default;
-    explicit FloatPack(Lanes lanes) : itsLanes(lanes) {}
-    explicit FloatPack(float value) : itsLanes{value, value, value, value} {}
-    FloatPack(float a, float b, float c, float d) : itsLanes{a, b, c, d} {}
-
+    explicit FloatPack(const Lanes& lanes) : itsLanes(lanes) {}
     /// A constant, in all lanes.
+    explicit FloatPack(float value) : itsLanes(Lanes{} + value) {}
     FloatPack& operator=(float value) { return *this = FloatPack(value); }
 
-    friend FloatPack operator+(FloatPack a, FloatPack b) { return FloatPack(a.itsLanes + b.itsLanes); }
-    friend FloatPack operator-(FloatPack a, FloatPack b) { return FloatPack(a.itsLanes - b.itsLanes); }
-    friend FloatPack operator*(FloatPack a, FloatPack b) { return FloatPack(a.itsLanes * b.itsLanes); }
-    friend FloatPack operator-(FloatPack a) { return FloatPack(-a.itsLanes); }
-    FloatPack& operator+=(FloatPack other) { return *this = *this + other; }
-    FloatPack& operator*=(FloatPack other) { return *this = *this * other; }
+    /// valueOf(lane) in every lane.
+    template <class ValueOf> static FloatPack ofEach(ValueOf valueOf)
+    {
+        return ofEach(valueOf, std::make_index_sequence<Size>());
+    }
 
-    friend PackMask operator>(FloatPack a, FloatPack b) { return PackMask(a.itsLanes > b.itsLanes); }
-    friend PackMask operator==(FloatPack a, FloatPack b) { return PackMask(a.itsLanes == b.itsLanes); }
+    friend FloatPack operator+(const FloatPack& a, const FloatPack& b) { return FloatPack(a.itsLanes + b.itsLanes); }
+    friend FloatPack operator-(const FloatPack& a, const FloatPack& b) { return FloatPack(a.itsLanes - b.itsLanes); }
+    friend FloatPack operator*(const FloatPack& a, const FloatPack& b) { return FloatPack(a.itsLanes * b.itsLanes); }
+    friend FloatPack operator-(const FloatPack& a) { return FloatPack(-a.itsLanes); }
+    FloatPack& operator+=(const FloatPack& other) { return *this = *this + other; }
+    FloatPack& operator*=(const FloatPack& other) { return *this = *this * other; }
+
+    friend PackMask<Size> operator>(const FloatPack& a, const FloatPack& b)
+    {
+        return PackMask<Size>(a.itsLanes > b.itsLanes);
+    }
+    friend PackMask<Size> operator==(const FloatPack& a, const FloatPack& b)
+    {
+        return PackMask<Size>(a.itsLanes == b.itsLanes);
+    }
+
+    void store(float* values) const { __builtin_memcpy(values, &itsLanes, sizeof itsLanes); }
 
     float operator[](std::size_t lane) const { return itsLanes[lane]; }
-    Lanes lanes() const { return itsLanes; }
+    const Lanes& lanes() const { return itsLanes; }
 
 private:
+    template <class ValueOf, std::size_t... lane>
+    static FloatPack ofEach(ValueOf& valueOf, std::index_sequence<lane...>)
+    {
+        return FloatPack(Lanes{valueOf(lane)...});
+    }
+
     Lanes itsLanes{};
 };
 
 /// `a` in the chosen lanes, `b` in the others.
-inline FloatPack select(PackMask chosen, FloatPack a, FloatPack b)
+template <std::size_t Size>
+FloatPack<Size> select(const PackMask<Size>& chosen, const FloatPack<Size>& a, const FloatPack<Size>& b)
 {
-    return FloatPack(chosen.lanes() ? a.lanes() : b.lanes());
-}
-
-/// The smaller, or larger, of each two lanes; `b` where they are equal or one is not a number, as std::min(b, a) and
-/// std::max(b, a) have it.
-inline FloatPack min(FloatPack a, FloatPack b)
-{
-#if defined(__SSE2__)
-    return FloatPack(_mm_min_ps(a.lanes(), b.lanes()));
-#else
-    return select(b > a, a, b);
-#endif
-}
-
-inline FloatPack max(FloatPack a, FloatPack b)
-{
-#if defined(__SSE2__)
-    return FloatPack(_mm_max_ps(a.lanes(), b.lanes()));
-#else
-    return select(a > b, a, b);
-#endif
-}
-
-/// Three values in a row, and something in the fourth lane. Nothing is read beyond them.
-inline FloatPack packOfThree(const float* values)
-{
-#if defined(__SSE2__)
-    const __m128 firstTwo = _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(values)));
-    return FloatPack(_mm_movelh_ps(firstTwo, _mm_load_ss(values + 2)));
-#else
-    return {values[0], values[1], values[2], values[2]};
-#endif
+    return FloatPack<Size>(chosen.lanes() ? a.lanes() : b.lanes());
 }
 
 /// Double precision for as many lanes, in two halves.
-class DoublePack
+template <std::size_t Size> class DoublePack
 {
 public:
-    using Half = double __attribute__((vector_size(4 * packSize)));
+    using Half = pack::Lanes<double, Size / 2>;
 
-    DoublePack(Half low, Half high) : itsLow(low), itsHigh(high) {}
+    DoublePack(const Half& low, const Half& high) : itsLow(low), itsHigh(high) {}
 
-    friend DoublePack operator+(DoublePack a, DoublePack b) { return {a.itsLow + b.itsLow, a.itsHigh + b.itsHigh}; }
-    friend DoublePack operator-(DoublePack a, DoublePack b) { return {a.itsLow - b.itsLow, a.itsHigh - b.itsHigh}; }
-    friend DoublePack operator*(DoublePack a, DoublePack b) { return {a.itsLow * b.itsLow, a.itsHigh * b.itsHigh}; }
-    friend DoublePack operator+(double a, DoublePack b) { return {a + b.itsLow, a + b.itsHigh}; }
-    friend DoublePack operator-(double a, DoublePack b) { return {a - b.itsLow, a - b.itsHigh}; }
-    friend DoublePack operator-(DoublePack a, double b) { return {a.itsLow - b, a.itsHigh - b}; }
-    friend DoublePack operator*(double a, DoublePack b) { return {a * b.itsLow, a * b.itsHigh}; }
-    friend DoublePack operator/(double a, DoublePack b) { return {a / b.itsLow, a / b.itsHigh}; }
-    friend DoublePack operator/(DoublePack a, double b) { return {a.itsLow / b, a.itsHigh / b}; }
-    friend DoublePack operator-(DoublePack a) { return {-a.itsLow, -a.itsHigh}; }
+    friend DoublePack operator+(const DoublePack& a, const DoublePack& b)
+    {
+        return {a.itsLow + b.itsLow, a.itsHigh + b.itsHigh};
+    }
+    friend DoublePack operator-(const DoublePack& a, const DoublePack& b)
+    {
+        return {a.itsLow - b.itsLow, a.itsHigh - b.itsHigh};
+    }
+    friend DoublePack operator*(const DoublePack& a, const DoublePack& b)
+    {
+        return {a.itsLow * b.itsLow, a.itsHigh * b.itsHigh};
+    }
+    friend DoublePack operator+(double a, const DoublePack& b) { return {a + b.itsLow, a + b.itsHigh}; }
+    friend DoublePack operator-(double a, const DoublePack& b) { return {a - b.itsLow, a - b.itsHigh}; }
+    friend DoublePack operator-(const DoublePack& a, double b) { return {a.itsLow - b, a.itsHigh - b}; }
+    friend DoublePack operator*(double a, const DoublePack& b) { return {a * b.itsLow, a * b.itsHigh}; }
+    friend DoublePack operator/(double a, const DoublePack& b) { return {a / b.itsLow, a / b.itsHigh}; }
+    friend DoublePack operator/(const DoublePack& a, double b) { return {a.itsLow / b, a.itsHigh / b}; }
+    friend DoublePack operator-(const DoublePack& a) { return {-a.itsLow, -a.itsHigh}; }
+
+    friend PackMask<Size> operator>=(const DoublePack& a, double b) { return mask(a.itsLow >= b, a.itsHigh >= b); }
+    friend PackMask<Size> operator<=(const DoublePack& a, double b) { return mask(a.itsLow <= b, a.itsHigh <= b); }
 
     const Half& low() const { return itsLow; }
     const Half& high() const { return itsHigh; }
 
 private:
+    using HalfMask = pack::Lanes<std::int64_t, Size / 2>;
+
+    static PackMask<Size> mask(const HalfMask& low, const HalfMask& high)
+    {
+        return mask(low, high, std::make_index_sequence<Size>());
+    }
+    template <std::size_t... i>
+    static PackMask<Size> mask(const HalfMask& low, const HalfMask& high, std::index_sequence<i...>)
+    {
+        using Half32 = pack::Lanes<std::int32_t, Size / 2>;
+        return PackMask<Size>(
+            __builtin_shufflevector(__builtin_convertvector(low, Half32), __builtin_convertvector(high, Half32), i...));
+    }
+
     Half itsLow;
     Half itsHigh;
 };
 
-inline DoublePack wide(FloatPack value)
+/// The lanes that all masks choose.
+template <std::size_t Size, class... Masks> PackMask<Size> allOf(const PackMask<Size>& first, const Masks&... others)
 {
-    const auto low = value.lanes();
-    const auto high = __builtin_shufflevector(low, low, 2, 3, 2, 3);
-    return {DoublePack::Half{low[0], low[1]}, DoublePack::Half{high[0], high[1]}};
+    return (first & ... & others);
 }
 
-inline FloatPack single(const DoublePack& value)
+namespace pack
 {
-    return {static_cast<float>(value.low()[0]), static_cast<float>(value.low()[1]), static_cast<float>(value.high()[0]),
-            static_cast<float>(value.high()[1])};
+template <std::size_t Size, std::size_t... i>
+DoublePack<Size> widened(const FloatPack<Size>& value, std::index_sequence<i...>)
+{
+    using Half = typename DoublePack<Size>::Half;
+    const auto lanes = value.lanes();
+#if defined(__AVX512F__)
+    if constexpr (Size == 16)
+    {
+        // With all lanes chosen, since a warning of g++ 12 hits the plain form.
+        constexpr __mmask8 all = 0xFF;
+        return {_mm512_maskz_cvtps_pd(all, __builtin_shufflevector(lanes, lanes, i...)),
+                _mm512_maskz_cvtps_pd(all, __builtin_shufflevector(lanes, lanes, (i + Size / 2)...))};
+    }
+#endif
+#if defined(__AVX__)
+    if constexpr (Size == 8)
+    {
+        return {_mm256_cvtps_pd(_mm256_castps256_ps128(lanes)), _mm256_cvtps_pd(_mm256_extractf128_ps(lanes, 1))};
+    }
+#endif
+#if defined(__SSE2__)
+    if constexpr (Size == 4)
+    {
+        return {_mm_cvtps_pd(lanes), _mm_cvtps_pd(_mm_movehl_ps(lanes, lanes))};
+    }
+#endif
+    return {__builtin_convertvector(__builtin_shufflevector(lanes, lanes, i...), Half),
+            __builtin_convertvector(__builtin_shufflevector(lanes, lanes, (i + Size / 2)...), Half)};
+}
+
+template <std::size_t Size, std::size_t... i>
+FloatPack<Size> rounded(const DoublePack<Size>& value, std::index_sequence<i...>)
+{
+    using Half = Lanes<float, Size / 2>;
+    const auto low = __builtin_convertvector(value.low(), Half);
+    const auto high = __builtin_convertvector(value.high(), Half);
+    return FloatPack<Size>(__builtin_shufflevector(low, high, i...));
+}
+} // namespace pack
+
+template <std::size_t Size> DoublePack<Size> wide(const FloatPack<Size>& value)
+{
+    return pack::widened(value, std::make_index_sequence<Size / 2>());
+}
+
+template <std::size_t Size> FloatPack<Size> single(const DoublePack<Size>& value)
+{
+    return pack::rounded(value, std::make_index_sequence<Size>());
 }
 
 #endif

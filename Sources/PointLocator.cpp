@@ -1,7 +1,6 @@
 #include "PointLocator.h"
 
 #include "BucketBoxes.h"
-#include "PackedInversion.h"
 #include "Prefetch.h"
 
 #include <algorithm>
@@ -13,7 +12,7 @@ namespace
 {
 /// Points that travel through the stages of locate() together: enough to hide the way to memory and to fill packs, few
 /// enough that what was fetched for them is still there when it is needed.
-constexpr std::size_t groupSize = 64;
+constexpr std::size_t groupSize = 128;
 
 /// False, too, where coordinates are so large that their sum is not finite.
 bool areFinite(const float (*nodeCoords)[3], int nbNodes)
@@ -50,7 +49,7 @@ public:
 
     /// Takes a full pack of any kind if there is one, or else all of a kind that has some: the number of flights, and
     /// the kind's type code.
-    std::size_t take(std::array<InFlight*, packSize>& flights, int& typeCode)
+    std::size_t take(std::size_t packSize, std::array<InFlight*, maxPackSize>& flights, int& typeCode)
     {
         std::size_t kind = itsLastKind;
         for (std::size_t i = 0; i < nbStacks && itsStacks[kind].size < packSize; ++i)
@@ -191,12 +190,12 @@ void PointLocator::locateGroup(std::span<const TargetPoint> points, std::span<Lo
         *flight.located = {};
         wait(flight, waiting);
     }
-    std::array<InFlight*, packSize> taken{};
+    std::array<InFlight*, maxPackSize> taken{};
     int typeCode = 0;
-    while (const std::size_t nbTaken = waiting.take(taken, typeCode))
+    while (const std::size_t nbTaken = waiting.take(itsPackedInversion.packSize, taken, typeCode))
     {
         const std::span<InFlight* const> tried(taken.data(), nbTaken);
-        visitElementKind(typeCode, [&]<class Kind>(Kind) { tryCandidates<Kind>(tried, waiting); });
+        tryCandidates(typeCode, tried, waiting);
     }
 }
 
@@ -331,41 +330,40 @@ void PointLocator::wait(InFlight& flight, Waiting& waiting) const
     }
 }
 
-/// Tries at most packSize points in their candidates, all of one kind. Those that are refused wait for their next one.
-template <class Kind> void PointLocator::tryCandidates(std::span<InFlight* const> flights, Waiting& waiting) const
+/// Tries at most a pack of points in their candidates, all of one kind.
+void PointLocator::tryCandidates(int typeCode, std::span<InFlight* const> flights, Waiting& waiting) const
 {
-    std::array<const InFlight*, packSize> lanes;
-    std::array<const int*, packSize> nodeNumbers;
-    std::array<float, packSize> tolerances;
-    for (std::size_t lane = 0; lane < packSize; ++lane)
+    PackedProblem problem;
+    problem.nodeCoords = itsMesh.itsNodeCoords;
+    problem.areFinite = itsHasFiniteNodes;
+    problem.precisionFactor = itsPrecisionFactor;
+    for (std::size_t lane = 0; lane < itsPackedInversion.packSize; ++lane)
     {
         // Lanes without a point of their own repeat the first.
-        lanes[lane] = flights[lane < flights.size() ? lane : 0];
-        const int elt = lanes[lane]->candidate;
-        nodeNumbers[lane] = itsMesh.itsConnectivity[elt];
-        tolerances[lane] = squaredInversionTolerance(boxValues(itsBoxes, elt), itsPrecisionFactor);
+        const InFlight& flight = *flights[lane < flights.size() ? lane : 0];
+        problem.nodeNumbers[lane] = itsMesh.itsConnectivity[flight.candidate];
+        problem.points[lane] = flight.point.data();
+        problem.tolerances[lane] = squaredInversionTolerance(boxValues(itsBoxes, flight.candidate), itsPrecisionFactor);
     }
-    ElementNodes<Kind, FloatPack> nodes;
-    const auto* coords = itsMesh.itsNodeCoords;
-    for (std::size_t i = 0; i < Kind::nbNodes; ++i)
-    {
-        nodes[i] = packOf(coords[nodeNumbers[0][i]], coords[nodeNumbers[1][i]], coords[nodeNumbers[2][i]],
-                          coords[nodeNumbers[3][i]]);
-    }
-    const auto inversions = invertPoints<Kind>(
-        nodes, itsHasFiniteNodes, FloatPack(tolerances[0], tolerances[1], tolerances[2], tolerances[3]),
-        packOf(lanes[0]->point, lanes[1]->point, lanes[2]->point, lanes[3]->point), itsPrecisionFactor);
+    PackedSolution solution;
+    itsPackedInversion.invert(typeCode, problem, solution);
+    settle(flights, solution, waiting);
+}
+
+/// Ends the search of those that were accepted or met a singular Jacobian; the others wait for their next candidate.
+void PointLocator::settle(std::span<InFlight* const> flights, const PackedSolution& solution, Waiting& waiting) const
+{
     for (std::size_t lane = 0; lane < flights.size(); ++lane)
     {
         InFlight& flight = *flights[lane];
-        const Inversion& inversion = inversions[lane];
-        if (inversion.result == Inversion::inside)
+        if ((solution.inside >> lane & 1) != 0)
         {
             *flight.located = {.elt = flight.candidate,
-                               .referenceCoords = inversion.referenceCoords,
-                               .nbIterations = inversion.nbIterations};
+                               .referenceCoords = {solution.referenceCoords[0][lane], solution.referenceCoords[1][lane],
+                                                   solution.referenceCoords[2][lane]},
+                               .nbIterations = static_cast<int>(solution.nbIterations[lane])};
         }
-        else if (inversion.result == Inversion::singular)
+        else if ((solution.singular >> lane & 1) != 0)
         {
             flight.located->isSingular = true;
         }

@@ -10,6 +10,7 @@
 
 #include "BatchEntry.h"
 #include "BucketSpaceClass.h"
+#include "PackedInversion.h"
 
 #include <cstdint>
 #include <span>
@@ -66,13 +67,15 @@ private:
     void prefetchNodes(std::span<InFlight> group) const;
     void testBoxes(std::span<InFlight> group, CurrentBucket& bucket) const;
     bool hasNextCandidate(InFlight& flight) const;
-    template <class Kind> void tryCandidates(std::span<InFlight* const> flights, Waiting& waiting) const;
+    void tryCandidates(int typeCode, std::span<InFlight* const> flights, Waiting& waiting) const;
+    void settle(std::span<InFlight* const> flights, const PackedSolution& solution, Waiting& waiting) const;
     void wait(InFlight& flight, Waiting& waiting) const;
 
     const ModelClass& itsMesh;
     const BoxTable& itsBoxes;
     const BucketSpaceClass& itsSpace;
     float itsPrecisionFactor;
+    PackedInversion itsPackedInversion = widestPackedInversion();
     bool itsHasOneMatlState;
     bool itsHasFiniteNodes; ///< no coordinate is infinite or not a number
 };

@@ -62,12 +62,13 @@ struct LinearHexahedron
         shapeFunctions(gaussPoints[gaussPoint], values);
     }
 
-    static constexpr bool contains(const Vector3& point, double margin)
+    template <class Number = float> static constexpr auto contains(const std::array<Number, 3>& point, double margin)
     {
-        const double low = -1.0 - margin;
-        const double high = 1.0 + margin;
-        return low <= point[0] && point[0] <= high && low <= point[1] && point[1] <= high && low <= point[2] &&
-               point[2] <= high;
+        const auto xi = wide(point[0]);
+        const auto eta = wide(point[1]);
+        const auto zeta = wide(point[2]);
+        return allOf(xi >= -1.0 - margin, xi <= 1.0 + margin, eta >= -1.0 - margin, eta <= 1.0 + margin,
+                     zeta >= -1.0 - margin, zeta <= 1.0 + margin);
     }
 
     /// Every node takes the Gauss point next to it.

@@ -62,13 +62,13 @@ struct LinearPyramid
         shapeFunctions(gaussPoints[gaussPoint], values);
     }
 
-    static constexpr bool contains(const Vector3& point, double margin)
+    template <class Number = float> static constexpr auto contains(const std::array<Number, 3>& point, double margin)
     {
-        const double xi = point[0];
-        const double eta = point[1];
-        const double zeta = point[2];
-        return zeta >= -margin && 1.0 + eta - zeta >= -margin && 1.0 - xi - zeta >= -margin &&
-               1.0 - eta - zeta >= -margin && 1.0 + xi - zeta >= -margin;
+        const auto xi = wide(point[0]);
+        const auto eta = wide(point[1]);
+        const auto zeta = wide(point[2]);
+        return allOf(zeta >= -margin, 1.0 + eta - zeta >= -margin, 1.0 - xi - zeta >= -margin,
+                     1.0 - eta - zeta >= -margin, 1.0 + xi - zeta >= -margin);
     }
 
     /// A base node takes the lower Gauss point next to it, the apex the mean of the four upper ones.

@@ -42,12 +42,12 @@ struct LinearTetrahedron
         shapeFunctions(gaussPoints[gaussPoint], values);
     }
 
-    static constexpr bool contains(const Vector3& point, double margin)
+    template <class Number = float> static constexpr auto contains(const std::array<Number, 3>& point, double margin)
     {
-        const double xi = point[0];
-        const double eta = point[1];
-        const double zeta = point[2];
-        return xi >= -margin && eta >= -margin && zeta >= -margin && 1.0 - xi - eta - zeta >= -margin;
+        const auto xi = wide(point[0]);
+        const auto eta = wide(point[1]);
+        const auto zeta = wide(point[2]);
+        return allOf(xi >= -margin, eta >= -margin, zeta >= -margin, 1.0 - xi - eta - zeta >= -margin);
     }
 
     /// Every node takes the one Gauss point.

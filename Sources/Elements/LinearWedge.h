@@ -54,13 +54,13 @@ struct LinearWedge
         shapeFunctions(gaussPoints[gaussPoint], values);
     }
 
-    static constexpr bool contains(const Vector3& point, double margin)
+    template <class Number = float> static constexpr auto contains(const std::array<Number, 3>& point, double margin)
     {
-        const double xi = point[0];
-        const double eta = point[1];
-        const double zeta = point[2];
-        return xi >= -margin && eta >= -margin && 1.0 - xi - eta >= -margin && -1.0 - margin <= zeta &&
-               zeta <= 1.0 + margin;
+        const auto xi = wide(point[0]);
+        const auto eta = wide(point[1]);
+        const auto zeta = wide(point[2]);
+        return allOf(xi >= -margin, eta >= -margin, 1.0 - xi - eta >= -margin, zeta >= -1.0 - margin,
+                     zeta <= 1.0 + margin);
     }
 
     /// Every node takes the mean of the Gauss points on the two triangle edges that meet in it.

@@ -60,7 +60,7 @@ struct QuadraticTetrahedron
         shapeFunctionsInVolumeCoords(coords[0], coords[1], coords[2], coords[3], values);
     }
 
-    static constexpr bool contains(const Vector3& point, double margin)
+    template <class Number = float> static constexpr auto contains(const std::array<Number, 3>& point, double margin)
     {
         return LinearTetrahedron::contains(point, margin);
     }

@@ -5,7 +5,9 @@
 ///     shapeFunctions(point, values)
 ///     shapeFunctionDerivatives(point, derivatives)      d/dxi, d/deta, d/dzeta per node
 ///     shapeFunctionsAtGaussPoint(gaussPoint, values)
-///     contains(point, margin)        inside the reference domain, `margin` reference units tolerated
+///     contains(point, margin)        inside the reference domain, `margin` reference units tolerated; a bool, or a
+///     mask
+///                                    of the points of a pack
 ///     gaussPointsToNodes(gaussPointValues, nodeValues)  what the element gives to the average at each node
 ///
 /// Values are computed in double precision from the single-precision reference point and stored as single. The shape
@@ -16,6 +18,7 @@
 #include "../VectorHelpers.h"
 
 #include <array>
+#include <concepts>
 #include <cstddef>
 
 template <int nbNodes, class Number = float> using NodeValues = std::array<Number, nbNodes>;
@@ -23,6 +26,11 @@ template <int nbNodes, class Number = float> using NodeGradients = std::array<st
 
 /// 1/sqrt(3), the Gauss-Legendre abscissa of two points on [-1, 1], stored as single before it is used.
 inline constexpr float gaussAbscissa = single(0.57735026918962576451);
+
+constexpr bool allOf(std::same_as<bool> auto... conditions)
+{
+    return (conditions && ...);
+}
 
 /// Stores a gradient computed in double precision; constant components are plain numbers.
 template <class Number, class DXi, class DEta, class DZeta>

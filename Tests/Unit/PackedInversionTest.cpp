@@ -1,11 +1,16 @@
 // Inversions in packs give the bits of inversions one by one, in every lane and for every element kind.
 #include "PackedInversion.h"
 
+#include "ReferenceCoordinates.h"
+
+#include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <limits>
 #include <random>
+#include <vector>
 
 namespace
 {
@@ -106,88 +111,128 @@ template <class Kind> Problem<Kind> randomProblem(Generator& generator)
     return problem;
 }
 
-template <class Kind>
-std::array<Inversion, packSize> invertTogether(const std::array<Problem<Kind>, packSize>& problems,
-                                               float precisionFactor)
+bool isFinite(const Vector3& v)
 {
-    ElementNodes<Kind, FloatPack> nodes;
-    for (std::size_t n = 0; n < Kind::nbNodes; ++n)
-    {
-        nodes[n] = packOf(problems[0].nodes[n], problems[1].nodes[n], problems[2].nodes[n], problems[3].nodes[n]);
-    }
-    const auto tolerance = [&](std::size_t lane)
-    { return squaredInversionTolerance(problems[lane].box.data(), precisionFactor); };
-    const bool areFinite = std::all_of(
-        problems.begin(), problems.end(),
-        [](const auto& problem)
-        {
-            return std::all_of(problem.nodes.begin(), problem.nodes.end(),
-                               [](const Vector3& node)
-                               { return std::isfinite(node[0]) && std::isfinite(node[1]) && std::isfinite(node[2]); });
-        });
-    return invertPoints<Kind>(nodes, areFinite, FloatPack(tolerance(0), tolerance(1), tolerance(2), tolerance(3)),
-                              packOf(problems[0].point, problems[1].point, problems[2].point, problems[3].point),
-                              precisionFactor);
+    return std::isfinite(v[0]) && std::isfinite(v[1]) && std::isfinite(v[2]);
 }
 
-template <class Kind> void comparePacksWithSingles(std::uint64_t seed)
+/// Problems side by side, as the packed inversion takes them.
+template <class Kind> class Pack
 {
-    Generator generator(seed);
-    std::array<int, 4> nbPerResult{};
-    for (int i = 0; i < 10000; ++i)
+public:
+    Pack(std::size_t size, Generator& generator, float precisionFactor) : itsPrecisionFactor(precisionFactor)
     {
-        std::array<Problem<Kind>, packSize> problems;
-        for (auto& problem : problems)
+        for (std::size_t lane = 0; lane < size; ++lane)
         {
-            problem = randomProblem<Kind>(generator);
-        }
-        constexpr std::array factors{0.0F, 1e-6F, 0.001F, 0.05F, -0.001F, notANumber};
-        const float factor = factors[generator() % 8 < 5 ? 2 : generator() % factors.size()];
-        const auto together = invertTogether<Kind>(problems, factor);
-        for (std::size_t lane = 0; lane < packSize; ++lane)
-        {
-            const Problem<Kind>& problem = problems[lane];
-            const Inversion alone = invertPoint<Kind>(problem.nodes, problem.box.data(), problem.point, factor);
-            ASSERT_EQ(together[lane].result, alone.result) << "pack " << i << ", lane " << lane;
-            ASSERT_EQ(together[lane].nbIterations, alone.nbIterations) << "pack " << i << ", lane " << lane;
-            using Bits = std::array<std::uint32_t, 3>;
-            if (alone.result == Inversion::inside)
+            itsProblems[lane] = randomProblem<Kind>(generator);
+            for (const Vector3& node : itsProblems[lane].nodes)
             {
-                ASSERT_EQ(std::bit_cast<Bits>(together[lane].referenceCoords),
-                          std::bit_cast<Bits>(alone.referenceCoords))
-                    << "pack " << i << ", lane " << lane;
+                std::copy(node.begin(), node.end(), itsCoords[itsNbNodes]);
+                itsNumbers[lane].push_back(static_cast<int>(itsNbNodes++));
+                itsAreFinite = itsAreFinite && isFinite(node);
             }
-            ++nbPerResult[static_cast<std::size_t>(alone.result + 2)];
         }
     }
-    EXPECT_GT(nbPerResult[0], 20) << "singular";
-    EXPECT_GT(nbPerResult[1], 100) << "not converged";
-    EXPECT_GT(nbPerResult[2], 1000) << "outside";
-    EXPECT_GT(nbPerResult[3], 1000) << "inside";
+
+    PackedSolution solve(InvertPack invert, std::size_t size) const
+    {
+        PackedProblem problem{};
+        problem.nodeCoords = itsCoords;
+        problem.areFinite = itsAreFinite;
+        problem.precisionFactor = itsPrecisionFactor;
+        for (std::size_t lane = 0; lane < size; ++lane)
+        {
+            problem.nodeNumbers[lane] = itsNumbers[lane].data();
+            problem.points[lane] = itsProblems[lane].point.data();
+            problem.tolerances[lane] = squaredInversionTolerance(itsProblems[lane].box.data(), itsPrecisionFactor);
+        }
+        PackedSolution solution{};
+        invert(Kind::typeCode, problem, solution);
+        return solution;
+    }
+
+    Inversion solveAlone(std::size_t lane) const
+    {
+        const Problem<Kind>& problem = itsProblems[lane];
+        return invertPoint<Kind>(problem.nodes, problem.box.data(), problem.point, itsPrecisionFactor);
+    }
+
+private:
+    float itsPrecisionFactor;
+    std::array<Problem<Kind>, maxPackSize> itsProblems;
+    float itsCoords[maxPackSize * Kind::nbNodes][3];
+    std::size_t itsNbNodes = 0;
+    std::array<std::vector<int>, maxPackSize> itsNumbers;
+    bool itsAreFinite = true;
+};
+
+bool isIn(std::uint32_t set, std::size_t lane)
+{
+    return (set >> lane & 1) != 0;
 }
+
+template <class Kind>
+void comparePackWithSingles(const Pack<Kind>& pack, const PackedInversion& packed, std::array<int, 4>& nbPerResult)
+{
+    const PackedSolution together = pack.solve(packed.invert, packed.packSize);
+    for (std::size_t lane = 0; lane < packed.packSize; ++lane)
+    {
+        const Inversion alone = pack.solveAlone(lane);
+        ++nbPerResult[static_cast<std::size_t>(alone.result + 2)];
+        ASSERT_EQ(isIn(together.inside, lane), alone.result == Inversion::inside) << "lane " << lane;
+        ASSERT_EQ(isIn(together.singular, lane), alone.result == Inversion::singular) << "lane " << lane;
+        if (alone.result != Inversion::inside)
+        {
+            continue;
+        }
+        ASSERT_EQ(static_cast<int>(together.nbIterations[lane]), alone.nbIterations) << "lane " << lane;
+        for (std::size_t axis = 0; axis < 3; ++axis)
+        {
+            ASSERT_EQ(std::bit_cast<std::uint32_t>(together.referenceCoords[axis][lane]),
+                      std::bit_cast<std::uint32_t>(alone.referenceCoords[axis]))
+                << "lane " << lane;
+        }
+    }
+}
+
+template <class Kind> class PackedInversionOf : public testing::Test
+{
+};
+
+using Kinds = testing::Types<LinearHexahedron, LinearTetrahedron, LinearWedge, LinearPyramid, QuadraticTetrahedron>;
+TYPED_TEST_SUITE(PackedInversionOf, Kinds);
 } // namespace
 
-TEST(PackedInversion, isTheInversionOfEachLaneInHexahedra)
+TYPED_TEST(PackedInversionOf, eachLaneIsTheInversionOfItsPointAlone)
 {
-    comparePacksWithSingles<LinearHexahedron>(1);
+    for (const std::size_t packSize : {4U, 8U, 16U})
+    {
+        const PackedInversion packed = packedInversion(packSize);
+        if (packed.invert == nullptr)
+        {
+            continue; // not on this processor
+        }
+        Generator generator(packSize);
+        std::array<int, 4> nbPerResult{};
+        for (std::size_t i = 0; i < 40000 / packSize; ++i)
+        {
+            constexpr std::array factors{0.0F, 1e-6F, 0.001F, 0.05F, -0.001F, notANumber};
+            const float factor = factors[generator() % 8 < 5 ? 2 : generator() % factors.size()];
+            const Pack<TypeParam> pack(packSize, generator, factor);
+            comparePackWithSingles(pack, packed, nbPerResult);
+            ASSERT_FALSE(this->HasFatalFailure()) << "pack " << i << " of " << packSize;
+        }
+        EXPECT_GT(nbPerResult[0], 20) << "singular";
+        EXPECT_GT(nbPerResult[1], 100) << "not converged";
+        EXPECT_GT(nbPerResult[2], 1000) << "outside";
+        EXPECT_GT(nbPerResult[3], 1000) << "inside";
+    }
 }
 
-TEST(PackedInversion, isTheInversionOfEachLaneInTetrahedra)
+TEST(PackedInversion, isThereOnEveryProcessor)
 {
-    comparePacksWithSingles<LinearTetrahedron>(2);
-}
-
-TEST(PackedInversion, isTheInversionOfEachLaneInWedges)
-{
-    comparePacksWithSingles<LinearWedge>(3);
-}
-
-TEST(PackedInversion, isTheInversionOfEachLaneInPyramids)
-{
-    comparePacksWithSingles<LinearPyramid>(4);
-}
-
-TEST(PackedInversion, isTheInversionOfEachLaneInQuadraticTetrahedra)
-{
-    comparePacksWithSingles<QuadraticTetrahedron>(5);
+    EXPECT_NE(packedInversion(4).invert, nullptr);
+    EXPECT_EQ(packedInversion(5).invert, nullptr);
+    EXPECT_NE(widestPackedInversion().invert, nullptr);
+    EXPECT_LE(widestPackedInversion().packSize, maxPackSize);
 }

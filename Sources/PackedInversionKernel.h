@@ -1,0 +1,105 @@
+/// The inversion of a pack, for packs of any size. Each file that makes one of it is compiled for other processors, so
+/// everything here depends on the size of the pack: an inline function that did not could be taken by the linker for
+/// all.
+#ifndef VELTRANE_PACKED_INVERSION_KERNEL_H
+#define VELTRANE_PACKED_INVERSION_KERNEL_H
+
+#include "Pack.h"
+#include "PackedInversion.h"
+#include "ReferenceCoordinates.h"
+
+template <class Kind, std::size_t Size> using NodePacks = ElementNodes<Kind, FloatPack<Size>>;
+
+template <class Kind, std::size_t Size> NodePacks<Kind, Size> gatherNodePacks(const PackedProblem& problem)
+{
+    NodePacks<Kind, Size> nodes;
+    for (std::size_t n = 0; n < Kind::nbNodes; ++n)
+    {
+        for (std::size_t axis = 0; axis < 3; ++axis)
+        {
+            nodes[n][axis] = FloatPack<Size>::ofEach(
+                [&](std::size_t lane) { return problem.nodeCoords[problem.nodeNumbers[lane][n]][axis]; });
+        }
+    }
+    return nodes;
+}
+
+template <class Kind, std::size_t Size>
+void packedJacobian(const NodePacks<Kind, Size>& nodes, bool areFinite, const std::array<FloatPack<Size>, 3>& xi,
+                    FloatPack<Size> (&jacobian)[3][3])
+{
+    if constexpr (Kind::nbNodes == 4)
+    {
+        if (areFinite)
+        {
+            jacobianOfFiniteTetrahedron(nodes, jacobian);
+            return;
+        }
+    }
+    jacobianMatrix<Kind>(nodes, xi, jacobian);
+}
+
+template <class Kind, std::size_t Size> void invertPack(const PackedProblem& problem, PackedSolution& solution)
+{
+    using Float = FloatPack<Size>;
+    using Mask = PackMask<Size>;
+    constexpr Vector3 guess = Kind::initialGuess;
+    constexpr float guessed[3] = {guess[0], guess[1], guess[2]};
+
+    const NodePacks<Kind, Size> nodes = gatherNodePacks<Kind, Size>(problem);
+    const Float tolerances = Float::ofEach([&](std::size_t lane) { return problem.tolerances[lane]; });
+    std::array<Float, 3> points;
+    std::array<Float, 3> xi;
+    for (std::size_t axis = 0; axis < 3; ++axis)
+    {
+        points[axis] = Float::ofEach([&](std::size_t lane) { return problem.points[lane][axis]; });
+        xi[axis] = guessed[axis];
+    }
+    std::array<Float, 3> position = physicalPosition<Kind>(nodes, xi);
+    Float nbIterations;
+    Mask isSingular;
+    Mask isOpen = Float(2.0F) * tolerances > tolerances;
+    for (int i = 0; i < maxNbInversionIterations && isOpen.bits() != 0; ++i)
+    {
+        Float jacobian[3][3];
+        Float inverse[3][3];
+        packedJacobian<Kind, Size>(nodes, problem.areFinite, xi, jacobian);
+        const Float determinant = adjugate33(jacobian, inverse);
+        const Mask isZero = determinant == Float();
+        isSingular = isSingular | (isOpen & isZero);
+        isOpen = isOpen & ~isZero;
+        divideAdjugate33(inverse, determinant);
+        const std::array<Float, 3> residual{points[0] - position[0], points[1] - position[1], points[2] - position[2]};
+        const std::array<Float, 3> step = matrixTimesVector(inverse, residual);
+        for (std::size_t axis = 0; axis < 3; ++axis)
+        {
+            xi[axis] = select(isOpen, xi[axis] + step[axis], xi[axis]);
+        }
+        position = physicalPosition<Kind>(nodes, xi);
+        nbIterations = select(isOpen, nbIterations + Float(1.0F), nbIterations);
+        isOpen = isOpen & (squaredDistance(position, points) > tolerances);
+    }
+    solution.singular = isSingular.bits();
+    const Mask isConverged = ~isOpen & ~isSingular;
+    solution.inside = (isConverged & Kind::contains(xi, 2.0 * problem.precisionFactor)).bits();
+    for (std::size_t axis = 0; axis < 3; ++axis)
+    {
+        xi[axis].store(solution.referenceCoords[axis]);
+    }
+    nbIterations.store(solution.nbIterations);
+}
+
+template <std::size_t Size> void invertPack(int typeCode, const PackedProblem& problem, PackedSolution& solution)
+{
+    switch (typeCode)
+    {
+    case LinearHexahedron::typeCode: invertPack<LinearHexahedron, Size>(problem, solution); break;
+    case LinearTetrahedron::typeCode: invertPack<LinearTetrahedron, Size>(problem, solution); break;
+    case LinearWedge::typeCode: invertPack<LinearWedge, Size>(problem, solution); break;
+    case QuadraticTetrahedron::typeCode: invertPack<QuadraticTetrahedron, Size>(problem, solution); break;
+    case LinearPyramid::typeCode: invertPack<LinearPyramid, Size>(problem, solution); break;
+    default: break;
+    }
+}
+
+#endif
