@@ -4,6 +4,7 @@
 #include "FileFormat.h"
 #include "JsonReport.h"
 #include "ProgressBar.h"
+#include "RecordPicture.h"
 #include "Report.h"
 #include "Text.h"
 #include "Transfer.h"
@@ -52,6 +53,7 @@ TransferCommand::TransferCommand(CLI::App& app)
     files_.addSkipUnsupported(*command_);
     files_.addReplace(*command_, "let transferred fields replace the target's arrays of the same names");
     report_.addTo(*command_);
+    picture_.addTo(*command_);
     log_.addTo(*command_);
     files_.addQuiet(*command_, "print no summary and no progress");
     command_->footer(
@@ -70,6 +72,7 @@ ExitStatus TransferCommand::run() const
 
     const OutputFile output = files_.openOutput();
     const std::optional<OutputFile> report = openCompanion(report_, files_);
+    const std::optional<OutputFile> picture = openCompanion(picture_, files_);
     const std::optional<OutputFile> log = openCompanion(log_, files_);
     ProgressBar progress(!files_.quiet);
     progress.beginStage("reading source");
@@ -103,9 +106,13 @@ ExitStatus TransferCommand::run() const
     const IntegerArray mask = validPointMask(result.origins);
     output.write([&](const std::filesystem::path& path)
                  { target.writeWith(result.fields, std::span(&mask, 1), path); });
-    progress.finish();
-
     const TransferRecord record{source, fields, target, result, options, progress.times()};
+    if (picture)
+    {
+        progress.beginStage("drawing picture");
+        writeCompanion(picture, [&](const std::filesystem::path& path) { drawPicture(record, path); });
+    }
+    progress.finish();
     writeCompanion(report, [&](const std::filesystem::path& path) { writeReport(record, path); });
     writeCompanion(log, [&](const std::filesystem::path& path) { writeLog(result, path); });
     if (!files_.quiet)

@@ -30,6 +30,8 @@ private:
     CLI::App* command_;
     MeshPairArguments files_;
     TransferArguments arguments_;
+    CompanionOption picture_{"--picture", ".png",
+                             "draw a cut through source and target, with what of the\ntarget is outside (.png)"};
     CompanionOption report_{"--report", ".json", "write what has been done and found for machines, too (.json)"};
     CompanionOption log_{"--log", "", "keep the statistics log of the search"};
 };

@@ -1,0 +1,187 @@
+#include "Cut.h"
+
+#include "VtkCells.h"
+
+#include <vtkCellArray.h>
+#include <vtkCellData.h>
+#include <vtkCellType.h>
+#include <vtkCutter.h>
+#include <vtkDoubleArray.h>
+#include <vtkIdTypeArray.h>
+#include <vtkImplicitSum.h>
+#include <vtkNew.h>
+#include <vtkPlane.h>
+#include <vtkPointData.h>
+#include <vtkPolyData.h>
+#include <vtkUnstructuredGrid.h>
+
+#include <algorithm>
+#include <map>
+
+namespace veltrane
+{
+namespace
+{
+
+constexpr const char* valueName = "value";
+constexpr const char* elementName = "element";
+
+const VtkCellKind& cellKindOf(ElementKind kind)
+{
+    for (const int cellType : {VTK_TETRA, VTK_HEXAHEDRON, VTK_WEDGE, VTK_PYRAMID, VTK_QUADRATIC_TETRA, VTK_TRIANGLE})
+    {
+        const VtkCellKind* cellKind = findVtkCellKind(cellType);
+        if (cellKind->kind == kind)
+        {
+            return *cellKind;
+        }
+    }
+    return *findVtkCellKind(VTK_QUAD);
+}
+
+void addElement(vtkUnstructuredGrid& grid, const Mesh& mesh, int element)
+{
+    const VtkCellKind& kind = cellKindOf(mesh.kindOf(element).kind);
+    const std::span<const int> nodes = mesh.nodesOf(element);
+    std::array<vtkIdType, 10> cellNodes{};
+    for (std::size_t i = 0; i < nodes.size(); ++i)
+    {
+        cellNodes[static_cast<std::size_t>(kind.nodeOrder[i])] = nodes[i];
+    }
+    grid.InsertNextCell(kind.cellType, static_cast<vtkIdType>(nodes.size()), cellNodes.data());
+}
+
+PlaneEdge edgeBetween(std::size_t a, std::size_t b)
+{
+    return {std::min(a, b), std::max(a, b)};
+}
+
+/// Counts how often an edge turns up.
+using EdgeCounts = std::map<PlaneEdge, int>;
+
+/// Those that turn up once: the others are within.
+std::vector<PlaneEdge> boundary(const EdgeCounts& counts)
+{
+    std::vector<PlaneEdge> edges;
+    for (const auto& [edge, count] : counts)
+    {
+        if (count == 1)
+        {
+            edges.push_back(edge);
+        }
+    }
+    return edges;
+}
+
+/// Sorts the cells of a cut into triangles and lines, and finds the edges that matter: a volume element is cut into
+/// several triangles, whose common edges are none of the element's.
+void readCells(vtkPolyData& polygons, Cut& cut)
+{
+    const auto& elements = *vtkIdTypeArray::SafeDownCast(polygons.GetCellData()->GetArray(elementName));
+    std::map<vtkIdType, EdgeCounts> edgesOfElements;
+    EdgeCounts allEdges;
+    for (vtkIdType cell = 0; cell < polygons.GetNumberOfCells(); ++cell)
+    {
+        vtkIdType count = 0;
+        const vtkIdType* points = nullptr;
+        polygons.GetCellPoints(cell, count, points);
+        const auto number = [&](vtkIdType i) { return static_cast<std::size_t>(points[i]); };
+        if (count == 2)
+        {
+            cut.lines.push_back({number(0), number(1)});
+        }
+        if (count != 3)
+        {
+            continue;
+        }
+        cut.triangles.push_back({number(0), number(1), number(2)});
+        EdgeCounts& elementEdges = edgesOfElements[elements.GetValue(cell)];
+        for (vtkIdType i = 0; i < 3; ++i)
+        {
+            const PlaneEdge edge = edgeBetween(number(i), number((i + 1) % 3));
+            ++elementEdges[edge];
+            ++allEdges[edge];
+        }
+    }
+    EdgeCounts once;
+    for (const auto& [element, counts] : edgesOfElements)
+    {
+        for (const PlaneEdge& edge : boundary(counts))
+        {
+            once[edge] = 1;
+        }
+    }
+    cut.elementEdges = boundary(once);
+    cut.outline = boundary(allEdges);
+}
+
+} // namespace
+
+struct CutMesh::Contents
+{
+    vtkNew<vtkUnstructuredGrid> grid;
+};
+
+CutMesh::CutMesh(const Mesh& mesh, std::span<const double> values) : contents_(std::make_unique<Contents>())
+{
+    vtkUnstructuredGrid& grid = *contents_->grid;
+    vtkNew<vtkPoints> points;
+    vtkNew<vtkDoubleArray> nodeValues;
+    nodeValues->SetName(valueName);
+    for (int node = 0; node < mesh.nodeCount(); ++node)
+    {
+        const std::span<const float, 3> place = mesh.nodePosition(node);
+        points->InsertNextPoint(place.data());
+        nodeValues->InsertNextValue(values[static_cast<std::size_t>(node)]);
+    }
+    grid.SetPoints(points);
+    grid.GetPointData()->AddArray(nodeValues);
+    vtkNew<vtkIdTypeArray> elements;
+    elements->SetName(elementName);
+    grid.Allocate(mesh.elementCount());
+    for (int element = 0; element < mesh.elementCount(); ++element)
+    {
+        addElement(grid, mesh, element);
+        elements->InsertNextValue(element);
+    }
+    grid.GetCellData()->AddArray(elements);
+}
+
+CutMesh::~CutMesh() = default;
+
+Cut CutMesh::cut(const CutPlane& plane) const
+{
+    std::array<double, 3> normal{};
+    normal[plane.axis] = 1;
+    std::array<double, 3> origin{};
+    origin[plane.axis] = plane.position;
+    vtkNew<vtkPlane> bare;
+    bare->SetNormal(normal.data());
+    bare->SetOrigin(origin.data());
+    vtkNew<vtkImplicitSum> function; // for a bare plane the cutter takes a short cut that loses the elements' numbers
+    function->AddFunction(bare);
+    vtkNew<vtkCutter> cutter;
+    cutter->SetCutFunction(function);
+    cutter->GenerateTrianglesOn();
+    cutter->SetInputData(contents_->grid);
+    cutter->Update();
+    vtkPolyData& polygons = *cutter->GetOutput();
+
+    Cut cut;
+    if (polygons.GetNumberOfCells() == 0)
+    {
+        return cut;
+    }
+    vtkDataArray& values = *polygons.GetPointData()->GetArray(valueName);
+    for (vtkIdType i = 0; i < polygons.GetNumberOfPoints(); ++i)
+    {
+        std::array<double, 3> place{};
+        polygons.GetPoint(i, place.data());
+        cut.points.push_back({place[plane.right()], place[plane.up()]});
+        cut.values.push_back(values.GetComponent(i, 0));
+    }
+    readCells(polygons, cut);
+    return cut;
+}
+
+} // namespace veltrane

@@ -1,0 +1,59 @@
+/// Plane cuts through meshes.
+#ifndef VELTRANE_HOST_CUT_H
+#define VELTRANE_HOST_CUT_H
+
+#include "Mesh.h"
+
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace veltrane
+{
+
+/// A plane across a coordinate axis.
+struct CutPlane
+{
+    std::size_t axis;
+    double position;
+
+    /// The axes to the right and upwards when one looks at the plane.
+    std::size_t right() const { return axis == 0 ? 1 : 0; }
+    std::size_t up() const { return axis == 2 ? 1 : 2; }
+};
+
+using PlanePoint = std::array<double, 2>;
+using PlaneEdge = std::array<std::size_t, 2>;
+
+/// Where a plane meets a mesh. Numbers are those of the cut's points.
+struct Cut
+{
+    std::vector<PlanePoint> points;                    ///< to the right and upwards
+    std::vector<double> values;                        ///< of the points; NaN where there is no usable value
+    std::vector<std::array<std::size_t, 3>> triangles; ///< of volume elements
+    std::vector<PlaneEdge> lines;                      ///< of surface elements
+    std::vector<PlaneEdge> elementEdges;               ///< between the volume elements and around them
+    std::vector<PlaneEdge> outline;                    ///< around all of them
+};
+
+/// A mesh with a value at each node, to be cut again and again.
+class CutMesh
+{
+public:
+    CutMesh(const Mesh& mesh, std::span<const double> values);
+    ~CutMesh();
+    CutMesh(const CutMesh&) = delete;
+    CutMesh& operator=(const CutMesh&) = delete;
+
+    Cut cut(const CutPlane& plane) const;
+
+private:
+    struct Contents;
+    std::unique_ptr<Contents> contents_;
+};
+
+} // namespace veltrane
+
+#endif

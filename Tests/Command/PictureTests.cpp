@@ -1,0 +1,275 @@
+// veltrane transfer --picture, and the pieces that it is made of.
+#include "CommandRunner.h"
+#include "TestGrids.h"
+
+#include "ColourScale.h"
+#include "CutChoice.h"
+#include "MeshFile.h"
+#include "Raster.h"
+
+#include <vtkCellType.h>
+#include <vtkImageData.h>
+#include <vtkNew.h>
+#include <vtkPNGReader.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <memory>
+
+namespace
+{
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using veltrane::ColourScale;
+using veltrane::Cut;
+using veltrane::CutMesh;
+using veltrane::CutPlane;
+using veltrane::Mesh;
+using veltrane::PlaneEdge;
+using veltrane::Raster;
+
+/// A mesh as the command reads it, with the values of a function at its nodes.
+struct SampledMesh
+{
+    SampledMesh(vtkUnstructuredGrid& grid, const PointFunction& function)
+    {
+        const TestDirectory directory;
+        writeGrid(grid, directory / "mesh.vtu");
+        file = std::make_unique<veltrane::MeshFile>(directory / "mesh.vtu", veltrane::MeshRole::target);
+        for (vtkIdType i = 0; i < grid.GetNumberOfPoints(); ++i)
+        {
+            values.push_back(function(pointOf(grid, i)));
+        }
+    }
+
+    const Mesh& mesh() const { return file->mesh(); }
+    CutMesh cutMesh() const { return {mesh(), values}; }
+
+    std::unique_ptr<veltrane::MeshFile> file;
+    std::vector<double> values;
+};
+
+double areaOf(const Cut& cut)
+{
+    double area = 0;
+    for (const auto& [a, b, c] : cut.triangles)
+    {
+        const auto& p = cut.points;
+        area += std::abs((p[b][0] - p[a][0]) * (p[c][1] - p[a][1]) - (p[c][0] - p[a][0]) * (p[b][1] - p[a][1])) / 2;
+    }
+    return area;
+}
+
+double lengthOf(const Cut& cut, const std::vector<PlaneEdge>& edges)
+{
+    double length = 0;
+    for (const auto& [a, b] : edges)
+    {
+        length += std::hypot(cut.points[a][0] - cut.points[b][0], cut.points[a][1] - cut.points[b][1]);
+    }
+    return length;
+}
+
+/// Through the unit cube in two by two by two cubes: a square of area 1 with a cross in it.
+TEST(Cut, HasAreaOutlineAndEdgesOfTheElementsItGoesThrough)
+{
+    const SampledMesh cubes(*makeGrid(VTK_HEXAHEDRON, 2), linear);
+    const Cut cut = cubes.cutMesh().cut({2, 0.3});
+    EXPECT_NEAR(areaOf(cut), 1, 1e-6);
+    EXPECT_NEAR(lengthOf(cut, cut.outline), 4, 1e-6);
+    EXPECT_NEAR(lengthOf(cut, cut.elementEdges), 6, 1e-6);
+    EXPECT_EQ(cut.elementEdges.size(), 12U);
+    ASSERT_EQ(cut.values.size(), cut.points.size());
+    for (std::size_t i = 0; i < cut.points.size(); ++i)
+    {
+        EXPECT_NEAR(cut.values[i], linear({cut.points[i][0], cut.points[i][1], 0.3}), 1e-5);
+    }
+}
+
+TEST(Cut, ShowsTheAxesAcrossItToTheRightAndUpwards)
+{
+    GridBuilder builder;
+    builder.addCell(VTK_HEXAHEDRON,
+                    {{0, 0, 0}, {1, 0, 0}, {1, 2, 0}, {0, 2, 0}, {0, 0, 3}, {1, 0, 3}, {1, 2, 3}, {0, 2, 3}});
+    const SampledMesh block(*builder.grid(), linear);
+    const auto sizeAcross = [&](std::size_t axis)
+    {
+        const Cut cut = block.cutMesh().cut({axis, 0.5});
+        const veltrane::PlaneBox box = veltrane::boxAround(cut, cut);
+        return std::array{std::lround(box.width()), std::lround(box.height())};
+    };
+    EXPECT_THAT(sizeAcross(0), ElementsAre(2, 3)); // y and z
+    EXPECT_THAT(sizeAcross(1), ElementsAre(1, 3));
+    EXPECT_THAT(sizeAcross(2), ElementsAre(1, 2));
+}
+
+class CutOfKind : public testing::TestWithParam<int>
+{
+};
+
+TEST_P(CutOfKind, FillsTheCube)
+{
+    const SampledMesh grid(*makeGrid(GetParam(), 2), linear);
+    const Cut cut = grid.cutMesh().cut({0, 0.3});
+    EXPECT_NEAR(areaOf(cut), 1, 1e-6);
+    EXPECT_NEAR(lengthOf(cut, cut.outline), 4, 1e-6);
+}
+
+INSTANTIATE_TEST_SUITE_P(AllKinds, CutOfKind,
+                         testing::Values(VTK_TETRA, VTK_HEXAHEDRON, VTK_WEDGE, VTK_PYRAMID, VTK_QUADRATIC_TETRA));
+
+TEST(Cut, OfSurfacesIsALine)
+{
+    const SampledMesh plate(*makeGrid(VTK_QUAD, 1), linear);
+    const Cut cut = plate.cutMesh().cut({1, 0.25});
+    EXPECT_TRUE(cut.triangles.empty());
+    EXPECT_NEAR(lengthOf(cut, cut.lines), 1, 1e-6);
+}
+
+/// A right angle at the lower left corner of four by four pixels: six of their centres are within, and four on its
+/// edge.
+TEST(Raster, HasTheValuesAtThePixelsCentres)
+{
+    Cut cut;
+    cut.points = {{0, 0}, {4, 0}, {0, 4}};
+    cut.values = {0, 4, 8}; // x + 2 y
+    cut.triangles = {{0, 1, 2}};
+    const Raster raster = veltrane::rasterize(cut, {{0, 0}, {4, 4}}, 4, 4);
+    EXPECT_EQ(std::ranges::count(raster.isCovered, true), 10);
+    EXPECT_NEAR(raster.values[raster.index(0, 3)], 0.5 + 2 * 0.5, 1e-12);
+    EXPECT_NEAR(raster.values[raster.index(2, 3)], 2.5 + 2 * 0.5, 1e-12);
+    EXPECT_NEAR(raster.values[raster.index(1, 1)], 1.5 + 2 * 2.5, 1e-12);
+    EXPECT_TRUE(std::isnan(raster.values[raster.index(3, 0)]));
+}
+
+TEST(ColourScale, RunsFromDarkBlueToYellow)
+{
+    const ColourScale scale(10, 20);
+    EXPECT_GT(scale.of(10)[2], scale.of(10)[1]);
+    EXPECT_GT(scale.of(20)[0], 0.9);
+    EXPECT_LT(scale.of(20)[2], 0.2);
+    EXPECT_EQ(scale.of(5), scale.of(10));
+    EXPECT_EQ(scale.of(1e9), scale.of(20));
+}
+
+TEST(ColourScale, HasRoundTicksInFewDigits)
+{
+    const auto texts = [](double min, double max) { return veltrane::tickTexts(ColourScale(min, max).ticks(5)); };
+    EXPECT_THAT(texts(0.045, 94.2), ElementsAre("20", "40", "60", "80"));
+    EXPECT_THAT(texts(-0.0016, 0.0508), ElementsAre("0", "0.02", "0.04"));
+    EXPECT_THAT(texts(1000, 1002), ElementsAre("1000", "1000.5", "1001", "1001.5", "1002"));
+    EXPECT_THAT(texts(0, 2e9), ElementsAre("0", "5e+08", "1e+09", "1.5e+09", "2e+09"));
+    EXPECT_THAT(texts(7, 7), ElementsAre("7"));
+}
+
+TEST(MostTellingCut, ShowsHowTheFieldVaries)
+{
+    for (std::size_t axis = 0; axis < 3; ++axis)
+    {
+        const SampledMesh cubes(*makeGrid(VTK_HEXAHEDRON, 4), [=](const Point& p) { return p[axis] * p[axis]; });
+        const CutMesh cutMesh = cubes.cutMesh();
+        const CutPlane plane = veltrane::mostTellingCut(cutMesh, cutMesh, cubes.mesh(), cubes.values).plane;
+        EXPECT_NE(plane.axis, axis);
+    }
+}
+
+/// The target leaves the source at one side in z; a cut across another axis shows it, and those across z do not.
+TEST(MostTellingCut, ShowsWhereTheTargetIsOutside)
+{
+    const SampledMesh source(*makeGrid(VTK_HEXAHEDRON, 4), linear);
+    GridBuilder builder;
+    builder.addGrid(VTK_HEXAHEDRON, 2, 0.25, 0.75);
+    builder.addCube(VTK_HEXAHEDRON, {0.25, 0.25, 1}, 0.25);
+    const SampledMesh target(*builder.grid(), [](const Point& p) { return p[0] + p[1]; });
+    const CutPlane plane =
+        veltrane::mostTellingCut(source.cutMesh(), target.cutMesh(), target.mesh(), target.values).plane;
+    EXPECT_NE(plane.axis, 2U);
+    EXPECT_GT(plane.position, 0.25);
+    EXPECT_LT(plane.position, 0.5);
+}
+
+/// How many pixels of a picture are of the colour that marks what is outside.
+long long countMarked(const std::filesystem::path& path, std::array<int, 2>& size)
+{
+    vtkNew<vtkPNGReader> reader;
+    reader->SetFileName(path.c_str());
+    reader->Update();
+    vtkImageData& image = *reader->GetOutput();
+    size = {image.GetDimensions()[0], image.GetDimensions()[1]};
+    long long count = 0;
+    for (int row = 0; row < size[1]; ++row)
+    {
+        for (int column = 0; column < size[0]; ++column)
+        {
+            const auto part = [&](int i) { return image.GetScalarComponentAsDouble(column, row, 0, i); };
+            count += part(0) > 200 && part(1) < 50 && part(2) < 50 ? 1 : 0;
+        }
+    }
+    return count;
+}
+
+class Picture : public testing::Test
+{
+protected:
+    Picture()
+    {
+        const auto source = makeGrid(VTK_HEXAHEDRON, 4);
+        addDoubles(*source, "T", linear);
+        writeGrid(*source, runner.file("source.vtu"));
+    }
+
+    CommandResult transfer(vtkUnstructuredGrid& target, std::vector<std::string> options = {}) const
+    {
+        writeGrid(target, runner.file("target.vtu"));
+        options.insert(options.begin(),
+                       {"transfer", "source.vtu", "target.vtu", "-o", "out.vtu", "--picture", "picture.png"});
+        return runner.run(options);
+    }
+
+    CommandRunner runner;
+};
+
+TEST_F(Picture, ShowsSourceAndTargetSideBySide)
+{
+    const CommandResult result = transfer(*makeGrid(VTK_TETRA, 3, 0.1, 0.9));
+    ASSERT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(result.errors, "");
+    EXPECT_THAT(result.progress, HasSubstr("drawing picture ...\n"));
+    std::array<int, 2> size{};
+    EXPECT_EQ(countMarked(runner.file("picture.png"), size), 0);
+    EXPECT_EQ(size[0], 1600);
+    EXPECT_GT(size[1], 700); // square cuts
+}
+
+/// The target's upper 0.04 of 0.94 are outside the source: of some 460 by 460 pixels 4 %, and half of these are marked.
+TEST_F(Picture, MarksWhereTheTargetIsOutside)
+{
+    const CommandResult result = transfer(*makeGrid(VTK_TETRA, 3, 0.1, 1.04), {"--mode", "1"});
+    ASSERT_EQ(result.status, 0) << result.errors;
+    std::array<int, 2> size{};
+    const long long marked = countMarked(runner.file("picture.png"), size);
+    EXPECT_GT(marked, 5000);
+    EXPECT_LT(marked, 30000);
+}
+
+TEST_F(Picture, IsDrawnOfTargetsOfSurfaces)
+{
+    const CommandResult result = transfer(*makeGrid(VTK_QUAD, 3, 0.1, 0.9));
+    ASSERT_EQ(result.status, 0) << result.errors;
+    EXPECT_TRUE(std::filesystem::exists(runner.file("picture.png")));
+}
+
+TEST_F(Picture, MustHaveAPlaceOfItsOwn)
+{
+    writeGrid(*makeGrid(VTK_TETRA, 2), runner.file("target.vtu"));
+    expectFailure(runner, 64, "the file 'picture.jpg' of --picture is not named .png",
+                  {"transfer", "source.vtu", "target.vtu", "-o", "out.vtu", "--picture", "picture.jpg"});
+    expectFailure(runner, 73, "there is no directory 'nowhere' for the output",
+                  {"transfer", "source.vtu", "target.vtu", "-o", "out.vtu", "--picture", "nowhere/p.png"});
+}
+
+} // namespace
