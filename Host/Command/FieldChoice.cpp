@@ -16,15 +16,47 @@ bool contains(const std::vector<std::string>& names, const std::string& name)
     return std::ranges::find(names, name) != names.end();
 }
 
+bool hasFloatingPointData(const MeshFile& file)
+{
+    return std::ranges::any_of(file.pointArrays(), &PointArray::isFloatingPoint);
+}
+
+/// Point data of the same name goes before.
+bool isGaussField(const MeshFile& file, const std::string& name)
+{
+    return file.hasGaussField(name) && !file.hasArray(ArrayPlace::points, name);
+}
+
+/// Point data need not be there if there are Gauss-point fields.
+void addAll(const MeshFile& file, std::string_view done, std::vector<ChosenField>& chosen)
+{
+    if (hasFloatingPointData(file) || file.gaussFields().empty())
+    {
+        for (const std::string& name : chooseFields(file, {}, done))
+        {
+            chosen.push_back({name, name});
+        }
+    }
+    for (const std::string& name : file.gaussFields())
+    {
+        if (isGaussField(file, name))
+        {
+            chosen.push_back({name, name});
+        }
+    }
+}
+
 /// Names may have equal signs themselves: NAME ends at the first one before which there is the name of an array.
 ChosenField parseRequest(const MeshFile& file, const std::string& request)
 {
-    if (file.hasArray(ArrayPlace::points, request))
+    const auto isName = [&](const std::string& name)
+    { return file.hasArray(ArrayPlace::points, name) || file.hasGaussField(name); };
+    if (isName(request))
     {
         return {request, request};
     }
     std::size_t sign = request.find('=');
-    while (sign != std::string::npos && !file.hasArray(ArrayPlace::points, request.substr(0, sign)))
+    while (sign != std::string::npos && !isName(request.substr(0, sign)))
     {
         sign = request.find('=', sign + 1);
     }
@@ -50,18 +82,22 @@ std::vector<ChosenField> chooseAndRename(const MeshFile& file, const std::vector
                                          std::string_view done)
 {
     std::vector<ChosenField> chosen;
-    std::vector<std::string> names;
+    std::vector<std::string> pointData;
     for (const std::string& request : requested)
     {
         chosen.push_back(parseRequest(file, request));
-        names.push_back(chosen.back().name);
-    }
-    for (const std::string& name : chooseFields(file, names, done))
-    {
-        if (requested.empty())
+        if (!isGaussField(file, chosen.back().name))
         {
-            chosen.push_back({name, name});
+            pointData.push_back(chosen.back().name);
         }
+    }
+    if (requested.empty())
+    {
+        addAll(file, done, chosen);
+    }
+    else if (!pointData.empty())
+    {
+        chooseFields(file, pointData, done); // throws if there is no such array
     }
     std::set<std::string> newNames;
     for (const ChosenField& field : chosen)

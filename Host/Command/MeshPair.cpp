@@ -94,7 +94,10 @@ void MeshPairArguments::checkNewArray(const MeshFile& targetFile, ArrayPlace pla
 {
     if (!replace && targetFile.hasArray(place, name))
     {
-        throw BadFile(text("the target '", target, "' has a ", place == ArrayPlace::points ? "point" : "cell",
+        throw BadFile(text("the target '", target, "' has a ",
+                           place == ArrayPlace::points  ? "point"
+                           : place == ArrayPlace::cells ? "cell"
+                                                        : "field",
                            "-data array '", name, "' of its own; --replace lets the new one take its place"));
     }
 }

@@ -90,6 +90,12 @@ void TransferArguments::addFields(CLI::App& command)
             "1, 2, 3, 7 and 8 (see --state), may be repeated");
 }
 
+void TransferArguments::addGauss(CLI::App& command)
+{
+    command.add_flag("--gauss", atGaussPoints,
+                     "give values to the Gauss points of the target's volume cells\ninstead of its nodes");
+}
+
 void TransferArguments::addOutside(CLI::App& command, const std::string& points, bool canPropagate)
 {
     const std::vector<std::string> words =

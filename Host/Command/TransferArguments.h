@@ -22,6 +22,7 @@ struct TransferArguments
     std::vector<std::string> fields{};
     bool cellsAsNodes = false;
     std::vector<std::string> classOneOnly{};
+    bool atGaussPoints = false;
     std::string outside = "error";
     std::vector<std::string> defaults{};
     Tuning tuning{};
@@ -29,6 +30,7 @@ struct TransferArguments
     /// \param points       what receives the values: "nodes"
     /// \param canPropagate whether these have neighbours
     void addFields(CLI::App& command);
+    void addGauss(CLI::App& command);
     void addOutside(CLI::App& command, const std::string& points, bool canPropagate);
     void addTuning(CLI::App& command);
 

@@ -47,6 +47,7 @@ TransferCommand::TransferCommand(CLI::App& app)
     files_.addFiles(*command_, "mesh file with the fields, of volume cells", "mesh file that is to receive the fields",
                     "file to be written: the target with the fields added");
     arguments_.addFields(*command_);
+    arguments_.addGauss(*command_);
     arguments_.addOutside(*command_, "nodes", true);
     files_.materials.addTo(*command_, "nodes to receive values");
     arguments_.addTuning(*command_);
@@ -69,6 +70,14 @@ ExitStatus TransferCommand::run() const
     {
         throw InvalidOption(text("the output '", files_.output, "' is not named ", meshOutputEndings));
     }
+    if (arguments_.atGaussPoints && formatOf(files_.output) != FileFormat::unstructuredGrid)
+    {
+        throw InvalidOption(text("the output '", files_.output, "' of --gauss is not named .vtu"));
+    }
+    if (arguments_.atGaussPoints && !picture_.path.empty())
+    {
+        throw InvalidOption("--picture draws values at nodes, which --gauss does not give");
+    }
 
     const OutputFile output = files_.openOutput();
     const std::optional<OutputFile> report = openCompanion(report_, files_);
@@ -78,16 +87,17 @@ ExitStatus TransferCommand::run() const
     progress.beginStage("reading source");
     MeshFile source = files_.readSource(arguments_.cellsAsNodes);
     progress.beginStage("reading target");
-    MeshFile target = files_.readTarget(MeshRole::target);
+    MeshFile target = files_.readTarget(arguments_.atGaussPoints ? MeshRole::gaussPointTarget : MeshRole::target);
     useCommonMaterialArray(source, target);
 
     const std::vector<ChosenField> chosen = arguments_.chooseFields(source);
     for (const ChosenField& field : chosen)
     {
-        files_.checkNewArray(target, ArrayPlace::points, field.newName);
+        files_.checkNewArray(target, arguments_.atGaussPoints ? ArrayPlace::file : ArrayPlace::points, field.newName);
     }
     options.fieldOptions = arguments_.fieldOptions(chosen);
     const std::vector<Field> fields = readFields(source, chosen);
+    options.targetLocations.assign(fields.size(), arguments_.atGaussPoints ? Location::gaussPoints : Location::nodes);
     options.targetMapping =
         files_.materials.select(target.mesh().materials(), target.materialArray().has_value(), target.path());
     checkOverlap(source.mesh().boundingBox(), target.mesh().boundingBox(options.targetMapping));
@@ -103,9 +113,13 @@ ExitStatus TransferCommand::run() const
     options.progress = progress.callback("interpolating");
     const TransferResult result = transferExplainingFailures(source.mesh(), fields, target.mesh(), options);
     progress.beginStage("writing output");
-    const IntegerArray mask = validPointMask(result.origins);
-    output.write([&](const std::filesystem::path& path)
-                 { target.writeWith(result.fields, std::span(&mask, 1), path); });
+    std::vector<IntegerArray> arrays;
+    if (!result.origins.empty())
+    {
+        arrays.push_back(validPointMask(result.origins));
+    }
+    output.write([&](const std::filesystem::path& path) { target.writeWith(result.fields, arrays, path); });
+
     const TransferRecord record{source, fields, target, result, options, progress.times()};
     if (picture)
     {

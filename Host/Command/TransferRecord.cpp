@@ -27,7 +27,7 @@ long long countNodesInElements(const Mesh& mesh)
 
 std::optional<NodeCounts> countNodes(const TransferRecord& record)
 {
-    if (!record.result.statistics)
+    if (!record.result.statistics || record.result.origins.empty())
     {
         return std::nullopt;
     }

@@ -68,33 +68,54 @@ std::string_view farRemark(OutsideMode mode)
     return "";
 }
 
-void printCounts(std::ostream& stream, const TransferRecord& record)
+void printNodeCounts(std::ostream& stream, const NodeCounts& nodes, OutsideMode mode)
 {
-    const std::optional<NodeCounts> nodes = countNodes(record);
-    if (!nodes)
+    printCount(stream, "target nodes", nodes.all);
+    if (nodes.inNoCell > 0)
     {
-        return;
+        printCount(stream, "  in no cell", nodes.inNoCell, "not given values: hold the default value");
     }
-    printCount(stream, "target nodes", nodes->all);
-    if (nodes->inNoCell > 0)
+    if (nodes.notMapped > 0)
     {
-        printCount(stream, "  in no cell", nodes->inNoCell, "not given values: hold the default value");
+        printCount(stream, "  not mapped", nodes.notMapped, "of other materials: hold the default value");
     }
-    if (nodes->notMapped > 0)
-    {
-        printCount(stream, "  not mapped", nodes->notMapped, "of other materials: hold the default value");
-    }
-    printCount(stream, "  inside", nodes->inside);
-    printCount(stream, "  near", nodes->near, "just outside the source: values of a nearby element");
-    printCount(stream, "  far", nodes->far, farRemark(record.options.mode));
-    const TransferStatistics& statistics = *record.result.statistics;
+    printCount(stream, "  inside", nodes.inside);
+    printCount(stream, "  near", nodes.near, "just outside the source: values of a nearby element");
+    printCount(stream, "  far", nodes.far, farRemark(mode));
+}
+
+void printGaussPointCounts(std::ostream& stream, const Mesh& target, const OutsideCounts& outside)
+{
+    printCount(stream, "target Gauss points", static_cast<long long>(target.gaussPointCount()));
+    printCount(stream, "  near", outside.near, "just outside the source: values of a nearby element");
+    printCount(stream, "  far", outside.far, "too far from the source: 0");
+}
+
+void printSearch(std::ostream& stream, const TransferStatistics& statistics)
+{
     printCount(stream, "search buckets", statistics.bucketCount);
     printCount(stream, "  in use", statistics.usedBucketCount,
                text("holding ", std::fixed, std::setprecision(2), statistics.meanElementsPerUsedBucket,
                     " source elements each, on average"));
     printLine(stream, "mean iterations",
               text("     ", std::fixed, std::setprecision(2), statistics.meanIterations,
-                   "   to find the place of a node within an element"));
+                   "   to find the place of a point within an element"));
+}
+
+void printCounts(std::ostream& stream, const TransferRecord& record)
+{
+    if (const std::optional<NodeCounts> nodes = countNodes(record))
+    {
+        printNodeCounts(stream, *nodes, record.options.mode);
+    }
+    else if (record.result.statistics && record.result.statistics->gaussPoints)
+    {
+        printGaussPointCounts(stream, record.target.mesh(), *record.result.statistics->gaussPoints);
+    }
+    if (record.result.statistics)
+    {
+        printSearch(stream, *record.result.statistics);
+    }
 }
 
 void printSeconds(std::ostream& stream, const std::string& label, double seconds)
@@ -239,7 +260,8 @@ void printSummary(std::ostream& stream, const TransferRecord& record)
     printCounts(stream, record);
     printTimes(stream, record.times);
     stream << '\n';
-    printValues(stream, "values at nodes", record.sourceFields, record.result.fields);
+    printValues(stream, record.result.origins.empty() ? "values" : "values at nodes", record.sourceFields,
+                record.result.fields);
     printNotices(stream, record.sourceFields, record.result.fields);
 }
 

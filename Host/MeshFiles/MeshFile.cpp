@@ -2,15 +2,17 @@
 
 #include "DataSetReader.h"
 #include "DataSetWriter.h"
+#include "GaussFields.h"
 #include "Text.h"
 
 #include <vtkCellData.h>
-#include <vtkDataSetAttributes.h>
+#include <vtkFieldData.h>
 #include <vtkIntArray.h>
 #include <vtkNew.h>
 #include <vtkPointData.h>
 #include <vtkUnstructuredGrid.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace veltrane
@@ -35,19 +37,21 @@ vtkSmartPointer<vtkDataArray> toArray(const IntegerArray& integers, vtkIdType ro
     return array;
 }
 
-vtkDataSetAttributes& attributesOf(vtkUnstructuredGrid& grid, ArrayPlace place)
+vtkFieldData& dataOf(vtkUnstructuredGrid& grid, ArrayPlace place)
 {
-    if (place == ArrayPlace::points)
+    switch (place)
     {
-        return *grid.GetPointData();
+    case ArrayPlace::points: return *grid.GetPointData();
+    case ArrayPlace::cells: return *grid.GetCellData();
+    case ArrayPlace::file: break;
     }
-    return *grid.GetCellData();
+    return *grid.GetFieldData();
 }
 
 vtkSmartPointer<vtkUnstructuredGrid> shallowCopy(vtkUnstructuredGrid& original)
 {
     vtkNew<vtkUnstructuredGrid> copy;
-    copy->ShallowCopy(&original);
+    copy->ShallowCopy(&original); // with containers of its own for the arrays of points, cells and the file
     return copy;
 }
 
@@ -62,6 +66,7 @@ struct MeshFile::Contents
     std::vector<vtkIdType> cells; ///< of the elements
     CellCounts skippedCells;
     std::vector<PointArray> pointArrays;
+    std::vector<std::string> gaussFields;
 };
 
 MeshFile::MeshFile(const std::filesystem::path& path, const MeshReading& reading)
@@ -97,6 +102,7 @@ MeshFile::MeshFile(const std::filesystem::path& path, const MeshReading& reading
     contents_->cells = std::move(elements.cells);
     contents_->skippedCells = std::move(elements.skipped);
     contents_->pointArrays = listArrays(*grid.GetPointData());
+    contents_->gaussFields = listGaussFields(grid);
 }
 
 MeshFile::~MeshFile() = default;
@@ -153,7 +159,7 @@ const std::vector<PointArray>& MeshFile::pointArrays() const
 
 bool MeshFile::hasArray(ArrayPlace place, const std::string& name) const
 {
-    return attributesOf(*contents_->grid, place).HasArray(name.c_str()) != 0;
+    return dataOf(*contents_->grid, place).HasArray(name.c_str()) != 0;
 }
 
 std::vector<std::string> MeshFile::floatingPointCellArrays() const
@@ -169,10 +175,26 @@ std::vector<std::string> MeshFile::floatingPointCellArrays() const
     return names;
 }
 
+const std::vector<std::string>& MeshFile::gaussFields() const
+{
+    return contents_->gaussFields;
+}
+
+bool MeshFile::hasGaussField(const std::string& name) const
+{
+    return std::ranges::find(gaussFields(), name) != gaussFields().end();
+}
+
 Field MeshFile::field(const std::string& name, const std::string& newName) const
 {
-    return toField(contents_->grid->GetPointData()->GetAbstractArray(name.c_str()), name,
-                   newName.empty() ? name : newName, contents_->path);
+    const std::string& resultName = newName.empty() ? name : newName;
+    vtkUnstructuredGrid& grid = *contents_->grid;
+    vtkAbstractArray* array = grid.GetPointData()->GetAbstractArray(name.c_str());
+    if (array == nullptr && hasGaussField(name))
+    {
+        return readGaussField(grid, mesh(), contents_->cells, name, resultName, path());
+    }
+    return toField(array, name, resultName, path());
 }
 
 void MeshFile::writeWith(std::span<const Field> fields, std::span<const IntegerArray> arrays,
@@ -181,14 +203,18 @@ void MeshFile::writeWith(std::span<const Field> fields, std::span<const IntegerA
     const vtkSmartPointer<vtkUnstructuredGrid> grid = shallowCopy(*contents_->grid);
     for (const Field& field : fields)
     {
-        grid->GetPointData()->AddArray(toArray(field));
+        if (field.location() == Location::nodes)
+        {
+            grid->GetPointData()->AddArray(toArray(field));
+        }
     }
+    addGaussFields(*grid, mesh(), contents_->cells, fields);
     for (const IntegerArray& integers : arrays)
     {
         const bool isPerPoint = integers.place == ArrayPlace::points;
         const auto rowOf = [&](std::size_t row)
         { return isPerPoint ? static_cast<vtkIdType>(row) : contents_->cells[row]; };
-        attributesOf(*grid, integers.place)
+        dataOf(*grid, integers.place)
             .AddArray(toArray(integers, isPerPoint ? grid->GetNumberOfPoints() : grid->GetNumberOfCells(), rowOf));
     }
     writeDataSet(*grid, path);

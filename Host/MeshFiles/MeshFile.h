@@ -21,7 +21,8 @@ namespace veltrane
 enum class ArrayPlace
 {
     points,
-    cells
+    cells,
+    file ///< neither points nor cells; the place of Gauss-point fields
 };
 
 /// Whole numbers at the nodes or at the elements of a mesh, to be written as point or cell data.
@@ -68,16 +69,20 @@ public:
     /// Cell data, which is not transferred.
     std::vector<std::string> floatingPointCellArrays() const;
 
-    /// Whether the file has a point-data or cell-data array of this name, of whatever values.
+    /// Whether the file has an array of this name there, of whatever values.
     bool hasArray(ArrayPlace place, const std::string& name) const;
 
-    /// A floating-point point-data array as a field, under a new name if one is given. Throws BadFile if there is none
-    /// of this name or it is none.
+    /// Gauss-point fields.
+    const std::vector<std::string>& gaussFields() const;
+    bool hasGaussField(const std::string& name) const;
+
+    /// A floating-point point-data array, or else a Gauss-point field, as a field, under a new name if one is given.
+    /// Throws BadFile if there is none of this name or it is none.
     Field field(const std::string& name, const std::string& newName = "") const;
 
-    /// Writes the file's data set, with all its arrays and these fields as further point data and these arrays, one of
-    /// the same name being replaced, in the format that the path's ending stands for. Cells that are not part of the
-    /// mesh get 0. Throws CannotWrite with nothing but the reason.
+    /// Writes the file's data set, with all its arrays and these fields as further point data or Gauss-point fields,
+    /// and these arrays, one of the same name being replaced, in the format that the path's ending stands for. Cells
+    /// that are not part of the mesh get 0. Throws CannotWrite with nothing but the reason.
     void writeWith(std::span<const Field> fields, std::span<const IntegerArray> arrays,
                    const std::filesystem::path& path) const;
 

@@ -397,7 +397,7 @@ TEST_F(TransferBetweenCubes, SummarisesWhatItHasDone)
                       "  far                     0\n"
                       "search buckets            8\n"
                       "  in use                  8   holding 3.38 source elements each, on average\n"
-                      "mean iterations        1.00   to find the place of a node within an element\n"
+                      "mean iterations        1.00   to find the place of a point within an element\n"
                       "time in all            0.00 s\n"
                       "  reading source       0.00 s\n"
                       "  reading target       0.00 s\n"

@@ -1,0 +1,24 @@
+/// The Gauss points of the element kinds.
+#ifndef VELTRANE_HOST_GAUSS_POINTS_H
+#define VELTRANE_HOST_GAUSS_POINTS_H
+
+#include "ElementKind.h"
+
+#include <vector>
+
+namespace veltrane
+{
+
+/// The Gauss points of a kind in the library's order; they are those of common integration rules.
+struct GaussRule
+{
+    std::vector<std::vector<double>> shapeValues; ///< per Gauss point, of each node in the kind's node order
+    std::vector<double> weights;                  ///< of the integration over the reference element
+};
+
+/// Empty for kinds that are no volumes.
+GaussRule gaussRuleOf(ElementKind kind);
+
+} // namespace veltrane
+
+#endif

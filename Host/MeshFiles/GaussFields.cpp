@@ -1,0 +1,254 @@
+#include "GaussFields.h"
+
+#include "DataSetReader.h"
+#include "FieldArrays.h"
+#include "GaussPoints.h"
+#include "Text.h"
+#include "VtkCells.h"
+
+#include <vtkCellData.h>
+#include <vtkFieldData.h>
+#include <vtkIdTypeArray.h>
+#include <vtkInformation.h>
+#include <vtkInformationQuadratureSchemeDefinitionVectorKey.h>
+#include <vtkInformationStringKey.h>
+#include <vtkNew.h>
+#include <vtkQuadratureSchemeDefinition.h>
+#include <vtkUnstructuredGrid.h>
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <optional>
+#include <utility>
+
+namespace veltrane
+{
+namespace
+{
+
+constexpr const char* offsetArrayName = "QuadratureOffset";
+
+/// The number of the scheme's point at each Gauss point of the element.
+using PointOrder = std::vector<int>;
+
+const char* offsetNameOf(vtkAbstractArray& array)
+{
+    vtkInformation* information = array.GetInformation();
+    vtkInformationStringKey* key = vtkQuadratureSchemeDefinition::QUADRATURE_OFFSET_ARRAY_NAME();
+    return information->Has(key) != 0 ? information->Get(key) : nullptr;
+}
+
+std::vector<std::vector<double>> inCellOrder(const GaussRule& rule, const VtkCellKind& cellKind)
+{
+    std::vector<std::vector<double>> values;
+    for (const std::vector<double>& ofElement : rule.shapeValues)
+    {
+        std::vector<double> ofCell(ofElement.size());
+        for (std::size_t node = 0; node < ofElement.size(); ++node)
+        {
+            ofCell[static_cast<std::size_t>(cellKind.nodeOrder[node])] = ofElement[node];
+        }
+        values.push_back(ofCell);
+    }
+    return values;
+}
+
+/// Nothing unless the scheme has just the Gauss points of the element.
+std::optional<PointOrder> matchPoints(vtkQuadratureSchemeDefinition& scheme, const VtkCellKind& cellKind)
+{
+    const auto wanted = inCellOrder(gaussRuleOf(cellKind.kind), cellKind);
+    if (static_cast<std::size_t>(scheme.GetNumberOfQuadraturePoints()) != wanted.size() || wanted.empty() ||
+        static_cast<std::size_t>(scheme.GetNumberOfNodes()) != wanted.front().size())
+    {
+        return std::nullopt;
+    }
+    PointOrder order;
+    for (const std::vector<double>& values : wanted)
+    {
+        for (int point = 0; point < scheme.GetNumberOfQuadraturePoints(); ++point)
+        {
+            const double* found = scheme.GetShapeFunctionWeights(point);
+            constexpr double rounding = 1e-5;
+            if (std::equal(values.begin(), values.end(), found,
+                           [](double a, double b) { return std::abs(a - b) <= rounding; }))
+            {
+                order.push_back(point);
+                break;
+            }
+        }
+    }
+    return order.size() == wanted.size() ? std::optional(order) : std::nullopt;
+}
+
+/// The offsets of an array with the order of the points of each cell type.
+class Schemes
+{
+public:
+    Schemes(vtkUnstructuredGrid& grid, const std::string& name, vtkAbstractArray& values,
+            const std::filesystem::path& path)
+        : grid_(grid), place_(text(quoted(path), ": Gauss-point array '", name, "' ")),
+          offsets_(grid.GetCellData()->GetArray(offsetNameOf(values)))
+    {
+        if (offsets_ == nullptr || offsets_->GetInformation()->Has(vtkQuadratureSchemeDefinition::DICTIONARY()) == 0)
+        {
+            throw BadFile(text(place_, "names the offsets '", offsetNameOf(values),
+                               "', but there is no such cell-data array with quadrature schemes"));
+        }
+    }
+
+    /// Where the values of a cell are, one number per Gauss point.
+    std::vector<vtkIdType> rowsOf(vtkIdType cell)
+    {
+        const auto first = static_cast<vtkIdType>(offsets_->GetComponent(cell, 0));
+        std::vector<vtkIdType> rows;
+        for (const int point : orderOf(grid_.GetCellType(cell)))
+        {
+            rows.push_back(first + point);
+        }
+        return rows;
+    }
+
+    const std::string& place() const { return place_; }
+
+private:
+    const PointOrder& orderOf(int cellType)
+    {
+        const auto known = orders_.find(cellType);
+        if (known != orders_.end())
+        {
+            return known->second;
+        }
+        vtkInformationQuadratureSchemeDefinitionVectorKey* key = vtkQuadratureSchemeDefinition::DICTIONARY();
+        vtkInformation* information = offsets_->GetInformation();
+        vtkQuadratureSchemeDefinition* scheme =
+            cellType < key->Size(information) ? key->Get(information, cellType) : nullptr;
+        const std::optional<PointOrder> order =
+            scheme == nullptr ? std::nullopt : matchPoints(*scheme, *findVtkCellKind(cellType));
+        if (!order)
+        {
+            throw BadFile(text(place_,
+                               scheme == nullptr ? "has no quadrature scheme for cells of the type "
+                                                 : "has other Gauss points than can be used in cells of the type ",
+                               vtkCellName(cellType)));
+        }
+        return orders_.emplace(cellType, *order).first->second;
+    }
+
+    vtkUnstructuredGrid& grid_;
+    std::string place_;
+    vtkDataArray* offsets_;
+    std::map<int, PointOrder> orders_;
+};
+
+template <typename Value>
+FieldValues inElementOrder(const std::vector<Value>& values, int componentCount, Schemes& schemes,
+                           std::span<const vtkIdType> cells)
+{
+    const auto rowLength = static_cast<std::size_t>(componentCount);
+    const auto rowCount = static_cast<vtkIdType>(values.size() / rowLength);
+    std::vector<Value> ordered;
+    for (const vtkIdType cell : cells)
+    {
+        for (const vtkIdType row : schemes.rowsOf(cell))
+        {
+            if (row < 0 || row >= rowCount)
+            {
+                throw BadFile(text(schemes.place(), "has ", rowCount, " rows, but cell ", cell, " needs row ", row,
+                                   ", counted from 0"));
+            }
+            const auto begin = values.begin() + static_cast<std::ptrdiff_t>(static_cast<std::size_t>(row) * rowLength);
+            ordered.insert(ordered.end(), begin, begin + componentCount);
+        }
+    }
+    return ordered;
+}
+
+/// What is added for all fields of a grid.
+void addSchemes(vtkUnstructuredGrid& grid, const Mesh& mesh, std::span<const vtkIdType> cells)
+{
+    vtkNew<vtkIdTypeArray> offsets;
+    offsets->SetName(offsetArrayName);
+    offsets->SetNumberOfValues(grid.GetNumberOfCells());
+    offsets->Fill(0);
+    vtkInformationQuadratureSchemeDefinitionVectorKey* key = vtkQuadratureSchemeDefinition::DICTIONARY();
+    std::map<int, bool> known;
+    vtkIdType offset = 0;
+    for (std::size_t element = 0; element < cells.size(); ++element)
+    {
+        offsets->SetValue(cells[element], offset);
+        offset += mesh.kindOf(static_cast<int>(element)).gaussPointCount;
+        const int cellType = grid.GetCellType(cells[element]);
+        if (std::exchange(known[cellType], true))
+        {
+            continue;
+        }
+        const VtkCellKind& cellKind = *findVtkCellKind(cellType);
+        GaussRule rule = gaussRuleOf(cellKind.kind);
+        std::vector<double> weights;
+        for (const std::vector<double>& values : inCellOrder(rule, cellKind))
+        {
+            weights.insert(weights.end(), values.begin(), values.end());
+        }
+        vtkNew<vtkQuadratureSchemeDefinition> scheme;
+        scheme->Initialize(cellType, findElementKind(cellKind.kind)->nodeCount, static_cast<int>(rule.weights.size()),
+                           weights.data(), rule.weights.data());
+        key->Set(offsets->GetInformation(), scheme, cellType);
+    }
+    grid.GetCellData()->AddArray(offsets);
+}
+
+} // namespace
+
+std::vector<std::string> listGaussFields(vtkUnstructuredGrid& grid)
+{
+    std::vector<std::string> names;
+    for (const PointArray& array : listArrays(*grid.GetFieldData()))
+    {
+        if (array.isFloatingPoint &&
+            offsetNameOf(*grid.GetFieldData()->GetAbstractArray(array.name.c_str())) != nullptr)
+        {
+            names.push_back(array.name);
+        }
+    }
+    return names;
+}
+
+Field readGaussField(vtkUnstructuredGrid& grid, const Mesh& mesh, std::span<const vtkIdType> cells,
+                     const std::string& name, const std::string& newName, const std::filesystem::path& path)
+{
+    vtkAbstractArray* array = grid.GetFieldData()->GetAbstractArray(name.c_str());
+    const Field inFile = toField(array, name, newName, path);
+    Schemes schemes(grid, name, *array, path);
+    FieldValues values = std::visit([&](const auto& inFileOrder) -> FieldValues
+                                    { return inElementOrder(inFileOrder, inFile.componentCount(), schemes, cells); },
+                                    inFile.values());
+    Field field(newName, Location::gaussPoints, inFile.componentCount(), std::move(values));
+    if (field.locationCount() != mesh.gaussPointCount())
+    {
+        throw BadFile(text(schemes.place(), "does not have values for all Gauss points"));
+    }
+    return field;
+}
+
+void addGaussFields(vtkUnstructuredGrid& grid, const Mesh& mesh, std::span<const vtkIdType> cells,
+                    std::span<const Field> fields)
+{
+    if (std::ranges::find(fields, Location::gaussPoints, &Field::location) == fields.end())
+    {
+        return;
+    }
+    addSchemes(grid, mesh, cells);
+    for (const Field& field : fields)
+    {
+        if (field.location() == Location::gaussPoints)
+        {
+            const vtkSmartPointer<vtkDataArray> array = toArray(field);
+            array->GetInformation()->Set(vtkQuadratureSchemeDefinition::QUADRATURE_OFFSET_ARRAY_NAME(),
+                                         offsetArrayName);
+            grid.GetFieldData()->AddArray(array);
+        }
+    }
+}
+
+} // namespace veltrane
