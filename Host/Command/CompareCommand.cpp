@@ -127,9 +127,8 @@ CompareCommand::CompareCommand(CLI::App& app)
     : command_(app.add_subcommand(
           "compare", "Compares the point data of two files with the same mesh, or of a file with formulas"))
 {
-    command_->add_option("A", file_, "mesh file with fields (.vtu)")->required()->type_name("");
-    command_->add_option("B", reference_, "mesh file with the fields to compare with, on the same mesh (.vtu)")
-        ->type_name("");
+    command_->add_option("A", file_, "mesh file with fields")->required()->type_name("");
+    command_->add_option("B", reference_, "mesh file with the fields to compare with, on the same mesh")->type_name("");
     command_
         ->add_option("--exact", exact_,
                      "compare with a formula instead of a file B, may be repeated:\n"

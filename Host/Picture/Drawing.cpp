@@ -17,7 +17,8 @@ Drawing::Drawing(int width, int height)
     cairo_set_line_cap(context_.get(), CAIRO_LINE_CAP_ROUND);
 }
 
-void Drawing::text(double x, double y, const std::string& words, double size, Align align, bool isBold)
+void Drawing::text(double x, double y, const std::string& words, double size, Align align, bool isBold,
+                   const Colour& colour)
 {
     cairo_t* context = context_.get();
     cairo_select_font_face(context, "sans-serif", CAIRO_FONT_SLANT_NORMAL,
@@ -27,7 +28,7 @@ void Drawing::text(double x, double y, const std::string& words, double size, Al
     cairo_text_extents(context, words.c_str(), &extents);
     const double part = align == Align::left ? 0 : align == Align::centre ? 0.5 : 1;
     cairo_move_to(context, std::round(x - part * extents.x_advance), y);
-    cairo_set_source_rgb(context, 0.1, 0.1, 0.1);
+    cairo_set_source_rgb(context, colour[0], colour[1], colour[2]);
     cairo_show_text(context, words.c_str());
 }
 

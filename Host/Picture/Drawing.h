@@ -34,8 +34,8 @@ class Drawing
 public:
     Drawing(int width, int height);
 
-    void text(double x, double y, const std::string& words, double size, Align align = Align::left,
-              bool isBold = false);
+    void text(double x, double y, const std::string& words, double size, Align align = Align::left, bool isBold = false,
+              const Colour& colour = {0.1, 0.1, 0.1});
     void line(double x1, double y1, double x2, double y2, double width, const Colour& colour, double opacity = 1);
     void rectangle(double x, double y, double width, double height, const Colour& colour);
 
