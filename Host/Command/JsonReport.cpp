@@ -64,6 +64,23 @@ Json describePoints(const TransferRecord& record)
             {"inside", nodes->inside}, {"near", nodes->near},         {"far", nodes->far}};
 }
 
+Json describeGaussPoints(const TransferRecord& record)
+{
+    const bool areTargets = std::ranges::any_of(record.result.fields, [](const Field& field)
+                                                { return field.location() == Location::gaussPoints; });
+    if (!areTargets || !record.result.statistics || !record.result.statistics->gaussPoints)
+    {
+        return nullptr;
+    }
+    const OutsideCounts& outside = *record.result.statistics->gaussPoints;
+    return {{"all", record.target.mesh().gaussPointCount()}, {"near", outside.near}, {"far", outside.far}};
+}
+
+std::string_view locationName(const Field& field)
+{
+    return field.location() == Location::nodes ? "nodes" : "Gauss points";
+}
+
 Json describeSearch(const std::optional<TransferStatistics>& statistics)
 {
     if (!statistics)
@@ -108,6 +125,8 @@ Json describeFields(const TransferRecord& record)
                                   {"target", describeValues(target, component)}});
         }
         fields.push_back({{"name", target.name()},
+                          {"sourceLocation", locationName(source)},
+                          {"targetLocation", locationName(target)},
                           {"precision", source.isSinglePrecision() ? "single" : "double"},
                           {"components", components}});
     }
@@ -136,6 +155,7 @@ Json describe(const TransferRecord& record)
             {"source", describeMesh(record.source)},
             {"target", describeMesh(record.target)},
             {"points", describePoints(record)},
+            {"gaussPoints", describeGaussPoints(record)},
             {"search", describeSearch(record.result.statistics)},
             {"stages", describeStages(record.times)},
             {"fields", describeFields(record)}};

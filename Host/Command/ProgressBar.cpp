@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <iomanip>
 #include <iostream>
 #include <utility>
@@ -28,6 +29,17 @@ constexpr auto lineInterval = std::chrono::seconds(10);
 bool isTerminal()
 {
     return ::isatty(STDERR_FILENO) == 1;
+}
+
+bool isOnTerminal = false; ///< a bar, on standard error
+
+/// When the library ends the process, the bar is not destroyed.
+void clearAtExit()
+{
+    if (isOnTerminal)
+    {
+        std::cerr << clearLine << std::flush;
+    }
 }
 
 std::string durationText(double seconds)
@@ -86,12 +98,16 @@ void ProgressBar::finish()
     {
         outlet_.stream << clearLine << std::flush;
         isDrawn_ = false;
+        isOnTerminal = false;
     }
 }
 
 /// The library reports its preparation, then the computation, and at the end a sentence in the place of the stage.
 void ProgressBar::show(const Progress& progress, const std::string& computation)
 {
+    // From within the computation, so that it comes before what else is to be done at the end then.
+    static const bool isRegistered = std::atexit(clearAtExit) == 0;
+    isOnTerminal = isRegistered && outlet_.kind == ProgressOutlet::Kind::terminal && &outlet_.stream == &std::cerr;
     const int percent = std::clamp(progress.percent, 0, 100);
     const std::string_view stage =
         progress.stage == "Pretreatment" ? "preparing search" : std::string_view(computation);

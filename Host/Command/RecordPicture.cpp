@@ -2,44 +2,41 @@
 
 #include "TransferPicture.h"
 
-#include <optional>
+#include <algorithm>
 
 namespace veltrane
 {
 namespace
 {
 
-std::optional<std::size_t> chooseField(const TransferRecord& record)
+bool isAtNodes(const Field& field)
 {
-    std::optional<std::size_t> chosen;
-    for (std::size_t i = record.sourceFields.size(); i-- > 0;)
-    {
-        const Field& source = record.sourceFields[i];
-        const bool isAtNodes =
-            source.location() == Location::nodes && record.result.fields[i].location() == Location::nodes;
-        const bool isBetter =
-            !chosen || source.componentCount() == 1 || record.sourceFields[*chosen].componentCount() != 1;
-        if (isAtNodes && isBetter)
-        {
-            chosen = i;
-        }
-    }
-    return chosen;
+    return field.location() == Location::nodes;
+}
+
+/// \pre canBeDrawn(fields)
+std::size_t chooseField(std::span<const Field> fields)
+{
+    const auto scalar = std::ranges::find_if(fields, [](const Field& field)
+                                             { return isAtNodes(field) && field.componentCount() == 1; });
+    const auto chosen = scalar != fields.end() ? scalar : std::ranges::find_if(fields, isAtNodes);
+    return static_cast<std::size_t>(chosen - fields.begin());
 }
 
 } // namespace
 
+bool canBeDrawn(std::span<const Field> sourceFields)
+{
+    return std::ranges::any_of(sourceFields, isAtNodes);
+}
+
 void drawPicture(const TransferRecord& record, const std::filesystem::path& path)
 {
-    const std::optional<std::size_t> field = chooseField(record);
-    if (!field)
-    {
-        throw CannotWrite("there is no field at the nodes of both meshes to be drawn");
-    }
+    const std::size_t field = chooseField(record.sourceFields);
     const auto side = [](const MeshFile& file, const Field& shown) {
         return PictureSide{file.path().filename().string(), file.mesh(), shown};
     };
-    writePicture(side(record.source, record.sourceFields[*field]), side(record.target, record.result.fields[*field]),
+    writePicture(side(record.source, record.sourceFields[field]), side(record.target, record.result.fields[field]),
                  path);
 }
 

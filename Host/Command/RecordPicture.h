@@ -5,12 +5,16 @@
 #include "TransferRecord.h"
 
 #include <filesystem>
+#include <span>
 
 namespace veltrane
 {
 
-/// Draws the first field of one component, or else the first field, and leaves out those at Gauss points. Throws
-/// CannotWrite with nothing but the reason.
+/// Whether there is a field at nodes, which a picture needs.
+bool canBeDrawn(std::span<const Field> sourceFields);
+
+/// Draws the first field at nodes that has one component, or else the first field at nodes. Throws CannotWrite with
+/// nothing but the reason.
 void drawPicture(const TransferRecord& record, const std::filesystem::path& path);
 
 } // namespace veltrane

@@ -97,6 +97,10 @@ ExitStatus TransferCommand::run() const
     }
     options.fieldOptions = arguments_.fieldOptions(chosen);
     const std::vector<Field> fields = readFields(source, chosen);
+    if (picture && !canBeDrawn(fields))
+    {
+        throw BadFile(text("--picture draws fields at nodes, and those of '", files_.source, "' are at Gauss points"));
+    }
     options.targetLocations.assign(fields.size(), arguments_.atGaussPoints ? Location::gaussPoints : Location::nodes);
     options.targetMapping =
         files_.materials.select(target.mesh().materials(), target.materialArray().has_value(), target.path());

@@ -81,6 +81,7 @@ TEST_F(JsonReport, TellsWhatHasBeenDone)
     EXPECT_EQ(read["target"]["elements"], json({{"tetrahedron", 162}}));
     EXPECT_EQ(read["points"],
               json({{"nodes", 64}, {"inNoCell", 0}, {"notMapped", 0}, {"inside", 64}, {"near", 0}, {"far", 0}}));
+    EXPECT_EQ(read["gaussPoints"], nullptr);
     EXPECT_EQ(read["search"]["locatedPoints"], 64);
     std::vector<std::string> stages;
     for (const json& stage : read["stages"])
@@ -120,6 +121,19 @@ TEST_F(JsonReport, HasNullInThePlaceOfWhatIsNoNumber)
     EXPECT_EQ(read["fields"][0]["precision"], "single");
     EXPECT_EQ(read["fields"][0]["components"][0]["source"],
               json({{"min", nullptr}, {"mean", nullptr}, {"max", nullptr}, {"unusable", 27}}));
+    EXPECT_TRUE(isOfTheSchema());
+}
+
+/// 162 tetrahedra with a Gauss point each.
+TEST_F(JsonReport, TellsOfGaussPoints)
+{
+    const CommandResult result = transfer({"--gauss"});
+    ASSERT_EQ(result.status, 0) << result.errors;
+    const json read = report();
+    EXPECT_EQ(read["points"], nullptr);
+    EXPECT_EQ(read["gaussPoints"], json({{"all", 162}, {"near", 0}, {"far", 0}}));
+    EXPECT_EQ(read["fields"][0]["sourceLocation"], "nodes");
+    EXPECT_EQ(read["fields"][0]["targetLocation"], "Gauss points");
     EXPECT_TRUE(isOfTheSchema());
 }
 

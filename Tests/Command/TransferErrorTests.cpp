@@ -351,6 +351,12 @@ TEST_F(TransferError, LibrarysEndIsAFailure)
     target.addCell(VTK_TETRA, {{0.01, 0, 1}, {0.1, 0, 0}, {-0.1, 0.1, 0}, {0, -0.1, -0.5}});
     writeTarget(*target.grid());
     expectTransfer(1, "the library ended the computation: A 3*3 Matrix is not inversable in invMatrix33() function.");
+
+    constexpr int noSignal = 0;
+    const CommandResult onTerminal =
+        runner.runAndInterrupt({"transfer", "source.vtu", "target.vtu", "-o", "out.vtu"}, noSignal, "");
+    EXPECT_EQ(onTerminal.status, 1);
+    EXPECT_THAT(onTerminal.errors, testing::HasSubstr("\r\033[Kveltrane: the library ended")); // in the place of the bar
 }
 
 } // namespace
