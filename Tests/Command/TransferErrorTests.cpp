@@ -356,7 +356,8 @@ TEST_F(TransferError, LibrarysEndIsAFailure)
     const CommandResult onTerminal =
         runner.runAndInterrupt({"transfer", "source.vtu", "target.vtu", "-o", "out.vtu"}, noSignal, "");
     EXPECT_EQ(onTerminal.status, 1);
-    EXPECT_THAT(onTerminal.errors, testing::HasSubstr("\r\033[Kveltrane: the library ended")); // in the place of the bar
+    EXPECT_THAT(onTerminal.errors,
+                testing::HasSubstr("\r\033[Kveltrane: the library ended")); // in the place of the bar
 }
 
 } // namespace
