@@ -19,7 +19,8 @@ template <typename Function> void look(void* library, const char* name, Function
 
 LibraryUnderTest load()
 {
-    void* library = dlopen(VELTRANE_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+    const char* path = std::getenv("VELTRANE_LIBRARY_PATH");
+    void* library = dlopen(path != nullptr ? path : VELTRANE_LIBRARY, RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr)
     {
         std::fprintf(stderr, "%s\n", dlerror());

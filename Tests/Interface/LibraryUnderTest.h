@@ -20,7 +20,8 @@ struct LibraryUnderTest
 /// The functions of a library that dlopen has loaded; ends the test program when one of them is missing.
 LibraryUnderTest functionsOf(void* library);
 
-/// Loads the library at the first use; ends the test program when it or one of its functions is missing.
+/// Loads the library at the first use, the one that VELTRANE_LIBRARY_PATH names or else that of this build; ends the
+/// test program when it or one of its functions is missing.
 const LibraryUnderTest& libraryUnderTest();
 
 #endif
