@@ -1,4 +1,5 @@
-/// Failing allocations. A test program with this in it replaces the runtime's allocation by one that can fail on demand.
+/// Failing allocations. A test program with this in it replaces the runtime's allocation by one that can fail on
+/// demand.
 #ifndef ALLOCATION_FAILURE_H
 #define ALLOCATION_FAILURE_H
 
