@@ -1,12 +1,7 @@
 // libFuzzer target: the readers of mesh and point files. The first byte of an input names the format, the rest is the
 // file. A reader gives what the file holds or throws an exception of the host side; nothing else may come of a file.
-#include "DataSetReader.h"
-#include "FieldArrays.h"
-#include "GridElements.h"
 #include "MeshFile.h"
-
-#include <vtkPointData.h>
-#include <vtkPointSet.h>
+#include "PointFile.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -38,18 +33,9 @@ void readMesh(const std::filesystem::path& path)
     }
 }
 
-void readCloud(const std::filesystem::path& path)
+void readPoints(const std::filesystem::path& path)
 {
-    const vtkSmartPointer<vtkPointSet> points = readPoints(path, std::nullopt);
-    checkTupleCounts(*points, path);
-    static_cast<void>(readCoordinates(*points, path));
-    for (const PointArray& array : listArrays(*points->GetPointData()))
-    {
-        if (array.isFloatingPoint && array.componentCount >= 1 && array.componentCount <= maxComponentCount)
-        {
-            static_cast<void>(toField(points->GetPointData()->GetAbstractArray(array.name.c_str()), array.name, path));
-        }
-    }
+    static_cast<void>(PointFile(path).points());
 }
 
 struct Format
@@ -63,8 +49,8 @@ struct Format
 /// file announces is too small.
 constexpr Format formats[] = {
     {'u', ".vtu", readMesh},
-    {'c', ".csv", readCloud},
-    {'p', ".vtp", readCloud},
+    {'c', ".csv", readPoints},
+    {'p', ".vtp", readPoints},
 };
 
 /// VTK 9.1 itself divides by the size of a compressed block, which may be 0 in a damaged file.
