@@ -10,7 +10,7 @@
 #include <utility>
 
 /// How many points a batch holds at most: the more, the more of them share a bucket.
-inline constexpr int batchPositionBits = 17;
+inline constexpr int batchPositionBits = 16;
 inline constexpr std::int64_t batchCapacity = 1 << batchPositionBits;
 
 /// A point's bucket, and its position in the batch. In increasing order the entries go through the grid; a point

@@ -182,12 +182,14 @@ public:
 
     OwnedArray<int> itsRefMeshMatlStatePerNode;     ///< -1 until assigned
     const int* itsTargetMatlMappingFlags = nullptr; ///< per target material, 1: map it
-    OwnedArray<int> itsTargetMeshMatlIdPerNode;     ///< -1 until assigned
-    OwnedArray<int> itsTargetMeshMatlStatePerNode;  ///< -1 until assigned
-    OwnedArray<int> itsTargetMeshMappingAtNode;     ///< mapping flag of the node's material; 0 for a node in no element
-    BoxTable itsRefMeshBoxPerElt;                   ///< inflated boxes
-    BoxTable itsTargetMeshBoxPerElt;                ///< of a mesh target only: room that is taken and not filled
-    OwnedArray<float*> itsRefMeshBaryPerElt;        ///< per source element its centre, x, y, z; made on first need
+    // Per node of a target mesh. For a cloud they are room that is taken and not filled: its points have materials of
+    // their own, see matlIdOfTargetNode() and what follows it.
+    OwnedArray<int> itsTargetMeshMatlIdPerNode;    ///< -1 until assigned
+    OwnedArray<int> itsTargetMeshMatlStatePerNode; ///< -1 until assigned
+    OwnedArray<int> itsTargetMeshMappingAtNode;    ///< mapping flag of the node's material; 0 for a node in no element
+    BoxTable itsRefMeshBoxPerElt;                  ///< inflated boxes
+    BoxTable itsTargetMeshBoxPerElt;               ///< of a mesh target only: room that is taken and not filled
+    OwnedArray<float*> itsRefMeshBaryPerElt;       ///< per source element its centre, x, y, z; made on first need
     OwnedArray<float> itsRefMeshBaryValues;
 
     float itsBucketFactor = single(0.1);
@@ -236,6 +238,21 @@ private:
     bool isTargetEltSelected(int elt) const
     {
         return itsTargetMatlMappingFlags[itsTargetMesh.itsMatlIdPerItem[elt]] == 1;
+    }
+
+    bool isCloudTarget() const { return itsTargetMesh.itsKind == ModelKind::pointCloud; }
+    int matlIdOfTargetNode(int node) const
+    {
+        return isCloudTarget() ? itsTargetMesh.itsMatlIdPerItem[node] : itsTargetMeshMatlIdPerNode[node];
+    }
+    int matlStateOfTargetNode(int node) const
+    {
+        return isCloudTarget() ? itsTargetMesh.matlStateOfItem(node) : itsTargetMeshMatlStatePerNode[node];
+    }
+    bool isTargetNodeMapped(int node) const
+    {
+        return (isCloudTarget() ? itsTargetMatlMappingFlags[itsTargetMesh.itsMatlIdPerItem[node]]
+                                : itsTargetMeshMappingAtNode[node]) == 1;
     }
 
     // The interpolation driver (MappingInterpolation).

@@ -92,39 +92,31 @@ bool MappingClass::allocateTargetMaterials(ComputationRun& run)
             allocatePerNode(itsTargetMeshMappingAtNode, itsTargetMesh, "itsTargetMeshMappingAtNode", run));
 }
 
-/// Surveys the target: the box of what is selected, and the material of every node or point if there are fields at
-/// nodes.
+/// Surveys a target mesh: the box of what is selected, and the material of every node if there are fields at nodes.
 void MappingClass::assignTargetMaterials()
 {
+    if (isCloudTarget())
+    {
+        return;
+    }
     if (itsInterpoAtNodes == 0)
     {
-        if (itsTargetMesh.itsKind == ModelKind::mesh)
-        {
-            surveyTarget();
-        }
+        surveyTarget();
         return;
     }
     const int nbNodes = itsTargetMesh.itsNbNodes;
-    const auto assign = [this](int node, int item)
-    {
-        itsTargetMeshMatlIdPerNode[node] = itsTargetMesh.itsMatlIdPerItem[item];
-        itsTargetMeshMappingAtNode[node] = itsTargetMatlMappingFlags[itsTargetMesh.itsMatlIdPerItem[item]];
-    };
-    if (itsTargetMesh.itsKind == ModelKind::pointCloud)
-    {
-        for (int point = 0; point < nbNodes; ++point)
-        {
-            itsTargetMeshMatlStatePerNode[point] = itsTargetMesh.matlStateOfItem(point);
-            assign(point, point);
-        }
-        return;
-    }
     std::fill_n(itsTargetMeshMatlIdPerNode.get(), nbNodes, -1);
     std::fill_n(itsTargetMeshMatlStatePerNode.get(), nbNodes, -1);
     std::fill_n(itsTargetMeshMappingAtNode.get(), nbNodes, 0);
     for (int elt = 0; elt < itsTargetMesh.itsNbElts; ++elt)
     {
-        assignMaterials(itsTargetMesh, elt, itsTargetMeshMatlStatePerNode.get(), [&](int node) { assign(node, elt); });
+        const int matlId = itsTargetMesh.itsMatlIdPerItem[elt];
+        assignMaterials(itsTargetMesh, elt, itsTargetMeshMatlStatePerNode.get(),
+                        [&](int node)
+                        {
+                            itsTargetMeshMatlIdPerNode[node] = matlId;
+                            itsTargetMeshMappingAtNode[node] = itsTargetMatlMappingFlags[matlId];
+                        });
     }
     surveyTargetNodes();
 }
@@ -132,10 +124,9 @@ void MappingClass::assignTargetMaterials()
 std::int64_t MappingClass::countTargetPoints() const
 {
     std::int64_t count = 0;
-    if (itsInterpoAtNodes != 0)
+    for (int node = 0; itsInterpoAtNodes != 0 && node < itsTargetMesh.itsNbNodes; ++node)
     {
-        const int* flags = itsTargetMeshMappingAtNode.get();
-        count += std::count(flags, flags + std::max(itsTargetMesh.itsNbNodes, 0), 1);
+        count += isTargetNodeMapped(node) ? 1 : 0;
     }
     return itsInterpoAtGPs != 0 ? count + countTargetGaussPoints() : count;
 }
@@ -201,12 +192,11 @@ bool MappingClass::interpolateAtNodes(ComputationRun& run, ProgressCounter& prog
     {
         for (int node = 0; node < itsTargetMesh.itsNbNodes; ++node)
         {
-            if (itsTargetMeshMappingAtNode[node] == 1 &&
-                !visit(
-                    TargetPoint{.index = node,
-                                .position = itsTargetMesh.nodePosition(node),
-                                .matlStateClass = itsTargetMesh.itsMatlStateClasses[itsTargetMeshMatlIdPerNode[node]],
-                                .matlState = itsTargetMeshMatlStatePerNode[node]}))
+            if (isTargetNodeMapped(node) &&
+                !visit(TargetPoint{.index = node,
+                                   .position = itsTargetMesh.nodePosition(node),
+                                   .matlStateClass = itsTargetMesh.itsMatlStateClasses[matlIdOfTargetNode(node)],
+                                   .matlState = matlStateOfTargetNode(node)}))
             {
                 return false;
             }
@@ -291,7 +281,7 @@ void MappingClass::fillFarNodesWithDefaults()
 {
     for (int node = 0; node < itsTargetMesh.itsNbNodes; ++node)
     {
-        if (itsTargetNodesFarOutside[node] == 1 && itsTargetMeshMappingAtNode[node] == 1)
+        if (itsTargetNodesFarOutside[node] == 1 && isTargetNodeMapped(node))
         {
             fillNodeFields(node, [](const FieldClass& field) { return field.defaultValue(); });
         }
@@ -301,7 +291,7 @@ void MappingClass::fillFarNodesWithDefaults()
 /// Writes a value into every field at nodes that exists on the node's material.
 void MappingClass::fillNodeFields(int node, float (*valueFor)(const FieldClass&))
 {
-    const int matlStateClass = itsTargetMesh.itsMatlStateClasses[itsTargetMeshMatlIdPerNode[node]];
+    const int matlStateClass = itsTargetMesh.itsMatlStateClasses[matlIdOfTargetNode(node)];
     for (FieldClass& field : itsTargetFields.fields())
     {
         if (field.itsLocation == atNodes && field.existsOn(matlStateClass))
@@ -322,7 +312,7 @@ void MappingClass::fillTargetsWithDefault()
         {
             for (int node = 0; node < itsTargetMesh.itsNbNodes; ++node)
             {
-                if (itsTargetMeshMappingAtNode[node] == 1)
+                if (isTargetNodeMapped(node))
                 {
                     field.fillLocation(node, itsDefaultValue);
                 }
