@@ -132,8 +132,8 @@ public:
     void interpolationAtPoint(Location pointKind, std::int64_t pointIndex, const Vector3& point, int matlStateClass,
                               int matlState, int& farOutside);
 
-    /// The first element of the point's bucket that holds it and has its material state; counts its iterations.
-    LocatedPoint searchBucket(const Vector3& point, int matlState);
+    /// Finds points in the source mesh, once its boxes and the grid are there.
+    const PointLocator& pointLocator();
 
     /// Fills itsRefMeshBaryPerElt; null, or a text that the caller releases.
     char* createBaryPerRefElt();
@@ -277,7 +277,8 @@ private:
     void zeroUnreachedNodes();
 
     // One point (MappingPointLocation, MappingEvaluation).
-    const PointLocator& pointLocator();
+    template <class ForEachPoint, class Use>
+    bool locateInBatches(ComputationRun& run, std::int64_t nbPoints, ForEachPoint forEachPoint, Use use);
     void interpolateLocatedPoint(Location pointKind, const TargetPoint& point, LocatedPoint located, int& farOutside);
     LocatedPoint nearestElement(const TargetPoint& point);
     bool locateInMesh(LocatedPoint& located, Location pointKind, const TargetPoint& point, int& farOutside);
@@ -286,6 +287,7 @@ private:
     ShapeValues shapeValuesAt(const LocatedPoint& located) const;
     bool normaliseNearMiss(ShapeValues& shape);
     void zeroGaussPoint(std::int64_t pointIndex, int matlStateClass);
+    void prefetchAhead(std::span<const LocatedPoint> located) const;
     void prefetchFields(int elt) const;
     void evaluateFields(Location pointKind, std::int64_t pointIndex, int matlStateClass, const int* nodeNumbers,
                         const ShapeValues& shape);
@@ -296,7 +298,7 @@ private:
     void failNodeMatching(ComputationRun& run, int node, float tolerance);
     Vector3 targetEltCentre(int elt) const;
     int matchingGaussPoint(const Vector3& point, int refElt, float tolerance) const;
-    bool matchGaussPointsOfElt(ComputationRun& run, ProgressCounter& progress, int elt, float tolerance);
+    bool matchGaussPointsOfElt(ComputationRun& run, ProgressCounter& progress, int elt, int refElt, float tolerance);
     void failGaussPointMatching(ComputationRun& run);
 
     void readTuningFile(const char* fileName);
@@ -319,6 +321,54 @@ void MappingClass::assignMaterials(const ModelClass& mesh, int elt, int* statePe
             assign(node);
         }
     }
+}
+
+/// Locates at most `nbPoints` points in batches: all of a batch are located, then they are used one after another, so
+/// that errors, progress and cancellation come in the order of the points. `forEachPoint(visit)` names the points, and
+/// stops when `visit` returns false; `use(point, located)` returns false to end the run. False if the run has ended.
+template <class ForEachPoint, class Use>
+bool MappingClass::locateInBatches(ComputationRun& run, std::int64_t nbPoints, ForEachPoint forEachPoint, Use use)
+{
+    OwnedArray<TargetPoint> points;
+    OwnedArray<LocatedPoint> located;
+    OwnedArray<BatchEntry> order;
+    const std::int64_t capacity = std::min(nbPoints, batchCapacity);
+    if (!points.allocate(capacity) || !located.allocate(capacity) || !order.allocate(2 * capacity))
+    {
+        fail(run.buffer,
+             "Allocation of the target points is not possible in MappingClass::interpolation() function.\n");
+        return false;
+    }
+    const PointLocator& locator = pointLocator();
+    std::size_t size = 0;
+    const auto finishBatch = [&]
+    {
+        const bool isJumping = locator.locate({points.get(), size}, {located.get(), size}, {order.get(), 2 * size});
+        for (std::size_t i = 0; i < size; ++i)
+        {
+            if (isJumping)
+            {
+                prefetchAhead({located.get() + i, size - i});
+            }
+            if (located.get()[i].isSingular)
+            {
+                locator.search(points.get()[i].position, points.get()[i].matlState); // ends the process
+            }
+            if (!use(points.get()[i], located.get()[i]))
+            {
+                return false;
+            }
+        }
+        size = 0;
+        return true;
+    };
+    const bool isComplete = forEachPoint(
+        [&](const TargetPoint& point)
+        {
+            points.get()[size++] = point;
+            return size < static_cast<std::size_t>(capacity) || finishBatch();
+        });
+    return isComplete && finishBatch();
 }
 
 #endif

@@ -54,6 +54,29 @@ void interpolateField(const SourceValue* source, int nbComponents, FieldClass& t
 }
 } // namespace
 
+/// Asks, step by step, for what the points that follow the first of `located` need: each step finds the address that
+/// the next one reads.
+void MappingClass::prefetchAhead(std::span<const LocatedPoint> located) const
+{
+    constexpr std::size_t step = 6;
+    const auto eltAhead = [&](std::size_t nbSteps)
+    { return nbSteps * step < located.size() ? located[nbSteps * step].elt : -1; };
+    if (const int elt = eltAhead(3); elt != -1)
+    {
+        prefetch(itsRefMesh.itsConnectivity + elt);
+        prefetch(itsRefMesh.itsEltTypes + elt);
+    }
+    if (const int elt = eltAhead(2); elt != -1)
+    {
+        const int* nodeNumbers = itsRefMesh.itsConnectivity[elt];
+        prefetchRange(nodeNumbers, nodeNumbers + itsRefMesh.nbNodesOfElt(elt));
+    }
+    if (const int elt = eltAhead(1); elt != -1)
+    {
+        prefetchFields(elt);
+    }
+}
+
 /// Asks for the source values that the evaluation in an element is going to read.
 void MappingClass::prefetchFields(int elt) const
 {

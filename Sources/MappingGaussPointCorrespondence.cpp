@@ -37,26 +37,43 @@ void MappingClass::GPToGPCorrespondence()
     }
     const float tolerance = meanSize * single(0.001);
     ProgressCounter progress(nbGaussPoints, ProgressCounter::Arithmetic::wrapping32Bit);
-    for (int elt = 0; elt < itsTargetMesh.itsNbElts; ++elt)
+    const auto forEachCentre = [this](auto visit)
     {
-        if (isTargetEltSelected(elt) && !matchGaussPointsOfElt(run, progress, elt, tolerance))
+        for (int elt = 0; elt < itsTargetMesh.itsNbElts; ++elt)
         {
-            return;
+            if (isTargetEltSelected(elt) &&
+                !visit(TargetPoint{.index = elt,
+                                   .position = targetEltCentre(elt),
+                                   .matlStateClass = itsTargetMesh.matlStateClassOfItem(elt),
+                                   .matlState = itsTargetMesh.matlStateOfItem(elt)}))
+            {
+                return false;
+            }
         }
+        return true;
+    };
+    const auto match = [&](const TargetPoint& centre, const LocatedPoint& located)
+    {
+        if (located.elt == -1)
+        {
+            failGaussPointMatching(run);
+            return false;
+        }
+        countInversion(located);
+        return matchGaussPointsOfElt(run, progress, static_cast<int>(centre.index), located.elt, tolerance);
+    };
+    if (!locateInBatches(run, itsTargetMesh.itsNbElts, forEachCentre, match))
+    {
+        return;
     }
     reportTermination(run);
 }
 
 /// Matches the Gauss points of one target element with those of the source element that holds its centre; false if the
 /// run has ended.
-bool MappingClass::matchGaussPointsOfElt(ComputationRun& run, ProgressCounter& progress, int elt, float tolerance)
+bool MappingClass::matchGaussPointsOfElt(ComputationRun& run, ProgressCounter& progress, int elt, int refElt,
+                                         float tolerance)
 {
-    const int refElt = searchBucket(targetEltCentre(elt), itsTargetMesh.matlStateOfItem(elt)).elt;
-    if (refElt == -1)
-    {
-        failGaussPointMatching(run);
-        return false;
-    }
     const int nbGaussPoints = itsTargetMesh.nbGaussPointsOfElt(elt);
     for (int i = 0; i < nbGaussPoints; ++i)
     {

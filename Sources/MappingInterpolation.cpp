@@ -131,59 +131,20 @@ std::int64_t MappingClass::countTargetPoints() const
     return itsInterpoAtGPs != 0 ? count + countTargetGaussPoints() : count;
 }
 
-/// Visits points in batches: all of a batch are located, then one after another takes its values, so that errors,
-/// progress and cancellation come in the order of the points. `forEachPoint(visit)` names the points, and stops when
-/// `visit` returns false. False if the run has ended.
+/// Locates points, and then gives each of them its values in the order of the points. False if the run has ended.
 template <class ForEachPoint>
 bool MappingClass::interpolateAt(Location pointKind, ComputationRun& run, ProgressCounter& progress,
                                  ForEachPoint forEachPoint)
 {
-    OwnedArray<TargetPoint> points;
-    OwnedArray<LocatedPoint> located;
-    OwnedArray<BatchEntry> order;
-    const std::int64_t capacity = std::min(progress.total(), batchCapacity);
-    if (!points.allocate(capacity) || !located.allocate(capacity) || !order.allocate(2 * capacity))
-    {
-        fail(run.buffer,
-             "Allocation of the target points is not possible in MappingClass::interpolation() function.\n");
-        return false;
-    }
-    const PointLocator& locator = pointLocator();
-    std::size_t nbPoints = 0;
-    const auto finishBatch = [&]
-    {
-        const bool isJumping =
-            locator.locate({points.get(), nbPoints}, {located.get(), nbPoints}, {order.get(), 2 * nbPoints});
-        for (std::size_t i = 0; i < nbPoints; ++i)
-        {
-            constexpr std::size_t ahead = 8;
-            if (isJumping && i + ahead < nbPoints && located.get()[i + ahead].elt != -1)
-            {
-                prefetchFields(located.get()[i + ahead].elt);
-            }
-            const TargetPoint& point = points.get()[i];
-            if (located.get()[i].isSingular)
-            {
-                locator.search(point.position, point.matlState); // ends the process
-            }
-            int farOutside = 0;
-            interpolateLocatedPoint(pointKind, point, located.get()[i], farOutside);
-            if (itsErrorCode != success || (farOutside != 0 && !countFarPoint(pointKind, run, point.index)) ||
-                !reportProgress(run, progress))
-            {
-                return false;
-            }
-        }
-        nbPoints = 0;
-        return true;
-    };
-    const bool isComplete = forEachPoint(
-        [&](const TargetPoint& point)
-        {
-            points.get()[nbPoints++] = point;
-            return nbPoints < static_cast<std::size_t>(capacity) || finishBatch();
-        });
-    return isComplete && finishBatch();
+    return locateInBatches(run, progress.total(), forEachPoint,
+                           [&](const TargetPoint& point, const LocatedPoint& located)
+                           {
+                               int farOutside = 0;
+                               interpolateLocatedPoint(pointKind, point, located, farOutside);
+                               return itsErrorCode == success &&
+                                      (farOutside == 0 || countFarPoint(pointKind, run, point.index)) &&
+                                      reportProgress(run, progress);
+                           });
 }
 
 bool MappingClass::interpolateAtNodes(ComputationRun& run, ProgressCounter& progress)

@@ -24,16 +24,6 @@ void MappingClass::countInversion(const LocatedPoint& located)
     ++itsNbInterpolatedPoints;
 }
 
-LocatedPoint MappingClass::searchBucket(const Vector3& point, int matlState)
-{
-    const LocatedPoint located = pointLocator().search(point, matlState);
-    if (located.elt != -1)
-    {
-        countInversion(located);
-    }
-    return located;
-}
-
 char* MappingClass::createBaryPerRefElt()
 {
     MessageBuffer buffer("MappingClass::createBaryPerRefElt()");

@@ -116,6 +116,7 @@ bool PointLocator::locate(std::span<const TargetPoint> points, std::span<Located
     for (std::size_t i = 0; i < points.size(); ++i)
     {
         entries[i] = entryOf(itsSpace.bucketOfPoint(points[i].position), i);
+        located[i] = {};
     }
     const bool isJumping = isOrderJumping(entries);
     sortByBucket(entries, order.subspan(points.size()));
@@ -187,7 +188,6 @@ void PointLocator::locateGroup(std::span<const TargetPoint> points, std::span<Lo
     Waiting waiting;
     for (InFlight& flight : group)
     {
-        *flight.located = {};
         wait(flight, waiting);
     }
     std::array<InFlight*, maxPackSize> taken{};

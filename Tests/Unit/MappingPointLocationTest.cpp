@@ -56,13 +56,13 @@ TEST_F(PointLocationTest, APointIsFoundInItsElement)
     addCube({0, 0, 0}, 10);
     addCube({5, 0, 0}, 20);
     run.prepare();
-    const LocatedPoint located = run.mapping.searchBucket({5.75F, 0.5F, 0.25F}, 1);
+    const LocatedPoint located = run.mapping.pointLocator().search({5.75F, 0.5F, 0.25F}, 1);
     EXPECT_EQ(located.elt, 1);
     EXPECT_FALSE(located.isNearMiss);
     EXPECT_NEAR(located.referenceCoords[0], 0.5F, 1e-5F);
     EXPECT_NEAR(located.referenceCoords[1], 0.0F, 1e-5F);
     EXPECT_NEAR(located.referenceCoords[2], -0.5F, 1e-5F);
-    EXPECT_EQ(run.mapping.searchBucket({3, 0.5F, 0.5F}, 1).elt, -1);
+    EXPECT_EQ(run.mapping.pointLocator().search({3, 0.5F, 0.5F}, 1).elt, -1);
 }
 
 TEST_F(PointLocationTest, APointOnASharedFaceBelongsToTheFirstElement)
@@ -70,7 +70,7 @@ TEST_F(PointLocationTest, APointOnASharedFaceBelongsToTheFirstElement)
     addCube({1, 0, 0}, 10);
     addCube({0, 0, 0}, 20);
     run.prepare();
-    EXPECT_EQ(run.mapping.searchBucket({1, 0.5F, 0.5F}, 1).elt, 0);
+    EXPECT_EQ(run.mapping.pointLocator().search({1, 0.5F, 0.5F}, 1).elt, 0);
     EXPECT_EQ(run.transfer({1, 0.5F, 0.5F}), 0);
     EXPECT_EQ(value(), 10.0F);
 }
@@ -83,10 +83,10 @@ TEST_F(PointLocationTest, OnlyElementsOfTheSameStateCodeHoldAPoint)
     addCube({0, 0, 0}, 30, 2);
     run.prepare();
     const Vector3 point{0.5F, 0.5F, 0.5F};
-    EXPECT_EQ(run.mapping.searchBucket(point, 4).elt, 0);
-    EXPECT_EQ(run.mapping.searchBucket(point, 5).elt, 1);
+    EXPECT_EQ(run.mapping.pointLocator().search(point, 4).elt, 0);
+    EXPECT_EQ(run.mapping.pointLocator().search(point, 5).elt, 1);
     // Code 6 is of the same class, but not the same.
-    EXPECT_EQ(run.mapping.searchBucket(point, 6).elt, -1);
+    EXPECT_EQ(run.mapping.pointLocator().search(point, 6).elt, -1);
 }
 
 TEST_F(PointLocationTest, TheElementsBoxRulesOutBeforeTheInsideTest)
@@ -101,12 +101,12 @@ TEST_F(PointLocationTest, TheElementsBoxRulesOutBeforeTheInsideTest)
         Vector3 below = above;
         above[axis] = 1.0005F;
         below[axis] = -0.0005F;
-        EXPECT_EQ(run.mapping.searchBucket(above, 1).elt, -1) << axis;
-        EXPECT_EQ(run.mapping.searchBucket(below, 1).elt, -1) << axis;
+        EXPECT_EQ(run.mapping.pointLocator().search(above, 1).elt, -1) << axis;
+        EXPECT_EQ(run.mapping.pointLocator().search(below, 1).elt, -1) << axis;
         above[axis] = 1;
         below[axis] = 0;
-        EXPECT_EQ(run.mapping.searchBucket(above, 1).elt, 0) << axis;
-        EXPECT_EQ(run.mapping.searchBucket(below, 1).elt, 0) << axis;
+        EXPECT_EQ(run.mapping.pointLocator().search(above, 1).elt, 0) << axis;
+        EXPECT_EQ(run.mapping.pointLocator().search(below, 1).elt, 0) << axis;
     }
 }
 
@@ -115,7 +115,7 @@ TEST_F(PointLocationTest, APointInTheBoxButNotInTheElementIsNotFound)
     run.source.addElement(2, referenceNodes(2));
     run.sourceValues.assign(4, 10);
     run.prepare();
-    EXPECT_EQ(run.mapping.searchBucket({0.9F, 0.9F, 0.9F}, 1).elt, -1);
+    EXPECT_EQ(run.mapping.pointLocator().search({0.9F, 0.9F, 0.9F}, 1).elt, -1);
     EXPECT_EQ(run.mapping.itsNbInterpolatedPoints, 0);
 }
 
@@ -126,10 +126,10 @@ TEST_F(PointLocationTest, OnlyTheIterationsInTheElementThatIsTakenAreCounted)
     run.source.addElement(2, {{1, 1, 1}, {0, 1, 1}, {1, 0, 1}, {1, 1, 0}});
     run.sourceValues.assign(8, 10);
     run.prepare();
-    EXPECT_EQ(run.mapping.searchBucket({0.75F, 0.75F, 0.75F}, 1).elt, 1);
+    EXPECT_EQ(run.transfer({0.75F, 0.75F, 0.75F}), 0);
     EXPECT_EQ(run.mapping.itsNbInterpolatedPoints, 1);
     EXPECT_EQ(run.mapping.itsMeanIterations, 1.0F);
-    EXPECT_EQ(run.mapping.searchBucket({0.125F, 0.125F, 0.125F}, 1).elt, 0);
+    EXPECT_EQ(run.transfer({0.125F, 0.125F, 0.125F}), 0);
     EXPECT_EQ(run.mapping.itsNbInterpolatedPoints, 2);
     EXPECT_EQ(run.mapping.itsMeanIterations, 2.0F);
 }
@@ -140,9 +140,9 @@ TEST_F(PointLocationTest, OnlyDirectlyFilledBucketsAreSearched)
     run.prepare();
     ASSERT_EQ(run.mapping.itsBucketSpace.state(2), filledByEnlarged);
     const Vector3 pointInCube{0.75F, 0.5F, 0.5F};
-    EXPECT_EQ(run.mapping.searchBucket(pointInCube, 1).elt, 0);
+    EXPECT_EQ(run.mapping.pointLocator().search(pointInCube, 1).elt, 0);
     run.mapping.itsBucketSpace.itsBucketState[0][0][0] = filledByEnlarged;
-    EXPECT_EQ(run.mapping.searchBucket(pointInCube, 1).elt, -1);
+    EXPECT_EQ(run.mapping.pointLocator().search(pointInCube, 1).elt, -1);
 }
 
 TEST_F(PointLocationTest, PointsOutsideTheGridAreInNoElement)
@@ -151,9 +151,9 @@ TEST_F(PointLocationTest, PointsOutsideTheGridAreInNoElement)
     run.gridPoints.addPoint({0.5F, 0.5F, 0.5F});
     run.bucketSize = 0.25F;
     run.prepare();
-    EXPECT_EQ(run.mapping.searchBucket({0.5F, 0.5F, 0.5F}, 1).elt, 0);
-    EXPECT_EQ(run.mapping.searchBucket({0.9F, 0.5F, 0.5F}, 1).elt, -1);
-    EXPECT_EQ(run.mapping.searchBucket({0.1F, 0.5F, 0.5F}, 1).elt, -1);
+    EXPECT_EQ(run.mapping.pointLocator().search({0.5F, 0.5F, 0.5F}, 1).elt, 0);
+    EXPECT_EQ(run.mapping.pointLocator().search({0.9F, 0.5F, 0.5F}, 1).elt, -1);
+    EXPECT_EQ(run.mapping.pointLocator().search({0.1F, 0.5F, 0.5F}, 1).elt, -1);
 }
 
 TEST_F(PointLocationTest, CentresAreTheMeansOfTheNodes)
