@@ -26,7 +26,7 @@ template <int nbNodes, class Number = float> using NodeValues = std::array<Numbe
 template <int nbNodes, class Number = float> using NodeGradients = std::array<std::array<Number, 3>, nbNodes>;
 
 /// Per node, bit j: the derivative along axis j is 0 everywhere.
-template <int nbNodes> using ZeroDerivatives = std::array<unsigned, nbNodes>;
+template <int nbNodes> using ZeroDerivatives = unsigned[nbNodes];
 
 /// 1/sqrt(3), the Gauss-Legendre abscissa of two points on [-1, 1], stored as single before it is used.
 inline constexpr float gaussAbscissa = single(0.57735026918962576451);
