@@ -10,21 +10,28 @@ namespace
 constexpr float undefinedBelow = single(-8.888e13);
 constexpr float undefinedValue = single(-9.999e13);
 
-/// The weighted sum, in node order, of one component; `values` holds the component's value at node 0.
-template <class Value>
-float interpolated(const Value* values, int nbComponents, const int* nodeNumbers, const ShapeValues& shape)
+/// `NbTogether` components in a row at one point: weighted sums in node order. `source` holds their values at node 0;
+/// there are `nbComponents` per node.
+template <int NbTogether, class SourceValue, class TargetValue>
+void interpolateTogether(const SourceValue* source, TargetValue* target, int nbComponents, const int* nodeNumbers,
+                         const ShapeValues& shape)
 {
-    float sum = 0.0F;
+    float sums[NbTogether]{};
+    bool areUndefined[NbTogether]{};
     for (int i = 0; i < shape.nbNodes; ++i)
     {
-        const auto value = static_cast<float>(values[static_cast<std::int64_t>(nodeNumbers[i]) * nbComponents]);
-        if (value <= undefinedBelow)
+        const SourceValue* values = source + static_cast<std::int64_t>(nodeNumbers[i]) * nbComponents;
+        for (int c = 0; c < NbTogether; ++c)
         {
-            return undefinedValue;
+            const auto value = static_cast<float>(values[c]);
+            areUndefined[c] |= value <= undefinedBelow;
+            sums[c] += shape.values[i] * value;
         }
-        sum += shape.values[i] * value;
     }
-    return sum;
+    for (int c = 0; c < NbTogether; ++c)
+    {
+        target[c] = areUndefined[c] ? undefinedValue : sums[c];
+    }
 }
 
 /// All components of one field at one point; the target holds as many components as the source.
@@ -32,9 +39,15 @@ template <class SourceValue, class TargetValue>
 void interpolateComponents(const SourceValue* source, TargetValue* target, int nbComponents, const int* nodeNumbers,
                            const ShapeValues& shape)
 {
-    for (int component = 0; component < nbComponents; ++component)
+    constexpr int together = 3;
+    int component = 0;
+    for (; component + together <= nbComponents; component += together)
     {
-        target[component] = interpolated(source + component, nbComponents, nodeNumbers, shape);
+        interpolateTogether<together>(source + component, target + component, nbComponents, nodeNumbers, shape);
+    }
+    for (; component < nbComponents; ++component)
+    {
+        interpolateTogether<1>(source + component, target + component, nbComponents, nodeNumbers, shape);
     }
 }
 
