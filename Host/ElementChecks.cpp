@@ -108,16 +108,38 @@ void checkSourceKinds(const Mesh& source)
     checkVolumeElements(source, "source", "only volume elements can be a source");
 }
 
+std::optional<int> findFlatElement(const Mesh& mesh)
+{
+    for (int element = 0; element < mesh.elementCount(); ++element)
+    {
+        if (mesh.kindOf(element).isVolume && jacobianDeterminantAtStart(mesh, element) == 0.0F)
+        {
+            return element;
+        }
+    }
+    return std::nullopt;
+}
+
+std::vector<int> findInvertedElements(const Mesh& mesh)
+{
+    std::vector<int> inverted;
+    for (int element = 0; element < mesh.elementCount(); ++element)
+    {
+        if (mesh.kindOf(element).isVolume && jacobianDeterminantAtStart(mesh, element) < 0.0F)
+        {
+            inverted.push_back(element);
+        }
+    }
+    return inverted;
+}
+
 void checkSourceElements(const Mesh& source)
 {
     checkSourceKinds(source);
-    for (int element = 0; element < source.elementCount(); ++element)
+    if (const std::optional<int> element = findFlatElement(source))
     {
-        if (jacobianDeterminantAtStart(source, element) == 0.0F)
-        {
-            throw InvalidData(text("source element ", element, ", a ", source.kindOf(element).name,
-                                   ", has no volume in single precision: its Jacobian is singular"));
-        }
+        throw InvalidData(text("source element ", *element, ", a ", source.kindOf(*element).name,
+                               ", has no volume in single precision: its Jacobian is singular"));
     }
 }
 

@@ -4,8 +4,10 @@
 
 #include "Mesh.h"
 
+#include <optional>
 #include <span>
 #include <string_view>
+#include <vector>
 
 namespace veltrane
 {
@@ -17,6 +19,14 @@ void checkVolumeElements(const Mesh& mesh, std::string_view side, std::string_vi
 
 /// The same for all elements of a source.
 void checkSourceKinds(const Mesh& source);
+
+/// The first volume element whose Jacobian is singular at the point where the library begins its search for reference
+/// coordinates: it has no volume there in single precision.
+std::optional<int> findFlatElement(const Mesh& mesh);
+
+/// The volume elements whose Jacobian is negative there: their nodes are in the order of a mirrored element, or the
+/// element is folded.
+std::vector<int> findInvertedElements(const Mesh& mesh);
 
 /// Throws InvalidData, naming the element, unless every element is a volume element with a regular Jacobian at the
 /// point where the library begins its search for reference coordinates. For linear tetrahedra, whose Jacobian is the

@@ -1,5 +1,6 @@
 #include "MeshPair.h"
 
+#include "ElementChecks.h"
 #include "Interruption.h"
 #include "Report.h"
 #include "Text.h"
@@ -7,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <iterator>
 
 namespace veltrane
@@ -82,7 +84,8 @@ MeshFile MeshPairArguments::readSource(bool cellsAsNodes) const
     return read(source, {.role = MeshRole::source,
                          .skipUnsupported = skipUnsupported,
                          .cellsAsNodes = cellsAsNodes,
-                         .materialArray = materials.array});
+                         .materialArray = materials.array,
+                         .step = step});
 }
 
 MeshFile MeshPairArguments::readTarget(MeshRole role) const
@@ -242,6 +245,39 @@ void useCommonMaterialArray(MeshFile& source, MeshFile& target)
     }
 }
 
+void checkSourceCells(const MeshFile& source)
+{
+    const Mesh& mesh = source.mesh();
+    if (const std::optional<int> flat = findFlatElement(mesh))
+    {
+        throw BadFile(text("'", source.path().string(), "': cell ", source.cellOf(*flat), ", a ",
+                           mesh.kindOf(*flat).name, ", has no volume in single precision: its Jacobian is singular"));
+    }
+    const std::vector<int> inverted = findInvertedElements(mesh);
+    if (!inverted.empty())
+    {
+        warn(text("'", source.path().string(), "' has ",
+                  oneOrMore(static_cast<long long>(inverted.size()), "cell that is", "cells that are"),
+                  " inside out; the first is cell ", source.cellOf(inverted.front()), ", a ",
+                  mesh.kindOf(inverted.front()).name));
+    }
+}
+
+std::string unitHint(const Box& source, const Box& target)
+{
+    const auto size = [](const Box& box) {
+        return std::max({box.max[0] - box.min[0], box.max[1] - box.min[1], box.max[2] - box.min[2]});
+    };
+    constexpr float suspicious = 300;
+    const float ratio = size(target) / size(source);
+    if (ratio >= suspicious || ratio <= 1 / suspicious)
+    {
+        return text("; the target is ", std::lround(ratio >= 1 ? ratio : 1 / ratio), " times as ",
+                    ratio >= 1 ? "large" : "small", " as the source: are both in the same unit of length?");
+    }
+    return "";
+}
+
 void checkOverlap(const Box& source, const Box& target)
 {
     for (std::size_t axis = 0; axis < 3; ++axis)
@@ -250,7 +286,7 @@ void checkOverlap(const Box& source, const Box& target)
         if (target.min[axis] > source.max[axis] + margin || target.max[axis] < source.min[axis] - margin)
         {
             throw BadFile(text("the meshes do not overlap: the source reaches from ", intervalText(source, axis),
-                               ", the target from ", intervalText(target, axis)));
+                               ", the target from ", intervalText(target, axis), unitHint(source, target)));
         }
     }
 }
@@ -265,7 +301,7 @@ std::string excessText(const Box& source, const Box& target)
             target.max[axis] + targetMargin >= source.max[axis] + margin)
         {
             return text(": the target reaches from ", intervalText(target, axis), ", the source only from ",
-                        intervalText(source, axis));
+                        intervalText(source, axis), unitHint(source, target));
         }
     }
     return "";

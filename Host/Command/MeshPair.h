@@ -71,6 +71,7 @@ struct MeshPairArguments
     std::string output;
     MaterialArguments materials;
     std::optional<float> tolerance;
+    std::optional<int> step; ///< of an Exodus file as the source, from 0
     bool skipUnsupported = false;
     bool replace = false;
     bool quiet = false;
@@ -113,6 +114,12 @@ std::optional<std::string> matchMaterials(const MaterialArguments& arguments, Me
 /// If the materials are numbered by arrays of different names, those of a usual name that both files have, if there is
 /// one, take their place.
 void useCommonMaterialArray(MeshFile& source, MeshFile& target);
+
+/// Throws BadFile, naming the first cell, if a cell of the source has no volume; warns of cells that are inside out.
+void checkSourceCells(const MeshFile& source);
+
+/// Asks for the units of length if one of the boxes is very much larger than the other; otherwise nothing.
+std::string unitHint(const Box& source, const Box& target);
 
 /// The box of the target, or of its selected materials, must touch the source's; throws BadFile.
 void checkOverlap(const Box& source, const Box& target);

@@ -93,6 +93,7 @@ ExitStatus SampleCommand::run() const
     ProgressBar progress(!files_.quiet);
     progress.beginStage("reading source");
     MeshFile source = files_.readSource(arguments_.cellsAsNodes);
+    checkSourceCells(source);
     progress.beginStage("reading points");
     // An array that is asked for must be there in the source; the points may do without.
     PointFile points(files_.target);

@@ -1,5 +1,6 @@
 #include "TransferCommand.h"
 
+#include "Failures.h"
 #include "FieldChoice.h"
 #include "FileFormat.h"
 #include "JsonReport.h"
@@ -51,6 +52,7 @@ TransferCommand::TransferCommand(CLI::App& app)
     arguments_.addOutside(*command_, "nodes", true);
     files_.materials.addTo(*command_, "nodes to receive values");
     arguments_.addTuning(*command_);
+    series_.addTo(*command_);
     files_.addSkipUnsupported(*command_);
     files_.addReplace(*command_, "let transferred fields replace the target's arrays of the same names");
     report_.addTo(*command_);
@@ -60,17 +62,17 @@ TransferCommand::TransferCommand(CLI::App& app)
     command_->footer(
         text("Example:\n"
              "  veltrane transfer thermal.vtu structure.vtu -o loaded.vtu --field temperature --outside propagate\n\n",
-             meshFormatHelp, materialHelp, validPointMaskHelp, exitStatusHelp));
+             meshFormatHelp, seriesHelp, materialHelp, validPointMaskHelp, exitStatusHelp));
 }
 
-ExitStatus TransferCommand::run() const
+void TransferCommand::checkOptions(bool isCollection) const
 {
-    TransferOptions options = arguments_.options(!files_.materials.states.empty());
-    if (!isMeshOutput(formatOf(files_.output)))
+    const std::optional<FileFormat> format = formatOf(files_.output);
+    if (!isCollection && !isMeshOutput(format))
     {
         throw InvalidOption(text("the output '", files_.output, "' is not named ", meshOutputEndings));
     }
-    if (arguments_.atGaussPoints && formatOf(files_.output) != FileFormat::unstructuredGrid)
+    if (arguments_.atGaussPoints && format == FileFormat::legacyUnstructuredGrid)
     {
         throw InvalidOption(text("the output '", files_.output, "' of --gauss is not named .vtu"));
     }
@@ -78,22 +80,67 @@ ExitStatus TransferCommand::run() const
     {
         throw InvalidOption("--picture draws values at nodes, which --gauss does not give");
     }
+    if (isCollection && !(report_.path.empty() && picture_.path.empty() && log_.path.empty()))
+    {
+        throw InvalidOption("--report, --picture and --log are of single steps, not of a collection");
+    }
+    if (!isCollection && series_.jobs > 1)
+    {
+        throw InvalidOption("--jobs has an effect only if the output is a collection, named .pvd");
+    }
+}
 
-    const OutputFile output = files_.openOutput();
-    const std::optional<OutputFile> report = openCompanion(report_, files_);
-    const std::optional<OutputFile> picture = openCompanion(picture_, files_);
-    const std::optional<OutputFile> log = openCompanion(log_, files_);
-    ProgressBar progress(!files_.quiet);
+MeshPairArguments TransferCommand::filesOf(const Step& step, const std::string& output) const
+{
+    MeshPairArguments files = files_;
+    files.source = step.file.string();
+    files.step = step.number;
+    files.output = output;
+    return files;
+}
+
+ExitStatus TransferCommand::run() const
+{
+    const bool isCollection = formatOf(files_.output) == FileFormat::collection;
+    checkOptions(isCollection);
+    if (!isCollection && series_.steps.empty() && formatOf(files_.source) != FileFormat::collection)
+    {
+        return transferOne(files_);
+    }
+    arguments_.options(!files_.materials.states.empty()); // each step would find the same fault
+    const std::vector<Step> steps = series_.select(files_.source, isCollection);
+    if (!isCollection)
+    {
+        return transferOne(filesOf(steps.front(), files_.output));
+    }
+    const auto work = [&](const Step& step, const std::filesystem::path& part)
+    {
+        MeshPairArguments files = filesOf(step, part.string());
+        files.quiet = true;
+        return runReportingFailures([&] { return transferOne(files); }, CancellationReport::none);
+    };
+    return runSeries(steps, series_.jobs, files_.output, files_.openOutput(), files_.quiet, work);
+}
+
+ExitStatus TransferCommand::transferOne(const MeshPairArguments& files) const
+{
+    TransferOptions options = arguments_.options(!files.materials.states.empty());
+    const OutputFile output = files.openOutput();
+    const std::optional<OutputFile> report = openCompanion(report_, files);
+    const std::optional<OutputFile> picture = openCompanion(picture_, files);
+    const std::optional<OutputFile> log = openCompanion(log_, files);
+    ProgressBar progress(!files.quiet);
     progress.beginStage("reading source");
-    MeshFile source = files_.readSource(arguments_.cellsAsNodes);
+    MeshFile source = files.readSource(arguments_.cellsAsNodes);
     progress.beginStage("reading target");
-    MeshFile target = files_.readTarget(arguments_.atGaussPoints ? MeshRole::gaussPointTarget : MeshRole::target);
+    MeshFile target = files.readTarget(arguments_.atGaussPoints ? MeshRole::gaussPointTarget : MeshRole::target);
     useCommonMaterialArray(source, target);
+    checkSourceCells(source);
 
     const std::vector<ChosenField> chosen = arguments_.chooseFields(source);
     for (const ChosenField& field : chosen)
     {
-        files_.checkNewArray(target, arguments_.atGaussPoints ? ArrayPlace::file : ArrayPlace::points, field.newName);
+        files.checkNewArray(target, arguments_.atGaussPoints ? ArrayPlace::file : ArrayPlace::points, field.newName);
     }
     options.fieldOptions = arguments_.fieldOptions(chosen);
     const std::vector<Field> fields = readFields(source, chosen);
@@ -103,9 +150,10 @@ ExitStatus TransferCommand::run() const
     }
     options.targetLocations.assign(fields.size(), arguments_.atGaussPoints ? Location::gaussPoints : Location::nodes);
     options.targetMapping =
-        files_.materials.select(target.mesh().materials(), target.materialArray().has_value(), target.path());
-    checkOverlap(source.mesh().boundingBox(), target.mesh().boundingBox(options.targetMapping));
-    if (const auto missing = matchMaterials(files_.materials, source, target, options.targetMapping))
+        files.materials.select(target.mesh().materials(), target.materialArray().has_value(), target.path());
+    const Box sourceBox = source.mesh().boundingBox();
+    checkOverlap(sourceBox, target.mesh().boundingBox(options.targetMapping));
+    if (const auto missing = matchMaterials(files.materials, source, target, options.targetMapping))
     {
         if (options.mode == OutsideMode::error)
         {
@@ -116,6 +164,10 @@ ExitStatus TransferCommand::run() const
 
     options.progress = progress.callback("interpolating");
     const TransferResult result = transferExplainingFailures(source.mesh(), fields, target.mesh(), options);
+    if (const std::string hint = unitHint(sourceBox, target.mesh().boundingBox()); !hint.empty())
+    {
+        warn(hint.substr(2));
+    }
     progress.beginStage("writing output");
     std::vector<IntegerArray> arrays;
     if (!result.origins.empty())
@@ -133,7 +185,7 @@ ExitStatus TransferCommand::run() const
     progress.finish();
     writeCompanion(report, [&](const std::filesystem::path& path) { writeReport(record, path); });
     writeCompanion(log, [&](const std::filesystem::path& path) { writeLog(result, path); });
-    if (!files_.quiet)
+    if (!files.quiet)
     {
         printSummary(std::cout, record);
     }

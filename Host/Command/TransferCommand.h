@@ -5,9 +5,12 @@
 #include "Companion.h"
 #include "ExitStatus.h"
 #include "MeshPair.h"
+#include "Series.h"
 #include "TransferArguments.h"
 
 #include <CLI/CLI.hpp>
+
+#include <string>
 
 namespace veltrane
 {
@@ -27,9 +30,14 @@ public:
     ExitStatus run() const;
 
 private:
+    void checkOptions(bool isCollection) const;
+    ExitStatus transferOne(const MeshPairArguments& files) const;
+    MeshPairArguments filesOf(const Step& step, const std::string& output) const;
+
     CLI::App* command_;
     MeshPairArguments files_;
     TransferArguments arguments_;
+    SeriesArguments series_;
     CompanionOption picture_{"--picture", ".png",
                              "draw a cut through source and target, with what of the\ntarget is outside (.png)"};
     CompanionOption report_{"--report", ".json", "write what has been done and found for machines, too (.json)"};

@@ -1,6 +1,7 @@
 // The command veltrane.
 #include "CompareCommand.h"
 #include "ExitStatus.h"
+#include "Failures.h"
 #include "InfoCommand.h"
 #include "Interruption.h"
 #include "MatchCommand.h"
@@ -15,68 +16,9 @@
 #include <iostream>
 #include <new>
 
-namespace
-{
-
-using veltrane::ExitStatus;
-
-ExitStatus fail(const std::exception& error, ExitStatus status)
-{
-    std::cerr << "veltrane: " << error.what() << '\n';
-    return status;
-}
-
-/// Runs a subcommand; turns what it throws into a message and a status.
-template <typename Command> ExitStatus run(const Command& command)
-{
-    try
-    {
-        return command.run();
-    }
-    catch (const veltrane::InvalidOption& error)
-    {
-        return fail(error, ExitStatus::usage);
-    }
-    catch (const veltrane::NoInput& error)
-    {
-        return fail(error, ExitStatus::noInput);
-    }
-    catch (const veltrane::BadFile& error)
-    {
-        return fail(error, ExitStatus::badData);
-    }
-    catch (const veltrane::InvalidData& error)
-    {
-        return fail(error, ExitStatus::badData);
-    }
-    catch (const veltrane::CannotWrite& error)
-    {
-        return fail(error, ExitStatus::cannotCreate);
-    }
-    catch (const veltrane::TargetOutside& error)
-    {
-        return fail(error, ExitStatus::targetOutside);
-    }
-    catch (const veltrane::Cancelled&)
-    {
-        std::cerr << "veltrane: cancelled\n";
-        return ExitStatus::cancelled;
-    }
-    catch (const std::bad_alloc&)
-    {
-        std::cerr << "veltrane: there is not enough memory\n";
-        return ExitStatus::failed;
-    }
-    catch (const std::exception& error)
-    {
-        return fail(error, ExitStatus::failed);
-    }
-}
-
-} // namespace
-
 int main(int argc, char** argv)
 {
+    using veltrane::ExitStatus;
     veltrane::catchInterruptions();
     CLI::App app("Transfers results between finite-element meshes.", "veltrane");
     app.require_subcommand(1);
@@ -107,8 +49,9 @@ int main(int argc, char** argv)
         return code == 0 ? 0 : static_cast<int>(ExitStatus::usage);
     }
     ExitStatus status = ExitStatus::usage;
-    const auto runIfChosen = [&](const auto&... commands)
-    { ((status = commands.isChosen() ? run(commands) : status), ...); };
+    const auto runIfChosen = [&](const auto&... commands) {
+        ((status = commands.isChosen() ? veltrane::runReportingFailures([&] { return commands.run(); }) : status), ...);
+    };
     runIfChosen(transfer, sample, match, info, compare);
     return static_cast<int>(status);
 }

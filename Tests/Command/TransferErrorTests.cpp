@@ -281,11 +281,59 @@ TEST_F(TransferError, MaterialsMustBeNumberedByWholeNumbers)
 TEST_F(TransferError, SourceCellsMustHaveAVolume)
 {
     GridBuilder builder;
+    builder.addCell(VTK_LINE, {{0, 0, 0}, {1, 0, 0}});
     builder.addCell(VTK_TETRA, {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
     builder.addCell(VTK_TETRA, {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}});
     addDoubles(*builder.grid(), "T", linear);
     writeSource(*builder.grid());
-    expectTransfer(65, "source element 1, a tetrahedron, has no volume in single precision: its Jacobian is singular");
+    expectTransfer(65, "'source.vtu': cell 2, a tetrahedron, has no volume in single precision: its Jacobian is "
+                       "singular");
+}
+
+TEST_F(TransferError, SourceCellsInsideOutAreNamed)
+{
+    GridBuilder builder;
+    builder.addCube(VTK_HEXAHEDRON, {0, 0, 0}, 1);
+    builder.addCell(VTK_TETRA, {{2, 0, 0}, {2, 1, 0}, {3, 0, 0}, {2, 0, 1}});
+    addDoubles(*builder.grid(), "T", linear);
+    writeSource(*builder.grid());
+    const CommandResult result = runner.run({"transfer", "source.vtu", "target.vtu", "-o", "out.vtu", "--quiet"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "veltrane: warning: 'source.vtu' has 1 cell that is inside out; the first is cell 1, a "
+                             "tetrahedron\n");
+}
+
+TEST_F(TransferError, CellsOfNoKindAreInsideOutInTheirOwnOrder)
+{
+    for (const int cellType : {VTK_TETRA, VTK_HEXAHEDRON, VTK_VOXEL, VTK_WEDGE, VTK_PYRAMID, VTK_QUADRATIC_TETRA})
+    {
+        const auto grid = makeGrid(cellType, 2);
+        addDoubles(*grid, "T", linear);
+        writeSource(*grid);
+        const CommandResult result = runner.run({"transfer", "source.vtu", "target.vtu", "-o", "out.vtu", "--quiet"});
+        EXPECT_EQ(result.status, 0) << cellType;
+        EXPECT_EQ(result.errors, "") << cellType;
+    }
+}
+
+TEST_F(TransferError, SizesThatDifferByAThousandDeserveAHint)
+{
+    writeTarget(*makeGrid(VTK_TETRA, 2, 0, 1000));
+    expectTransfer(1, "the target mesh is not included in the source mesh: the target reaches from x = 0 to 1000, the "
+                      "source only from x = 0 to 1; the target is 1000 times as large as the source: are both in the "
+                      "same unit of length?");
+    writeTarget(*makeGrid(VTK_TETRA, 2, 0, 0.001));
+    const CommandResult result = runner.run({"transfer", "source.vtu", "target.vtu", "-o", "out.vtu", "--quiet"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "veltrane: warning: the target is 1000 times as small as the source: are both in the same "
+                             "unit of length?\n");
+}
+
+TEST_F(TransferError, CountsMustBeThoseOfTheLibrary)
+{
+    writeSourceWith("NumberOfPoints=\"4\"", "NumberOfPoints=\"3000000000\"");
+    expectTransfer(65, "cannot read 'source.vtu': it has a Piece with NumberOfPoints \"3000000000\", more than the "
+                       "2147483647 that can be counted");
 }
 
 TEST_F(TransferError, OutputMustBeAPossibleFile)

@@ -1,0 +1,25 @@
+/// What becomes of failures.
+#ifndef VELTRANE_COMMAND_FAILURES_H
+#define VELTRANE_COMMAND_FAILURES_H
+
+#include "ExitStatus.h"
+
+#include <functional>
+
+namespace veltrane
+{
+
+/// Whether it is told that the work was cancelled, too; a part of the work leaves that to the whole.
+enum class CancellationReport
+{
+    none,
+    message
+};
+
+/// Does the work; turns what it throws into a message on standard error and a status.
+ExitStatus runReportingFailures(const std::function<ExitStatus()>& work,
+                                CancellationReport cancellation = CancellationReport::message);
+
+} // namespace veltrane
+
+#endif

@@ -1,0 +1,263 @@
+#include "Series.h"
+
+#include "Errors.h"
+#include "Interruption.h"
+#include "ProgressBar.h"
+#include "Report.h"
+#include "Text.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <iomanip>
+#include <iostream>
+#include <iterator>
+#include <set>
+#include <sstream>
+#include <system_error>
+#include <thread>
+
+namespace veltrane
+{
+namespace
+{
+
+/// A directory of a name that nothing else has, gone at the end with what is left in it.
+class PartDirectory
+{
+public:
+    explicit PartDirectory(const std::filesystem::path& collection)
+        : path_(collection.parent_path() / text(".", collection.stem().string(), ".", ::getpid(), ".parts"))
+    {
+        std::error_code failure;
+        if (!std::filesystem::create_directory(path_, failure))
+        {
+            throw CannotWrite(text("cannot create the directory '", path_.string(), "': ", failure.message()));
+        }
+    }
+    ~PartDirectory()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    PartDirectory(const PartDirectory&) = delete;
+    PartDirectory& operator=(const PartDirectory&) = delete;
+
+    const std::filesystem::path& path() const { return path_; }
+
+private:
+    std::filesystem::path path_;
+};
+
+/// "loaded_0007.vtu"
+std::string partName(const std::filesystem::path& collection, std::size_t index)
+{
+    return text(collection.stem().string(), "_", std::setfill('0'), std::setw(4), index + 1, ".vtu");
+}
+
+bool isFailure(ExitStatus status)
+{
+    return status != ExitStatus::done && status != ExitStatus::propagationWarning;
+}
+
+ExitStatus worse(ExitStatus first, ExitStatus second)
+{
+    return first == ExitStatus::done || isFailure(second) ? second : first;
+}
+
+/// The processes that are at work.
+class Workers
+{
+public:
+    void start(const std::function<ExitStatus()>& work)
+    {
+        std::cout.flush();
+        std::fflush(nullptr);
+        const pid_t process = ::fork();
+        if (process < 0)
+        {
+            throw Error(text("cannot start a process: ", std::generic_category().message(errno)));
+        }
+        if (process == 0)
+        {
+            const ExitStatus status = work();
+            std::fflush(nullptr);
+            std::_Exit(static_cast<int>(status));
+        }
+        processes_.insert(process);
+    }
+
+    /// Until one of them has ended. If one has failed, or all is to be cancelled, the others end, too.
+    void wait()
+    {
+        constexpr std::chrono::milliseconds pause(10);
+        const std::size_t before = processes_.size();
+        while (processes_.size() == before)
+        {
+            if (isInterrupted() || isFailure(outcome_))
+            {
+                std::ranges::for_each(processes_, [](pid_t process) { ::kill(process, SIGTERM); });
+            }
+            collect();
+            if (processes_.size() == before)
+            {
+                std::this_thread::sleep_for(pause);
+            }
+        }
+    }
+
+    int count() const { return static_cast<int>(processes_.size()); }
+
+    /// The worst of those that have ended.
+    ExitStatus outcome() const { return outcome_; }
+
+private:
+    void collect()
+    {
+        int status = 0;
+        const pid_t process = ::waitpid(-1, &status, WNOHANG);
+        if (process <= 0)
+        {
+            return;
+        }
+        processes_.erase(process);
+        const bool isOver = isFailure(outcome_); // what the others say then is but that they were stopped
+        if (!isOver)
+        {
+            outcome_ =
+                worse(outcome_, WIFEXITED(status) ? static_cast<ExitStatus>(WEXITSTATUS(status)) : ExitStatus::failed);
+        }
+    }
+
+    std::set<pid_t> processes_;
+    ExitStatus outcome_ = ExitStatus::done;
+};
+
+/// Gives the parts their place. Files of an earlier run are replaced.
+void moveParts(const std::filesystem::path& from, const std::filesystem::path& to)
+{
+    try
+    {
+        std::filesystem::create_directories(to);
+        for (const auto& part : std::filesystem::directory_iterator(from))
+        {
+            std::filesystem::rename(part.path(), to / part.path().filename());
+        }
+    }
+    catch (const std::filesystem::filesystem_error& failure)
+    {
+        throw CannotWrite(text("cannot write to the directory '", to.string(), "': ", failure.code().message()));
+    }
+}
+
+std::vector<std::size_t> parseList(const std::string& list, std::size_t count)
+{
+    std::vector<std::size_t> numbers;
+    std::istringstream stream(list);
+    for (std::string word; std::getline(stream, word, ',');)
+    {
+        std::size_t number = 0;
+        const auto [end, failure] = std::from_chars(word.data(), word.data() + word.size(), number);
+        if (failure != std::errc() || end != word.data() + word.size() || number == 0)
+        {
+            throw InvalidOption(text("--steps ", list, " is not all, last or numbers from 1, separated by commas"));
+        }
+        if (number > count)
+        {
+            throw InvalidOption(text("--steps: the source has ", count, " steps; there is no step ", number));
+        }
+        numbers.push_back(number - 1);
+    }
+    return numbers;
+}
+
+} // namespace
+
+void SeriesArguments::addTo(CLI::App& command)
+{
+    command
+        .add_option("--steps", steps,
+                    "the steps of a collection or an Exodus file: all, last,\n"
+                    "or numbers from 1, separated by commas (all if the output\n"
+                    "is a collection, otherwise last)")
+        ->type_name("STEPS");
+    command.add_option("--jobs", jobs, "processes for the steps (1)")->type_name("N")->check(CLI::Range(1, 1024));
+}
+
+std::vector<Step> SeriesArguments::select(const std::filesystem::path& source, bool isCollectionWanted) const
+{
+    const std::vector<Step> all = readSteps(source);
+    const std::string wanted = steps.empty() ? (isCollectionWanted ? "all" : "last") : steps;
+    std::vector<Step> selected;
+    if (wanted == "all")
+    {
+        selected = all;
+    }
+    else if (wanted == "last")
+    {
+        selected = {all.back()};
+    }
+    else
+    {
+        std::ranges::transform(parseList(wanted, all.size()), std::back_inserter(selected),
+                               [&](std::size_t index) { return all[index]; });
+    }
+    if (!isCollectionWanted && selected.size() != 1)
+    {
+        throw InvalidOption(text("the output of ", selected.size(), " steps must be a collection, named .pvd"));
+    }
+    return selected;
+}
+
+ExitStatus runSeries(const std::vector<Step>& steps, int jobs, const std::filesystem::path& collection,
+                     const OutputFile& output, bool isQuiet, const StepWork& work)
+{
+    const std::filesystem::path place = collection.parent_path() / collection.stem();
+    const PartDirectory parts(collection);
+    std::vector<Step> written;
+    Workers workers;
+    {
+        ProgressBar progress(!isQuiet);
+        for (std::size_t i = 0; i < steps.size(); ++i)
+        {
+            if (workers.count() == jobs)
+            {
+                workers.wait();
+            }
+            if (isFailure(workers.outcome()) || isInterrupted())
+            {
+                break;
+            }
+            progress.beginStage(text("step ", i + 1, " of ", steps.size()));
+            const std::filesystem::path part = parts.path() / partName(collection, i);
+            workers.start([&] { return work(steps[i], part); });
+            written.push_back({collection.stem() / part.filename(), std::nullopt, steps[i].time});
+        }
+        while (workers.count() > 0)
+        {
+            workers.wait();
+        }
+    }
+    throwIfInterrupted();
+    if (isFailure(workers.outcome()))
+    {
+        return workers.outcome();
+    }
+    moveParts(parts.path(), place);
+    output.write([&](const std::filesystem::path& path) { writeCollection(written, path); });
+    if (!isQuiet)
+    {
+        std::cout << text("wrote ", oneOrMore(static_cast<long long>(written.size()), "step", "steps"), " to '",
+                          collection.string(), "'\n");
+    }
+    return workers.outcome();
+}
+
+} // namespace veltrane

@@ -1,0 +1,49 @@
+/// The same work for several steps of a result, in processes of their own.
+#ifndef VELTRANE_COMMAND_SERIES_H
+#define VELTRANE_COMMAND_SERIES_H
+
+#include "Collection.h"
+#include "ExitStatus.h"
+#include "OutputFile.h"
+
+#include <CLI/CLI.hpp>
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace veltrane
+{
+
+struct SeriesArguments
+{
+    std::string steps{};
+    int jobs = 1;
+
+    void addTo(CLI::App& command);
+
+    /// The steps of the source that are wanted: those asked for, and otherwise all of them for a collection and the
+    /// last one for a single output. Throws InvalidOption, NoInput or BadFile.
+    std::vector<Step> select(const std::filesystem::path& source, bool isCollectionWanted) const;
+};
+
+/// For the help texts.
+inline constexpr const char* seriesHelp =
+    "The source may be a collection of files (.pvd). If the output is one, its files are written to the\n"
+    "directory of its name without the ending.\n\n";
+
+/// Does one step, writing the given file.
+using StepWork = std::function<ExitStatus(const Step& step, const std::filesystem::path& output)>;
+
+/// Does the steps in as many processes as wanted and writes a collection of their outputs, which lie in a directory
+/// beside it of its name without the ending. If a step fails, nothing is left behind, and its status is returned; it
+/// has told the reason itself. Throws CannotWrite or Cancelled.
+///
+/// \param output  the collection as a file to be written
+ExitStatus runSeries(const std::vector<Step>& steps, int jobs, const std::filesystem::path& collection,
+                     const OutputFile& output, bool isQuiet, const StepWork& work);
+
+} // namespace veltrane
+
+#endif

@@ -1,0 +1,112 @@
+#include "Collection.h"
+
+#include "DataSetReader.h"
+#include "FileFormat.h"
+#include "Text.h"
+#include "VtkMessages.h"
+
+#include <vtkNew.h>
+#include <vtkXMLDataElement.h>
+#include <vtkXMLUtilities.h>
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <set>
+
+namespace veltrane
+{
+namespace
+{
+
+constexpr const char* entryName = "DataSet";
+
+std::vector<Step> readCollection(const std::filesystem::path& path)
+{
+    const VtkMessages messages;
+    const auto root = vtkSmartPointer<vtkXMLDataElement>::Take(vtkXMLUtilities::ReadElementFromFile(path.c_str()));
+    vtkXMLDataElement* collection = root == nullptr ? nullptr : root->FindNestedElementWithName("Collection");
+    if (collection == nullptr)
+    {
+        throw BadFile(text("cannot read ", quoted(path), ": ",
+                           messages.errors().empty() ? "it is not a collection of files" : messages.errors().front()));
+    }
+    std::vector<Step> steps;
+    std::set<double> times;
+    for (int i = 0; i < collection->GetNumberOfNestedElements(); ++i)
+    {
+        vtkXMLDataElement& entry = *collection->GetNestedElement(i);
+        const char* file = entry.GetAttribute("file");
+        double time = static_cast<double>(i);
+        if (file == nullptr || std::string_view(entry.GetName()) != entryName)
+        {
+            throw BadFile(text("cannot read ", quoted(path), ": entry ", i + 1, " names no file"));
+        }
+        entry.GetScalarAttribute("timestep", time);
+        if (!times.insert(time).second)
+        {
+            throw BadFile(text(quoted(path), " has several files of the time ", time));
+        }
+        steps.push_back({path.parent_path() / file, std::nullopt, time});
+    }
+    return steps;
+}
+
+} // namespace
+
+std::vector<Step> readSteps(const std::filesystem::path& path)
+{
+    checkReadable(path);
+    std::vector<Step> steps;
+    if (formatOf(path) == FileFormat::collection)
+    {
+        steps = readCollection(path);
+    }
+    else if (formatOf(path) == FileFormat::exodus)
+    {
+        const std::vector<double> times = readStepTimes(path);
+        for (std::size_t i = 0; i < times.size(); ++i)
+        {
+            steps.push_back({path, static_cast<int>(i), times[i]});
+        }
+    }
+    else
+    {
+        steps.push_back({path, std::nullopt, 0});
+    }
+    if (steps.empty())
+    {
+        throw BadFile(text(quoted(path), " has no steps"));
+    }
+    return steps;
+}
+
+void writeCollection(const std::vector<Step>& steps, const std::filesystem::path& path)
+{
+    vtkNew<vtkXMLDataElement> root;
+    root->SetName("VTKFile");
+    root->SetAttribute("type", "Collection");
+    root->SetAttribute("version", "0.1");
+    vtkNew<vtkXMLDataElement> collection;
+    collection->SetName("Collection");
+    for (const Step& step : steps)
+    {
+        vtkNew<vtkXMLDataElement> entry;
+        entry->SetName(entryName);
+        entry->SetDoubleAttribute("timestep", step.time);
+        entry->SetAttribute("part", "0");
+        entry->SetAttribute("file", step.file.c_str());
+        collection->AddNestedElement(entry);
+    }
+    root->AddNestedElement(collection);
+    std::ofstream stream(path);
+    vtkIndent indent;
+    vtkXMLUtilities::FlattenElement(root, stream, &indent);
+    stream.close();
+    if (!stream)
+    {
+        throw CannotWrite(std::strerror(errno));
+    }
+}
+
+} // namespace veltrane

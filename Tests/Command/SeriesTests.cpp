@@ -1,0 +1,229 @@
+// veltrane transfer on results in steps.
+#include "CommandRunner.h"
+#include "TestGrids.h"
+
+#include <vtkCellType.h>
+#include <vtkDoubleArray.h>
+#include <vtkExodusIIWriter.h>
+#include <vtkInformation.h>
+#include <vtkInformationVector.h>
+#include <vtkNew.h>
+#include <vtkObjectFactory.h>
+#include <vtkPointData.h>
+#include <vtkStreamingDemandDrivenPipeline.h>
+#include <vtkUnstructuredGridAlgorithm.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <csignal>
+#include <fstream>
+#include <iterator>
+
+namespace
+{
+
+using testing::UnorderedElementsAre;
+
+/// Makes grids of three times, with the time as the values of the field "T".
+class ThreeSteps : public vtkUnstructuredGridAlgorithm
+{
+public:
+    static ThreeSteps* New();
+    vtkTypeMacro(ThreeSteps, vtkUnstructuredGridAlgorithm)
+
+        static constexpr std::array<double, 3> times{0.5, 1, 2.5};
+
+    static vtkSmartPointer<vtkUnstructuredGrid> gridAt(double time)
+    {
+        const auto grid = makeGrid(VTK_HEXAHEDRON, 2);
+        addDoubles(*grid, "T", [=](const Point&) { return time; });
+        return grid;
+    }
+
+protected:
+    ThreeSteps() { this->SetNumberOfInputPorts(0); }
+
+    int RequestInformation(vtkInformation*, vtkInformationVector**, vtkInformationVector* output) override
+    {
+        vtkInformation* information = output->GetInformationObject(0);
+        information->Set(vtkStreamingDemandDrivenPipeline::TIME_STEPS(), times.data(), 3);
+        const std::array<double, 2> range{times.front(), times.back()};
+        information->Set(vtkStreamingDemandDrivenPipeline::TIME_RANGE(), range.data(), 2);
+        return 1;
+    }
+
+    int RequestData(vtkInformation*, vtkInformationVector**, vtkInformationVector* output) override
+    {
+        vtkInformation* information = output->GetInformationObject(0);
+        vtkInformationDoubleKey* key = vtkStreamingDemandDrivenPipeline::UPDATE_TIME_STEP();
+        const double time = information->Has(key) != 0 ? information->Get(key) : times[0];
+        auto* grid = vtkUnstructuredGrid::SafeDownCast(information->Get(vtkDataObject::DATA_OBJECT()));
+        grid->ShallowCopy(gridAt(time));
+        grid->GetInformation()->Set(vtkDataObject::DATA_TIME_STEP(), time);
+        return 1;
+    }
+};
+
+vtkStandardNewMacro(ThreeSteps);
+
+class Series : public testing::Test
+{
+protected:
+    Series()
+    {
+        std::string entries;
+        for (const double time : ThreeSteps::times)
+        {
+            const std::string name = "step" + std::to_string(static_cast<int>(10 * time)) + ".vtu";
+            writeGrid(*ThreeSteps::gridAt(time), runner.file(name));
+            entries += "<DataSet timestep=\"" + std::to_string(time) + "\" file=\"" + name + "\"/>";
+        }
+        writeCollection("source.pvd", entries);
+        writeGrid(*makeGrid(VTK_TETRA, 2), runner.file("target.vtu"));
+    }
+
+    void writeCollection(const std::string& name, const std::string& entries) const
+    {
+        std::ofstream(runner.file(name)) << "<VTKFile type=\"Collection\"><Collection>" << entries
+                                         << "</Collection></VTKFile>\n";
+    }
+
+    CommandResult transfer(const std::string& source, const std::string& output,
+                           std::vector<std::string> options = {}) const
+    {
+        options.insert(options.begin(), {"transfer", source, "target.vtu", "-o", output, "--quiet"});
+        return runner.run(options);
+    }
+
+    void expectRefused(int status, const std::string& sentence, const std::string& output,
+                       std::vector<std::string> options = {}) const
+    {
+        options.insert(options.begin(), {"transfer", "source.pvd", "target.vtu", "-o", output, "--quiet"});
+        expectFailure(runner, status, sentence, options);
+    }
+
+    void expectTime(const std::string& file, double time) const
+    {
+        EXPECT_THAT(valuesOf(*readGrid(runner.file(file)), "T"), testing::Each(testing::DoubleNear(time, 1e-6)));
+    }
+
+    std::string textOf(const std::string& name) const
+    {
+        std::ifstream stream(runner.file(name));
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    CommandRunner runner;
+};
+
+TEST_F(Series, CollectionsGiveCollections)
+{
+    const CommandResult result = transfer("source.pvd", "out.pvd", {"--jobs", "2"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(result.output, "");
+    const std::string collection = textOf("out.pvd");
+    for (const char* entry : {"timestep=\"0.5\"", "file=\"out/out_0001.vtu\"", "timestep=\"1\"",
+                              "file=\"out/out_0002.vtu\"", "timestep=\"2.5\"", "file=\"out/out_0003.vtu\""})
+    {
+        EXPECT_THAT(collection, testing::HasSubstr(entry));
+    }
+    expectTime("out/out_0001.vtu", 0.5);
+    expectTime("out/out_0002.vtu", 1);
+    expectTime("out/out_0003.vtu", 2.5);
+    EXPECT_THAT(runner.directory().names(), UnorderedElementsAre("source.pvd", "step5.vtu", "step10.vtu", "step25.vtu",
+                                                                 "target.vtu", "out", "out.pvd"));
+    EXPECT_THAT(runner.temporaryNames(), testing::IsEmpty());
+    // The output is a source like any other.
+    ASSERT_EQ(transfer("out.pvd", "again.pvd").status, 0);
+    expectTime("again/again_0003.vtu", 2.5);
+}
+
+TEST_F(Series, StepsCanBeChosen)
+{
+    ASSERT_EQ(transfer("source.pvd", "out.pvd", {"--steps", "3,1"}).status, 0);
+    expectTime("out/out_0001.vtu", 2.5);
+    expectTime("out/out_0002.vtu", 0.5);
+    ASSERT_EQ(transfer("source.pvd", "last.vtu").status, 0);
+    expectTime("last.vtu", 2.5);
+    ASSERT_EQ(transfer("source.pvd", "second.vtu", {"--steps", "2"}).status, 0);
+    expectTime("second.vtu", 1);
+    ASSERT_EQ(transfer("source.pvd", "last.pvd", {"--steps", "last"}).status, 0);
+    expectTime("last/last_0001.vtu", 2.5);
+}
+
+TEST_F(Series, ExodusFilesHaveSteps)
+{
+    vtkNew<ThreeSteps> steps;
+    vtkNew<vtkExodusIIWriter> writer;
+    writer->SetInputConnection(steps->GetOutputPort());
+    writer->WriteAllTimeStepsOn();
+    writer->SetFileName(runner.file("source.e").c_str());
+    ASSERT_EQ(writer->Write(), 1);
+    ASSERT_EQ(transfer("source.e", "last.vtu").status, 0);
+    expectTime("last.vtu", 2.5);
+    ASSERT_EQ(transfer("source.e", "first.vtu", {"--steps", "1"}).status, 0);
+    expectTime("first.vtu", 0.5);
+    ASSERT_EQ(transfer("source.e", "out.pvd", {"--steps", "all"}).status, 0);
+    expectTime("out/out_0002.vtu", 1);
+    EXPECT_THAT(textOf("out.pvd"), testing::HasSubstr("timestep=\"2.5\""));
+    EXPECT_THAT(runner.run({"info", "source.e"}).output, testing::HasSubstr("steps             3, times 0.5 to 2.5\n"));
+}
+
+TEST_F(Series, OptionsMustFit)
+{
+    expectRefused(64, "the output of 3 steps must be a collection, named .pvd", "out.vtu", {"--steps", "all"});
+    for (const char* steps : {"some", "0", "1;2", "1,,2"})
+    {
+        expectRefused(64, std::string("--steps ") + steps + " is not all, last or numbers from 1, separated by commas",
+                      "out.pvd", {"--steps", steps});
+    }
+    expectRefused(64, "--steps: the source has 3 steps; there is no step 4", "out.pvd", {"--steps", "4"});
+    expectRefused(64, "--jobs has an effect only if the output is a collection, named .pvd", "out.vtu",
+                  {"--jobs", "2"});
+    expectRefused(64, "--report, --picture and --log are of single steps, not of a collection", "out.pvd",
+                  {"--log", "log.txt"});
+    expectRefused(73, "the output 'source.pvd' is the input 'source.pvd' itself", "source.pvd");
+    expectRefused(73, "there is no directory 'nowhere' for the output", "nowhere/out.pvd");
+}
+
+TEST_F(Series, CollectionsMustHoldTogether)
+{
+    writeCollection("source.pvd", "");
+    expectRefused(65, "'source.pvd' has no steps", "out.pvd");
+    writeCollection("source.pvd", "<DataSet timestep=\"1\"/>");
+    expectRefused(65, "cannot read 'source.pvd': entry 1 names no file", "out.pvd");
+    writeCollection("source.pvd",
+                    "<DataSet timestep=\"1\" file=\"step5.vtu\"/><DataSet timestep=\"1\" file=\"step10.vtu\"/>");
+    expectRefused(65, "'source.pvd' has several files of the time 1", "out.pvd");
+    std::ofstream(runner.file("source.pvd")) << "<VTKFile type=\"UnstructuredGrid\"/>\n";
+    expectRefused(65, "cannot read 'source.pvd': it is not a collection of files", "out.pvd");
+}
+
+TEST_F(Series, AFailingStepLeavesNothingBehind)
+{
+    std::filesystem::remove(runner.file("step10.vtu"));
+    expectRefused(66, "there is no file 'step10.vtu'", "out.pvd");
+    expectRefused(66, "there is no file 'step10.vtu'", "out.pvd", {"--jobs", "3"});
+}
+
+TEST_F(Series, CtrlCCancelsAllSteps)
+{
+    const auto source = makeGrid(VTK_TETRA, 12);
+    addDoubles(*source, "T", linear);
+    for (const char* name : {"step5.vtu", "step10.vtu", "step25.vtu"})
+    {
+        writeGrid(*source, runner.file(name));
+    }
+    writeGrid(*makeGrid(VTK_TETRA, 30), runner.file("target.vtu"));
+    const std::set<std::string> before = runner.directory().names();
+    const CommandResult result = runner.runAndInterrupt(
+        {"transfer", "source.pvd", "target.vtu", "-o", "out.pvd", "--jobs", "2"}, SIGINT, "step 2");
+    EXPECT_EQ(result.status, 130);
+    EXPECT_THAT(result.errors, testing::EndsWith("veltrane: cancelled\r\n"));
+    EXPECT_EQ(runner.directory().names(), before);
+}
+
+} // namespace
