@@ -36,6 +36,15 @@ struct PointLocator::InFlight
     const int* tested = nullptr; ///< the elements that were tested last
     ItemSet candidates = 0;      ///< those of them whose box holds the point and that were not tried yet
     int candidate = -1;          ///< the element that is to be tried
+
+    /// The next stretch of the list, which is to be tested now.
+    std::span<const int> takeItems()
+    {
+        const auto taken = items.first(std::min(items.size(), maxItemSetSize));
+        tested = taken.data();
+        items = items.subspan(taken.size());
+        return taken;
+    }
 };
 
 class PointLocator::Waiting
@@ -275,9 +284,7 @@ void PointLocator::testBoxes(std::span<InFlight> group, CurrentBucket& bucket) c
         {
             continue;
         }
-        const auto items = flight.items.first(std::min(flight.items.size(), maxItemSetSize));
-        flight.tested = items.data();
-        flight.items = flight.items.subspan(items.size());
+        const std::span<const int> items = flight.takeItems();
         const bool isCurrent = flight.bucket == bucket.bucket;
         if (!isCurrent && i + 1 < group.size() && group[i + 1].bucket == flight.bucket)
         {
@@ -306,9 +313,7 @@ bool PointLocator::hasNextCandidate(InFlight& flight) const
         {
             return false;
         }
-        const auto items = flight.items.first(std::min(flight.items.size(), maxItemSetSize));
-        flight.tested = items.data();
-        flight.items = flight.items.subspan(items.size());
+        const std::span<const int> items = flight.takeItems();
         flight.candidates = itemsAround(flight.point, items, itsBoxes.values());
     }
 }
