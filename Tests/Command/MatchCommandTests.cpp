@@ -465,4 +465,25 @@ TEST_F(MatchCommand, HelpsWithExamplesAndTheExitStatuses)
     }
 }
 
+TEST(MatchCommandMaterials, OfBundledFilesAsTheOptionsWantThem)
+{
+    const CommandRunner runner;
+    const std::string meshes = VELTRANE_EXAMPLE_MESHES;
+    const auto match = [&](std::vector<std::string> options)
+    {
+        options.insert(options.begin(),
+                       {"match", "nodes", meshes + "/assembly.vtu", meshes + "/assembly_part.vtu", "-o", "nodes.vtk"});
+        return runner.run(options);
+    };
+    const CommandResult named = match({"--material-array", "material", "--only", "2"});
+    EXPECT_EQ(named.status, 0) << named.errors;
+    EXPECT_THAT(named.output, testing::StartsWith("matched all 2435 nodes of "));
+    EXPECT_EQ(match({"--ignore-materials"}).status, 0);
+    EXPECT_EQ(match({"--state", "2=1", "--state", "1=1"}).status, 0);
+    const CommandResult apart = match({"--state", "9=1"});
+    EXPECT_EQ(apart.status, 65);
+    EXPECT_EQ(apart.errors.substr(apart.errors.find("veltrane: ")),
+              "veltrane: --state: there is no material 9; the source has 1, 2, 3, 4, the target 2\n");
+}
+
 } // namespace
