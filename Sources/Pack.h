@@ -85,8 +85,12 @@ public:
     FloatPack() = default;
     explicit FloatPack(const Lanes& lanes) : itsLanes(lanes) {}
     /// A constant, in all lanes.
-    explicit FloatPack(float value) : itsLanes(Lanes{} + value) {}
-    FloatPack& operator=(float value) { return *this = FloatPack(value); }
+    explicit FloatPack(float value) : FloatPack(ofEach([value](std::size_t) { return value; })) {}
+    FloatPack& operator=(float value)
+    {
+        itsLanes = FloatPack(value).itsLanes;
+        return *this;
+    }
 
     /// valueOf(lane) in every lane.
     template <class ValueOf> static FloatPack ofEach(ValueOf valueOf)
