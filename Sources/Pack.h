@@ -26,6 +26,8 @@ template <class Scalar, std::size_t Size> struct LanesOf
 template <class Scalar, std::size_t Size> using Lanes = typename LanesOf<Scalar, Size>::Type;
 } // namespace pack
 
+// Like a number, a pack without an initial value holds anything, and {} makes it zero.
+
 /// A choice of lanes: -1 in those that are chosen, 0 in the others.
 template <std::size_t Size> class PackMask
 {
@@ -84,8 +86,8 @@ public:
 
     FloatPack() = default;
     explicit FloatPack(const Lanes& lanes) : itsLanes(lanes) {}
-    /// A constant, in all lanes.
-    explicit FloatPack(float value) : FloatPack(ofEach([value](std::size_t) { return value; })) {}
+    /// A constant, in all lanes: to take zero from it changes no bit, not even of a negative zero.
+    explicit FloatPack(float value) : itsLanes(value - Lanes{}) {}
     FloatPack& operator=(float value)
     {
         itsLanes = FloatPack(value).itsLanes;
@@ -126,7 +128,7 @@ private:
         return FloatPack(Lanes{valueOf(lane)...});
     }
 
-    Lanes itsLanes{};
+    Lanes itsLanes;
 };
 
 /// `a` in the chosen lanes, `b` in the others.

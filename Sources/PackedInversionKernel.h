@@ -24,8 +24,22 @@ template <class Kind, std::size_t Size> NodePacks<Kind, Size> gatherNodePacks(co
     return nodes;
 }
 
-template <class Kind, std::size_t Size, bool areFinite>
-void invertPack(const PackedProblem& problem, PackedSolution& solution)
+template <class Kind, std::size_t Size>
+void packedJacobian(const NodePacks<Kind, Size>& nodes, bool areFinite, const std::array<FloatPack<Size>, 3>& xi,
+                    FloatPack<Size> (&jacobian)[3][3])
+{
+    if constexpr (Kind::nbNodes == 4)
+    {
+        if (areFinite)
+        {
+            jacobianOfFiniteTetrahedron(nodes, jacobian);
+            return;
+        }
+    }
+    jacobianMatrix<Kind>(nodes, xi, jacobian);
+}
+
+template <class Kind, std::size_t Size> void invertPack(const PackedProblem& problem, PackedSolution& solution)
 {
     using Float = FloatPack<Size>;
     using Mask = PackMask<Size>;
@@ -42,16 +56,16 @@ void invertPack(const PackedProblem& problem, PackedSolution& solution)
         xi[axis] = guessed[axis];
     }
     std::array<Float, 3> position = physicalPosition<Kind>(nodes, xi);
-    Float nbIterations;
-    Mask isSingular;
+    Float nbIterations{};
+    Mask isSingular{};
     Mask isOpen = Float(2.0F) * tolerances > tolerances;
     for (int i = 0; i < maxNbInversionIterations && isOpen.bits() != 0; ++i)
     {
         Float jacobian[3][3];
         Float inverse[3][3];
-        jacobianMatrix<Kind, areFinite>(nodes, xi, jacobian);
+        packedJacobian<Kind, Size>(nodes, problem.areFinite, xi, jacobian);
         const Float determinant = adjugate33(jacobian, inverse);
-        const Mask isZero = determinant == Float();
+        const Mask isZero = determinant == Float{};
         isSingular = isSingular | (isOpen & isZero);
         isOpen = isOpen & ~isZero;
         divideAdjugate33(inverse, determinant);
@@ -75,29 +89,16 @@ void invertPack(const PackedProblem& problem, PackedSolution& solution)
     nbIterations.store(solution.nbIterations);
 }
 
-template <std::size_t Size, bool areFinite>
-void invertPack(int typeCode, const PackedProblem& problem, PackedSolution& solution)
+template <std::size_t Size> void invertPack(int typeCode, const PackedProblem& problem, PackedSolution& solution)
 {
     switch (typeCode)
     {
-    case LinearHexahedron::typeCode: invertPack<LinearHexahedron, Size, areFinite>(problem, solution); break;
-    case LinearTetrahedron::typeCode: invertPack<LinearTetrahedron, Size, areFinite>(problem, solution); break;
-    case LinearWedge::typeCode: invertPack<LinearWedge, Size, areFinite>(problem, solution); break;
-    case QuadraticTetrahedron::typeCode: invertPack<QuadraticTetrahedron, Size, areFinite>(problem, solution); break;
-    case LinearPyramid::typeCode: invertPack<LinearPyramid, Size, areFinite>(problem, solution); break;
+    case LinearHexahedron::typeCode: invertPack<LinearHexahedron, Size>(problem, solution); break;
+    case LinearTetrahedron::typeCode: invertPack<LinearTetrahedron, Size>(problem, solution); break;
+    case LinearWedge::typeCode: invertPack<LinearWedge, Size>(problem, solution); break;
+    case QuadraticTetrahedron::typeCode: invertPack<QuadraticTetrahedron, Size>(problem, solution); break;
+    case LinearPyramid::typeCode: invertPack<LinearPyramid, Size>(problem, solution); break;
     default: break;
-    }
-}
-
-template <std::size_t Size> void invertPack(int typeCode, const PackedProblem& problem, PackedSolution& solution)
-{
-    if (problem.areFinite)
-    {
-        invertPack<Size, true>(typeCode, problem, solution);
-    }
-    else
-    {
-        invertPack<Size, false>(typeCode, problem, solution);
     }
 }
 

@@ -59,28 +59,41 @@ std::array<Number, 3> physicalPosition(const std::array<std::array<Number, 3>, K
 }
 
 /// jacobian[i][j] = dx_i / dxi_j, summed in node order.
-///
-/// Of finite coordinates, the terms with a derivative that is 0 everywhere can be left out: they are zeros, which
-/// change neither a number nor the positive zero that a sum starts from.
-template <class Kind, bool areFinite = false, class Number>
+template <class Kind, class Number>
 void jacobianMatrix(const std::array<std::array<Number, 3>, Kind::nbNodes>& nodes,
                     const std::array<Number, 3>& referenceCoords, Number (&jacobian)[3][3])
 {
     NodeGradients<Kind::nbNodes, Number> gradients;
     Kind::shapeFunctionDerivatives(referenceCoords, gradients);
+    // Nine sums side by side do not wait for each other.
+    Number sums[3][3]{};
+    for (std::size_t n = 0; n < Kind::nbNodes; ++n)
+    {
+        for (std::size_t i = 0; i < 3; ++i)
+        {
+            for (std::size_t j = 0; j < 3; ++j)
+            {
+                sums[i][j] += gradients[n][j] * nodes[n][i];
+            }
+        }
+    }
     for (std::size_t i = 0; i < 3; ++i)
     {
+        std::copy_n(sums[i], 3, jacobian[i]);
+    }
+}
+
+/// The same for a linear tetrahedron whose coordinates are all finite, with less work: of the sum of a row, the terms
+/// with a derivative of 0 add zeros, which change neither a number nor the positive zero that a sum starts from.
+template <class Number>
+void jacobianOfFiniteTetrahedron(const std::array<std::array<Number, 3>, 4>& nodes, Number (&jacobian)[3][3])
+{
+    for (std::size_t i = 0; i < 3; ++i)
+    {
+        const Number fromOrigin = Number{} - nodes[0][i];
         for (std::size_t j = 0; j < 3; ++j)
         {
-            Number sum{};
-            for (std::size_t n = 0; n < Kind::nbNodes; ++n)
-            {
-                if (!areFinite || (Kind::zeroDerivatives[n] >> j & 1) == 0)
-                {
-                    sum += gradients[n][j] * nodes[n][i];
-                }
-            }
-            jacobian[i][j] = sum;
+            jacobian[i][j] = fromOrigin + nodes[j + 1][i];
         }
     }
 }

@@ -2,6 +2,7 @@
 
 #include "ExodusReader.h"
 #include "FileFormat.h"
+#include "LegacyStructure.h"
 #include "PointTable.h"
 #include "Text.h"
 #include "VtkMessages.h"
@@ -55,6 +56,7 @@ template <typename Reader> auto readXml(const std::filesystem::path& path)
 
 vtkSmartPointer<vtkUnstructuredGrid> readLegacy(const std::filesystem::path& path)
 {
+    checkLegacyCells(path);
     const VtkMessages messages;
     vtkNew<vtkUnstructuredGridReader> reader;
     reader->SetFileName(path.c_str());

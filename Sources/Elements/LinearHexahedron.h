@@ -34,8 +34,6 @@ struct LinearHexahedron
         values[7] = single(0.125 * (1.0 - xi) * (1.0 + eta) * (1.0 + zeta));
     }
 
-    static constexpr ZeroDerivatives<nbNodes> zeroDerivatives{};
-
     template <class Number>
     static constexpr void shapeFunctionDerivatives(const std::array<Number, 3>& point,
                                                    NodeGradients<nbNodes, Number>& derivatives)

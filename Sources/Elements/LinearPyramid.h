@@ -44,8 +44,6 @@ struct LinearPyramid
         values[4] = point[2];
     }
 
-    static constexpr ZeroDerivatives<nbNodes> zeroDerivatives{0b000, 0b000, 0b000, 0b000, 0b011};
-
     template <class Number>
     static constexpr void shapeFunctionDerivatives(const std::array<Number, 3>& point,
                                                    NodeGradients<nbNodes, Number>& derivatives)

@@ -27,8 +27,6 @@ struct LinearTetrahedron
         values[3] = point[2];
     }
 
-    static constexpr ZeroDerivatives<nbNodes> zeroDerivatives{0b000, 0b110, 0b101, 0b011};
-
     template <class Number>
     static constexpr void shapeFunctionDerivatives(const std::array<Number, 3>&,
                                                    NodeGradients<nbNodes, Number>& derivatives)

@@ -32,8 +32,6 @@ struct LinearWedge
         values[5] = single(0.5 * eta * (1.0 + zeta));
     }
 
-    static constexpr ZeroDerivatives<nbNodes> zeroDerivatives{0b000, 0b010, 0b001, 0b000, 0b010, 0b001};
-
     template <class Number>
     static constexpr void shapeFunctionDerivatives(const std::array<Number, 3>& point,
                                                    NodeGradients<nbNodes, Number>& derivatives)

@@ -33,9 +33,6 @@ struct QuadraticTetrahedron
         shapeFunctionsInVolumeCoords(xi, eta, zeta, 1.0 - xi - eta - zeta, values);
     }
 
-    static constexpr ZeroDerivatives<nbNodes> zeroDerivatives{0b110, 0b101, 0b000, 0b011, 0b100,
-                                                              0b000, 0b000, 0b010, 0b001, 0b000};
-
     template <class Number>
     static constexpr void shapeFunctionDerivatives(const std::array<Number, 3>& point,
                                                    NodeGradients<nbNodes, Number>& derivatives)

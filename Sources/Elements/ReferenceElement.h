@@ -4,7 +4,6 @@
 ///     initialGuess          where the search for a point's reference coordinates starts
 ///     shapeFunctions(point, values)
 ///     shapeFunctionDerivatives(point, derivatives)      d/dxi, d/deta, d/dzeta per node
-///     zeroDerivatives       which of these are 0 everywhere
 ///     shapeFunctionsAtGaussPoint(gaussPoint, values)
 ///     contains(point, margin)        inside the reference domain, `margin` reference units tolerated; a bool, or a
 ///     mask
@@ -24,9 +23,6 @@
 
 template <int nbNodes, class Number = float> using NodeValues = std::array<Number, nbNodes>;
 template <int nbNodes, class Number = float> using NodeGradients = std::array<std::array<Number, 3>, nbNodes>;
-
-/// Per node, bit j: the derivative along axis j is 0 everywhere.
-template <int nbNodes> using ZeroDerivatives = unsigned[nbNodes];
 
 /// 1/sqrt(3), the Gauss-Legendre abscissa of two points on [-1, 1], stored as single before it is used.
 inline constexpr float gaussAbscissa = single(0.57735026918962576451);

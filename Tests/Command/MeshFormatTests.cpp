@@ -286,6 +286,35 @@ TEST_F(MeshFormat, EndingAndContentMustBeThoseOfAFormat)
     expectRefused("source.vtk", "cannot read 'source.vtk': Unrecognized file type: solid for file: source.vtk");
 }
 
+/// A legacy text file of two tetrahedra with a section of cells to be tried.
+std::string legacyFile(const std::string& version, const std::string& cells)
+{
+    return "# vtk DataFile Version " + version +
+           "\ntitle\nASCII\nDATASET UNSTRUCTURED_GRID\nPOINTS 5 double\n0 0 0 1 0 0 0 1 0 0 0 1 1 1 1\n" + cells +
+           "\nCELL_TYPES 2\n10 10\nPOINT_DATA 5\nSCALARS linear double 1\nLOOKUP_TABLE default\n0 1 2 3 4\n";
+}
+
+TEST_F(MeshFormat, CellsOfLegacyFilesMustFillTheirSection)
+{
+    const auto write = [&](const std::string& version, const std::string& cells)
+    { std::ofstream(runner.file("source.vtk")) << legacyFile(version, cells); };
+    const auto refusal = [](const std::string& sizes, int cell)
+    {
+        return "cannot read 'source.vtk': its cells do not fill the section 'CELLS " + sizes + "', see cell " +
+               std::to_string(cell) + " (counting from 0)";
+    };
+    write("3.0", "CELLS 2 10\n4 0 1 2 3\n6 1 2 3 4");
+    expectRefused("source.vtk", refusal("2 10", 1));
+    write("3.0", "CELLS 2 12\n4 0 1 2 3\n4 1 2 3 4 6 0");
+    expectRefused("source.vtk", refusal("2 12", 2));
+    write("3.0", "CELLS 2 10\n-1 0 1 2 3\n4 1 2 3 4");
+    expectRefused("source.vtk", refusal("2 10", 0));
+    write("5.1", "CELLS 3 8\nOFFSETS vtktypeint64\n0 4 9\nCONNECTIVITY vtktypeint64\n0 1 2 3 1 2 3 4");
+    expectRefused("source.vtk", refusal("3 8", 1));
+    write("5.1", "CELLS 3 8\nOFFSETS vtktypeint64\n0 -4 8\nCONNECTIVITY vtktypeint64\n0 1 2 3 1 2 3 4");
+    expectRefused("source.vtk", refusal("3 8", 0));
+}
+
 TEST_F(MeshFormat, LegacyFilesMustBeWhole)
 {
     writeLegacy(*source(), runner.file("source.vtk"));

@@ -299,38 +299,3 @@ TEST(InsideTest, NotANumberIsOutside)
     EXPECT_FALSE(LinearWedge::contains(point, 0.002));
     EXPECT_FALSE(LinearPyramid::contains(point, 0.002));
 }
-
-template <class Kind> void expectZeroDerivativesWhereTheyAreNamed()
-{
-    std::array<std::array<bool, 3>, Kind::nbNodes> areZero;
-    areZero.fill({true, true, true});
-    for (const Vector3& point : {Vector3{0.1F, 0.2F, 0.3F}, Vector3{-0.7F, 0.45F, 0.11F}, Vector3{0.9F, -0.3F, -0.6F}})
-    {
-        NodeGradients<Kind::nbNodes> gradients;
-        Kind::shapeFunctionDerivatives(point, gradients);
-        for (std::size_t n = 0; n < Kind::nbNodes; ++n)
-        {
-            for (std::size_t axis = 0; axis < 3; ++axis)
-            {
-                areZero[n][axis] = areZero[n][axis] && gradients[n][axis] == 0.0F;
-            }
-        }
-    }
-    for (std::size_t n = 0; n < Kind::nbNodes; ++n)
-    {
-        for (std::size_t axis = 0; axis < 3; ++axis)
-        {
-            EXPECT_EQ((Kind::zeroDerivatives[n] >> axis & 1) != 0, areZero[n][axis])
-                << "node " << n << " axis " << axis;
-        }
-    }
-}
-
-TEST(Elements, NameTheDerivativesThatAreZeroEverywhere)
-{
-    expectZeroDerivativesWhereTheyAreNamed<LinearHexahedron>();
-    expectZeroDerivativesWhereTheyAreNamed<LinearTetrahedron>();
-    expectZeroDerivativesWhereTheyAreNamed<LinearWedge>();
-    expectZeroDerivativesWhereTheyAreNamed<LinearPyramid>();
-    expectZeroDerivativesWhereTheyAreNamed<QuadraticTetrahedron>();
-}

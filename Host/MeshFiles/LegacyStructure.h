@@ -1,0 +1,16 @@
+/// The structure of VTK's legacy files.
+#ifndef VELTRANE_HOST_LEGACY_STRUCTURE_H
+#define VELTRANE_HOST_LEGACY_STRUCTURE_H
+
+#include <filesystem>
+
+namespace veltrane
+{
+
+/// Finds what VTK's reader believes and does not survive: cell records that do not fill their section. Throws BadFile.
+/// What else is wrong with the file is left to the reader to find.
+void checkLegacyCells(const std::filesystem::path& path);
+
+} // namespace veltrane
+
+#endif
