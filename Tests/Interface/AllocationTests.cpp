@@ -272,7 +272,7 @@ TEST_F(Allocations, everyTableOfANodeCorrespondenceHasItsText)
 TEST_F(Allocations, everyTableOfAGaussPointCorrespondenceHasItsText)
 {
     const std::vector<FailedRequest> requests = failEveryRequest(matching(Correspondence::gaussPoints));
-    EXPECT_EQ(tableTexts(requests), modelTexts + refBoxTexts + targetBoxTexts + gridTexts(1026));
+    EXPECT_EQ(tableTexts(requests), modelTexts + refBoxTexts + targetBoxTexts + gridTexts(1026) + pointTexts);
     expectBufferTexts(requests, {"MappingClass::GPToGPCorrTests()", "MappingClass::GPToGPCorrespondence()"});
 }
 
