@@ -46,13 +46,13 @@ inline void sortByBucket(std::span<BatchEntry> entries, std::span<BatchEntry> ro
     for (int shift = batchPositionBits; shift < 64 && differing >> shift != 0; shift += digitBits)
     {
         const auto digitOf = [shift](BatchEntry entry) { return (entry >> shift) % nbDigits; };
-        std::array<std::size_t, nbDigits> next{};
+        std::array<std::uint32_t, nbDigits> next{};
         for (const BatchEntry entry : entries)
         {
             ++next[digitOf(entry)];
         }
-        std::size_t first = 0;
-        for (std::size_t& digit : next)
+        std::uint32_t first = 0;
+        for (std::uint32_t& digit : next)
         {
             first += std::exchange(digit, first);
         }

@@ -12,7 +12,7 @@ namespace
 {
 /// Points that travel through the stages of locate() together: enough to hide the way to memory and to fill packs, few
 /// enough that what was fetched for them is still there when it is needed.
-constexpr std::size_t groupSize = 128;
+constexpr std::size_t groupSize = 64;
 
 /// False, too, where coordinates are so large that their sum is not finite.
 bool areFinite(const float (*nodeCoords)[3], int nbNodes)
