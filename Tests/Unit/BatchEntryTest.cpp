@@ -1,6 +1,7 @@
 // The order in which a batch of points is visited.
 #include "BatchEntry.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <random>
 #include <vector>
