@@ -30,15 +30,28 @@ template <class Number> Number adjugate33(const Number (&a)[3][3], Number (&b)[3
     return a[0][0] * b[0][0] + a[0][1] * b[1][0] + a[0][2] * b[2][0];
 }
 
+/// 1 / x, computed in double precision and rounded to single.
+inline double reciprocal(double x)
+{
+    return single(1.0 / x);
+}
+
+/// The same of a single, or of a pack of them, without the way through double precision: no reciprocal of a single is
+/// so close to the middle between two singles that rounding it twice could differ from rounding it once.
+template <class Number> Number reciprocal(const Number& x)
+{
+    return Number(1.0F) / x;
+}
+
 /// Divides an adjugate by its determinant, whose reciprocal is rounded to single.
 template <class Number> void divideAdjugate33(Number (&b)[3][3], const Number& determinant)
 {
-    const auto reciprocal = single(1.0 / wide(determinant));
+    const Number factor = reciprocal(determinant);
     for (auto& row : b)
     {
         for (Number& value : row)
         {
-            value *= reciprocal;
+            value *= factor;
         }
     }
 }

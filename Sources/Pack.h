@@ -103,6 +103,7 @@ public:
     friend FloatPack operator+(const FloatPack& a, const FloatPack& b) { return FloatPack(a.itsLanes + b.itsLanes); }
     friend FloatPack operator-(const FloatPack& a, const FloatPack& b) { return FloatPack(a.itsLanes - b.itsLanes); }
     friend FloatPack operator*(const FloatPack& a, const FloatPack& b) { return FloatPack(a.itsLanes * b.itsLanes); }
+    friend FloatPack operator/(const FloatPack& a, const FloatPack& b) { return FloatPack(a.itsLanes / b.itsLanes); }
     friend FloatPack operator-(const FloatPack& a) { return FloatPack(-a.itsLanes); }
     FloatPack& operator+=(const FloatPack& other) { return *this = *this + other; }
     FloatPack& operator*=(const FloatPack& other) { return *this = *this * other; }

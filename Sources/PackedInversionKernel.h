@@ -24,19 +24,18 @@ template <class Kind, std::size_t Size> NodePacks<Kind, Size> gatherNodePacks(co
     return nodes;
 }
 
-template <class Kind, std::size_t Size>
-void packedJacobian(const NodePacks<Kind, Size>& nodes, bool areFinite, const std::array<FloatPack<Size>, 3>& xi,
-                    FloatPack<Size> (&jacobian)[3][3])
+template <class Kind, std::size_t Size, class Derivative>
+void packedJacobian(const NodePacks<Kind, Size>& nodes, bool areFinite,
+                    const NodeGradients<Kind::nbNodes, Derivative>& derivatives, FloatPack<Size> (&jacobian)[3][3])
 {
-    if constexpr (Kind::nbNodes == 4)
+    if (areFinite)
     {
-        if (areFinite)
-        {
-            jacobianOfFiniteTetrahedron(nodes, jacobian);
-            return;
-        }
+        jacobianMatrix<Kind, true>(nodes, derivatives, jacobian);
     }
-    jacobianMatrix<Kind>(nodes, xi, jacobian);
+    else
+    {
+        jacobianMatrix<Kind>(nodes, derivatives, jacobian);
+    }
 }
 
 template <class Kind, std::size_t Size> void invertPack(const PackedProblem& problem, PackedSolution& solution)
@@ -44,26 +43,31 @@ template <class Kind, std::size_t Size> void invertPack(const PackedProblem& pro
     using Float = FloatPack<Size>;
     using Mask = PackMask<Size>;
     constexpr Vector3 guess = Kind::initialGuess;
-    constexpr float guessed[3] = {guess[0], guess[1], guess[2]};
 
     const NodePacks<Kind, Size> nodes = gatherNodePacks<Kind, Size>(problem);
     const Float tolerances = Float::ofEach([&](std::size_t lane) { return problem.tolerances[lane]; });
     std::array<Float, 3> points;
-    std::array<Float, 3> xi;
     for (std::size_t axis = 0; axis < 3; ++axis)
     {
         points[axis] = Float::ofEach([&](std::size_t lane) { return problem.points[lane][axis]; });
-        xi[axis] = guessed[axis];
     }
-    std::array<Float, 3> position = physicalPosition<Kind>(nodes, xi);
+    std::array<Float, 3> xi{Float(guess[0]), Float(guess[1]), Float(guess[2])};
+    // What depends on the guess alone is known at compile time.
+    constexpr auto shapeAtGuess = shapeFunctionsAt<Kind>(guess);
+    constexpr auto derivativesAtGuess = derivativesAt<Kind>(guess);
+    std::array<Float, 3> position = weightedSum(nodes, shapeAtGuess);
+    Float jacobian[3][3];
+    packedJacobian<Kind, Size>(nodes, problem.areFinite, derivativesAtGuess, jacobian);
     Float nbIterations{};
     Mask isSingular{};
     Mask isOpen = Float(2.0F) * tolerances > tolerances;
     for (int i = 0; i < maxNbInversionIterations && isOpen.bits() != 0; ++i)
     {
-        Float jacobian[3][3];
+        if (i > 0)
+        {
+            packedJacobian<Kind, Size>(nodes, problem.areFinite, derivativesAt<Kind>(xi), jacobian);
+        }
         Float inverse[3][3];
-        packedJacobian<Kind, Size>(nodes, problem.areFinite, xi, jacobian);
         const Float determinant = adjugate33(jacobian, inverse);
         const Mask isZero = determinant == Float{};
         isSingular = isSingular | (isOpen & isZero);

@@ -10,6 +10,8 @@
 
 #include <algorithm>
 #include <array>
+#include <type_traits>
+#include <utility>
 
 /// What the search for a point's reference coordinates in one element found.
 struct Inversion
@@ -28,6 +30,22 @@ struct Inversion
 
 template <class Kind, class Number = float> using ElementNodes = std::array<std::array<Number, 3>, Kind::nbNodes>;
 
+template <class Kind, class Number>
+constexpr NodeValues<Kind::nbNodes, Number> shapeFunctionsAt(const std::array<Number, 3>& referenceCoords)
+{
+    NodeValues<Kind::nbNodes, Number> values{};
+    Kind::shapeFunctions(referenceCoords, values);
+    return values;
+}
+
+template <class Kind, class Number>
+constexpr NodeGradients<Kind::nbNodes, Number> derivativesAt(const std::array<Number, 3>& referenceCoords)
+{
+    NodeGradients<Kind::nbNodes, Number> derivatives{};
+    Kind::shapeFunctionDerivatives(referenceCoords, derivatives);
+    return derivatives;
+}
+
 /// Gathers the coordinates of an element's nodes from float[nbNodes][3].
 template <class Kind> ElementNodes<Kind> gatherNodes(const int* nodeNumbers, const float (*nodeCoords)[3])
 {
@@ -40,61 +58,60 @@ template <class Kind> ElementNodes<Kind> gatherNodes(const int* nodeNumbers, con
     return nodes;
 }
 
-/// x(xi), summed in node order.
-template <class Kind, class Number>
-std::array<Number, 3> physicalPosition(const std::array<std::array<Number, 3>, Kind::nbNodes>& nodes,
-                                       const std::array<Number, 3>& referenceCoords)
+/// The sum of nodes times weights, in node order.
+template <class Number, class Weight, std::size_t nbNodes>
+std::array<Number, 3> weightedSum(const std::array<std::array<Number, 3>, nbNodes>& nodes,
+                                  const std::array<Weight, nbNodes>& weights)
 {
-    NodeValues<Kind::nbNodes, Number> shape;
-    Kind::shapeFunctions(referenceCoords, shape);
-    std::array<Number, 3> position{};
-    for (std::size_t n = 0; n < Kind::nbNodes; ++n)
+    std::array<Number, 3> sum{};
+    for (std::size_t n = 0; n < nbNodes; ++n)
     {
         for (std::size_t axis = 0; axis < 3; ++axis)
         {
-            position[axis] += shape[n] * nodes[n][axis];
+            sum[axis] += Number(weights[n]) * nodes[n][axis];
         }
     }
-    return position;
+    return sum;
 }
 
-/// jacobian[i][j] = dx_i / dxi_j, summed in node order.
+/// x(xi).
 template <class Kind, class Number>
-void jacobianMatrix(const std::array<std::array<Number, 3>, Kind::nbNodes>& nodes,
-                    const std::array<Number, 3>& referenceCoords, Number (&jacobian)[3][3])
+std::array<Number, 3> physicalPosition(const ElementNodes<Kind, Number>& nodes,
+                                       const std::array<Number, 3>& referenceCoords)
 {
-    NodeGradients<Kind::nbNodes, Number> gradients;
-    Kind::shapeFunctionDerivatives(referenceCoords, gradients);
+    return weightedSum(nodes, shapeFunctionsAt<Kind>(referenceCoords));
+}
+
+/// jacobian[i][j] = dx_i / dxi_j, summed in node order. With coordinates that are all finite, terms whose derivative is
+/// 0 everywhere are left out: they add zeros, which change neither a number nor the positive zero that a sum starts
+/// from.
+template <class Kind, bool areFinite = false, class Number, class Derivative>
+void jacobianMatrix(const ElementNodes<Kind, Number>& nodes,
+                    const NodeGradients<Kind::nbNodes, Derivative>& derivatives, Number (&jacobian)[3][3])
+{
     // Nine sums side by side do not wait for each other.
     Number sums[3][3]{};
-    for (std::size_t n = 0; n < Kind::nbNodes; ++n)
+    const auto addNode = [&]<std::size_t n>(std::integral_constant<std::size_t, n>)
     {
         for (std::size_t i = 0; i < 3; ++i)
         {
             for (std::size_t j = 0; j < 3; ++j)
             {
-                sums[i][j] += gradients[n][j] * nodes[n][i];
+                if (!areFinite || !Kind::isConstantAlong(n, j))
+                {
+                    sums[i][j] += Number(derivatives[n][j]) * nodes[n][i];
+                }
             }
         }
+    };
+    [&]<std::size_t... n>(std::index_sequence<n...>)
+    {
+        (addNode(std::integral_constant<std::size_t, n>()), ...);
     }
+    (std::make_index_sequence<Kind::nbNodes>());
     for (std::size_t i = 0; i < 3; ++i)
     {
         std::copy_n(sums[i], 3, jacobian[i]);
-    }
-}
-
-/// The same for a linear tetrahedron whose coordinates are all finite, with less work: of the sum of a row, the terms
-/// with a derivative of 0 add zeros, which change neither a number nor the positive zero that a sum starts from.
-template <class Number>
-void jacobianOfFiniteTetrahedron(const std::array<std::array<Number, 3>, 4>& nodes, Number (&jacobian)[3][3])
-{
-    for (std::size_t i = 0; i < 3; ++i)
-    {
-        const Number fromOrigin = Number{} - nodes[0][i];
-        for (std::size_t j = 0; j < 3; ++j)
-        {
-            jacobian[i][j] = fromOrigin + nodes[j + 1][i];
-        }
     }
 }
 
@@ -131,7 +148,7 @@ Inversion invertPoint(const ElementNodes<Kind>& nodes, const float* box, const V
     {
         float jacobian[3][3];
         float inverse[3][3];
-        jacobianMatrix<Kind>(nodes, xi, jacobian);
+        jacobianMatrix<Kind>(nodes, derivativesAt<Kind>(xi), jacobian);
         if (!invertMatrix33(jacobian, inverse))
         {
             inversion.result = Inversion::singular;

@@ -57,6 +57,8 @@ struct LinearHexahedron
         }
     }
 
+    static constexpr bool isConstantAlong(std::size_t, std::size_t) { return false; }
+
     static constexpr void shapeFunctionsAtGaussPoint(std::size_t gaussPoint, NodeValues<nbNodes>& values)
     {
         shapeFunctions(gaussPoints[gaussPoint], values);

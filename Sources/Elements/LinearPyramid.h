@@ -57,6 +57,8 @@ struct LinearPyramid
         setGradient(derivatives[4], 0.0, 0.0, 1.0);
     }
 
+    static constexpr bool isConstantAlong(std::size_t node, std::size_t axis) { return node == 4 && axis < 2; }
+
     static constexpr void shapeFunctionsAtGaussPoint(std::size_t gaussPoint, NodeValues<nbNodes>& values)
     {
         shapeFunctions(gaussPoints[gaussPoint], values);

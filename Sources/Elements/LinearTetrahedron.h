@@ -37,6 +37,8 @@ struct LinearTetrahedron
         setGradient(derivatives[3], 0.0, 0.0, 1.0);
     }
 
+    static constexpr bool isConstantAlong(std::size_t node, std::size_t axis) { return node > 0 && node != axis + 1; }
+
     static constexpr void shapeFunctionsAtGaussPoint(std::size_t gaussPoint, NodeValues<nbNodes>& values)
     {
         shapeFunctions(gaussPoints[gaussPoint], values);

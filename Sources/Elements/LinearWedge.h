@@ -49,6 +49,11 @@ struct LinearWedge
         setGradient(derivatives[5], 0.0, above, 0.5 * eta);
     }
 
+    static constexpr bool isConstantAlong(std::size_t node, std::size_t axis)
+    {
+        return node % 3 > 0 && axis < 2 && axis != node % 3 - 1;
+    }
+
     static constexpr void shapeFunctionsAtGaussPoint(std::size_t gaussPoint, NodeValues<nbNodes>& values)
     {
         shapeFunctions(gaussPoints[gaussPoint], values);

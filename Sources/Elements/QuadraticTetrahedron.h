@@ -37,21 +37,41 @@ struct QuadraticTetrahedron
     static constexpr void shapeFunctionDerivatives(const std::array<Number, 3>& point,
                                                    NodeGradients<nbNodes, Number>& derivatives)
     {
+        // Four times a single is exact, and to take 1 from it rounds alike in single and in double precision.
+        const Number fourXi = Number(4.0F) * point[0];
+        const Number fourEta = Number(4.0F) * point[1];
+        const Number fourZeta = Number(4.0F) * point[2];
         const auto xi = wide(point[0]);
         const auto eta = wide(point[1]);
         const auto zeta = wide(point[2]);
         const auto l = 1.0 - xi - eta - zeta;
-        const auto origin = 1.0 - 4.0 * l;
-        setGradient(derivatives[0], 4.0 * xi - 1.0, 0.0, 0.0);
-        setGradient(derivatives[1], 0.0, 4.0 * eta - 1.0, 0.0);
-        setGradient(derivatives[2], origin, origin, origin);
-        setGradient(derivatives[3], 0.0, 0.0, 4.0 * zeta - 1.0);
-        setGradient(derivatives[4], 4.0 * eta, 4.0 * xi, 0.0);
-        setGradient(derivatives[5], -4.0 * eta, 4.0 * (l - eta), -4.0 * eta);
-        setGradient(derivatives[6], 4.0 * (l - xi), -4.0 * xi, -4.0 * xi);
-        setGradient(derivatives[7], 4.0 * zeta, 0.0, 4.0 * xi);
-        setGradient(derivatives[8], 0.0, 4.0 * zeta, 4.0 * eta);
-        setGradient(derivatives[9], -4.0 * zeta, -4.0 * zeta, 4.0 * (l - zeta));
+        const Number origin(single(1.0 - 4.0 * l));
+        const Number zero{};
+        const Number one(1.0F);
+        derivatives[0] = {fourXi - one, zero, zero};
+        derivatives[1] = {zero, fourEta - one, zero};
+        derivatives[2] = {origin, origin, origin};
+        derivatives[3] = {zero, zero, fourZeta - one};
+        derivatives[4] = {fourEta, fourXi, zero};
+        derivatives[5] = {-fourEta, single(4.0 * (l - eta)), -fourEta};
+        derivatives[6] = {single(4.0 * (l - xi)), -fourXi, -fourXi};
+        derivatives[7] = {fourZeta, zero, fourXi};
+        derivatives[8] = {zero, fourZeta, fourEta};
+        derivatives[9] = {-fourZeta, -fourZeta, single(4.0 * (l - zeta))};
+    }
+
+    static constexpr bool isConstantAlong(std::size_t node, std::size_t axis)
+    {
+        switch (node)
+        {
+        case 0: return axis != 0;
+        case 1: return axis != 1;
+        case 3: return axis != 2;
+        case 4: return axis == 2;
+        case 7: return axis == 1;
+        case 8: return axis == 0;
+        default: return false;
+        }
     }
 
     static constexpr void shapeFunctionsAtGaussPoint(std::size_t gaussPoint, NodeValues<nbNodes>& values)

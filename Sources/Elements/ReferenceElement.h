@@ -4,14 +4,14 @@
 ///     initialGuess          where the search for a point's reference coordinates starts
 ///     shapeFunctions(point, values)
 ///     shapeFunctionDerivatives(point, derivatives)      d/dxi, d/deta, d/dzeta per node
+///     isConstantAlong(node, axis)    whether that derivative of the node's function is 0 everywhere
 ///     shapeFunctionsAtGaussPoint(gaussPoint, values)
 ///     contains(point, margin)        inside the reference domain, `margin` reference units tolerated; a bool, or a
-///     mask
-///                                    of the points of a pack
+///                                    mask of the points of a pack
 ///     gaussPointsToNodes(gaussPointValues, nodeValues)  what the element gives to the average at each node
 ///
-/// Values are computed in double precision from the single-precision reference point and stored as single. The shape
-/// functions and their derivatives do so for any Number: float, or a pack of points that are worked on at once.
+/// Values are those computed in double precision from the single-precision reference point and stored as single. The
+/// shape functions and their derivatives do so for any Number: float, or a pack of points that are worked on at once.
 #ifndef VELTRANE_REFERENCE_ELEMENT_H
 #define VELTRANE_REFERENCE_ELEMENT_H
 

@@ -6,7 +6,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstdint>
 #include <cstdio>
+#include <limits>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -104,6 +109,28 @@ TEST(MatrixInversion33InSingle, TheReciprocalOfTheDeterminantIsRoundedBeforeItMu
     EXPECT_EQ(takeText(invMatrix33(matrix, inverse)), "(null)");
     EXPECT_EQ(inverse[1][1], 0.99999994F);
     EXPECT_EQ(inverse[0][0], static_cast<float>(1.0 / 41.0));
+}
+
+TEST(ReciprocalOfASingle, IsTheOneOfDoublePrecisionRounded)
+{
+    const auto expectSame = [](float x)
+    { ASSERT_EQ(std::bit_cast<std::uint32_t>(reciprocal(x)), std::bit_cast<std::uint32_t>(single(1.0 / x))) << x; };
+    std::mt19937 generator(1);
+    for (int i = 0; i < 1000000; ++i)
+    {
+        expectSame(std::bit_cast<float>(static_cast<std::uint32_t>(generator())));
+    }
+    // Where the reciprocal overflows, or is so small that it has fewer bits.
+    for (const float limit : {0x1p-128F, 0x1p126F, 0x1p127F, std::numeric_limits<float>::max(), 0.0F})
+    {
+        float x = limit;
+        for (int i = 0; i < 100000; ++i)
+        {
+            expectSame(x);
+            expectSame(-x);
+            x = std::nextafter(x, limit == 0.0F ? 1.0F : 0.0F);
+        }
+    }
 }
 
 TEST(MatrixInversion33, SucceedsWithoutAText)

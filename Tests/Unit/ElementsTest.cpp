@@ -4,7 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
+#include <random>
 
 namespace
 {
@@ -103,6 +107,19 @@ TYPED_TEST(EveryElementKind, ReproducesPositionsInTheReferenceDomain)
                 position += static_cast<double>(values[i]) * static_cast<double>(nodes[i][axis]);
             }
             EXPECT_EQ(position, static_cast<double>(point[axis]));
+        }
+    }
+}
+
+TYPED_TEST(EveryElementKind, HasDerivativesOfZeroWhereItSaysThatAFunctionIsConstantAndNowhereElse)
+{
+    for (std::size_t node = 0; node < TypeParam::nbNodes; ++node)
+    {
+        for (std::size_t axis = 0; axis < 3; ++axis)
+        {
+            const bool isZeroEverywhere = std::ranges::all_of(
+                exactPoints, [&](const Vector3& point) { return gradientsAt<TypeParam>(point)[node][axis] == 0.0F; });
+            EXPECT_EQ(TypeParam::isConstantAlong(node, axis), isZeroEverywhere) << "node " << node << ", axis " << axis;
         }
     }
 }
@@ -298,4 +315,23 @@ TEST(InsideTest, NotANumberIsOutside)
     EXPECT_FALSE(LinearTetrahedron::contains(point, 0.002));
     EXPECT_FALSE(LinearWedge::contains(point, 0.002));
     EXPECT_FALSE(LinearPyramid::contains(point, 0.002));
+}
+
+TEST(QuadraticTetrahedronDerivatives, AreThoseOfDoublePrecisionRoundedOnce)
+{
+    std::mt19937 generator(1);
+    for (int i = 0; i < 1000000; ++i)
+    {
+        const auto xi = std::bit_cast<float>(static_cast<std::uint32_t>(generator()));
+        const double wideXi = static_cast<double>(xi);
+        const auto derivatives = gradientsAt<QuadraticTetrahedron>({xi, 0.0F, 0.0F});
+        if (std::isnan(xi))
+        {
+            EXPECT_TRUE(std::isnan(derivatives[0][0]));
+            continue;
+        }
+        ASSERT_EQ(derivatives[0][0], single(4.0 * wideXi - 1.0)) << xi;
+        ASSERT_EQ(derivatives[4][1], single(4.0 * wideXi)) << xi;
+        ASSERT_EQ(derivatives[6][1], single(-4.0 * wideXi)) << xi;
+    }
 }

@@ -326,7 +326,7 @@ TEST(Jacobian, HasARowPerPhysicalAxisAndAColumnPerReferenceAxis)
     // x = 1 + 2 xi + 3 eta + 5 zeta, y = 7 xi + 11 eta + 13 zeta, z = 17 xi + 19 eta + 23 zeta.
     const ElementNodes<LinearTetrahedron> nodes{{{1, 0, 0}, {3, 7, 17}, {4, 11, 19}, {6, 13, 23}}};
     float jacobian[3][3];
-    jacobianMatrix<LinearTetrahedron>(nodes, {0.25F, 0.25F, 0.25F}, jacobian);
+    jacobianMatrix<LinearTetrahedron>(nodes, derivativesAt<LinearTetrahedron>(Vector3{0.25F, 0.25F, 0.25F}), jacobian);
     const float expected[3][3] = {{2, 3, 5}, {7, 11, 13}, {17, 19, 23}};
     for (int i = 0; i < 3; ++i)
     {
