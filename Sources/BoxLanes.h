@@ -31,12 +31,7 @@ inline CornerLanes max(const CornerLanes& a, const CornerLanes& b)
 /// A corner from its three coordinates; nothing is read beyond them.
 inline CornerLanes cornerLanes(const float* coordinates)
 {
-#if defined(__SSE2__)
-    const __m128 firstTwo = _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(coordinates)));
-    return CornerLanes(_mm_movelh_ps(firstTwo, _mm_load_ss(coordinates + 2)));
-#else
-    return CornerLanes(CornerLanes::Lanes{coordinates[0], coordinates[1], coordinates[2], coordinates[2]});
-#endif
+    return CornerLanes(pack::triple<4>(coordinates));
 }
 
 struct BoxLanes

@@ -250,4 +250,75 @@ template <std::size_t Size> FloatPack<Size> single(const DoublePack<Size>& value
     return pack::rounded(value, std::make_index_sequence<Size>());
 }
 
+namespace pack
+{
+/// Three numbers and a lane that does not count; nothing is read beyond them. `Size` is that of the file's packs.
+template <std::size_t Size> Lanes<float, 4> triple(const float* numbers)
+{
+#if defined(__AVX512VL__)
+    if constexpr (Size == 16)
+    {
+        return _mm_maskz_loadu_ps(0b0111, numbers);
+    }
+#endif
+#if defined(__SSE2__)
+    const __m128 firstTwo = _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(numbers)));
+    return _mm_movelh_ps(firstTwo, _mm_load_ss(numbers + 2));
+#else
+    return Lanes<float, 4>{numbers[0], numbers[1], numbers[2], numbers[2]};
+#endif
+}
+
+template <std::size_t Size, class Half, std::size_t... i>
+auto joined(const Half& low, const Half& high, std::index_sequence<i...>)
+{
+    return __builtin_shufflevector(low, high, i...);
+}
+
+/// The triples of the lanes `first`, `first` + 4, `first` + 8 ..., one after the other; four numbers each, for
+/// `nbLanes` lanes.
+template <std::size_t Size, std::size_t nbLanes, class AddressOf>
+Lanes<float, nbLanes> everyFourthTriple(AddressOf& addressOf, std::size_t first)
+{
+    if constexpr (nbLanes == 4)
+    {
+        return triple<Size>(addressOf(first));
+    }
+    else
+    {
+        return joined<Size>(everyFourthTriple<Size, nbLanes / 2>(addressOf, first),
+                            everyFourthTriple<Size, nbLanes / 2>(addressOf, first + nbLanes / 2),
+                            std::make_index_sequence<nbLanes>());
+    }
+}
+
+/// Within each four lanes, those numbered c0 to c3: 0 to 3 of a, 4 to 7 of b.
+template <std::size_t c0, std::size_t c1, std::size_t c2, std::size_t c3, class Vector, std::size_t... lane>
+Vector ofFours(const Vector& a, const Vector& b, std::index_sequence<lane...>)
+{
+    constexpr std::size_t inB = sizeof...(lane) - 4;
+    constexpr std::size_t chosen[4] = {c0 < 4 ? c0 : c0 + inB, c1 < 4 ? c1 : c1 + inB, c2 < 4 ? c2 : c2 + inB,
+                                       c3 < 4 ? c3 : c3 + inB};
+    return __builtin_shufflevector(a, b, (lane / 4 * 4 + chosen[lane % 4])...);
+}
+} // namespace pack
+
+/// The three numbers at addressOf(lane), for every lane.
+template <std::size_t Size, class AddressOf> void loadTriples(AddressOf addressOf, FloatPack<Size> (&triples)[3])
+{
+    using namespace pack;
+    constexpr auto lanes = std::make_index_sequence<Size>();
+    const auto a = everyFourthTriple<Size, Size>(addressOf, 0);
+    const auto b = everyFourthTriple<Size, Size>(addressOf, 1);
+    const auto c = everyFourthTriple<Size, Size>(addressOf, 2);
+    const auto d = everyFourthTriple<Size, Size>(addressOf, 3);
+    const auto firstTwoOfAB = ofFours<0, 4, 1, 5>(a, b, lanes);
+    const auto firstTwoOfCD = ofFours<0, 4, 1, 5>(c, d, lanes);
+    const auto lastOfAB = ofFours<2, 6, 3, 7>(a, b, lanes);
+    const auto lastOfCD = ofFours<2, 6, 3, 7>(c, d, lanes);
+    triples[0] = FloatPack<Size>(ofFours<0, 1, 4, 5>(firstTwoOfAB, firstTwoOfCD, lanes));
+    triples[1] = FloatPack<Size>(ofFours<2, 3, 6, 7>(firstTwoOfAB, firstTwoOfCD, lanes));
+    triples[2] = FloatPack<Size>(ofFours<0, 1, 4, 5>(lastOfAB, lastOfCD, lanes));
+}
+
 #endif

@@ -18,7 +18,8 @@ PackedInversion packedInversion(std::size_t packSize)
     {
         return {8, invertPackOf8};
     }
-    if (packSize == 16 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq"))
+    if (packSize == 16 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&
+        __builtin_cpu_supports("avx512vl"))
     {
         return {16, invertPackOf16};
     }

@@ -15,11 +15,9 @@ template <class Kind, std::size_t Size> NodePacks<Kind, Size> gatherNodePacks(co
     NodePacks<Kind, Size> nodes;
     for (std::size_t n = 0; n < Kind::nbNodes; ++n)
     {
-        for (std::size_t axis = 0; axis < 3; ++axis)
-        {
-            nodes[n][axis] = FloatPack<Size>::ofEach(
-                [&](std::size_t lane) { return problem.nodeCoords[problem.nodeNumbers[lane][n]][axis]; });
-        }
+        FloatPack<Size> coords[3];
+        loadTriples<Size>([&](std::size_t lane) { return problem.nodeCoords[problem.nodeNumbers[lane][n]]; }, coords);
+        nodes[n] = {coords[0], coords[1], coords[2]};
     }
     return nodes;
 }

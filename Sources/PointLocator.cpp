@@ -7,12 +7,13 @@
 #include <array>
 #include <bit>
 #include <cstdlib>
+#include <utility>
 
 namespace
 {
 /// Points that travel through the stages of locate() together: enough to hide the way to memory and to fill packs, few
 /// enough that what was fetched for them is still there when it is needed.
-constexpr std::size_t groupSize = 64;
+constexpr std::size_t groupSize = 128;
 
 /// False, too, where coordinates are so large that their sum is not finite.
 bool areFinite(const float (*nodeCoords)[3], int nbNodes)
@@ -36,6 +37,7 @@ struct PointLocator::InFlight
     const int* tested = nullptr; ///< the elements that were tested last
     ItemSet candidates = 0;      ///< those of them whose box holds the point and that were not tried yet
     int candidate = -1;          ///< the element that is to be tried
+    InFlight* below = nullptr;   ///< the point that waits under this one
 
     /// The next stretch of the list, which is to be tested now.
     std::span<const int> takeItems()
@@ -47,13 +49,15 @@ struct PointLocator::InFlight
     }
 };
 
+/// The points that wait to be tried in an element, on one stack per element kind.
 class PointLocator::Waiting
 {
 public:
     void add(InFlight& flight, int typeCode)
     {
         Stack& stack = itsStacks[static_cast<std::size_t>(typeCode)];
-        stack.flights[stack.size++] = &flight;
+        flight.below = std::exchange(stack.top, &flight);
+        ++stack.size;
     }
 
     /// Takes a full pack of any kind if there is one, or else all of a kind that has some: the number of flights, and
@@ -61,7 +65,7 @@ public:
     std::size_t take(std::size_t packSize, std::array<InFlight*, maxPackSize>& flights, int& typeCode)
     {
         std::size_t kind = itsLastKind;
-        for (std::size_t i = 0; i < nbStacks && itsStacks[kind].size < packSize; ++i)
+        for (std::size_t i = 0; i < nbTypeCodes && itsStacks[kind].size < packSize; ++i)
         {
             kind = itsStacks[i].size > itsStacks[kind].size ? i : kind;
         }
@@ -69,20 +73,22 @@ public:
         typeCode = static_cast<int>(kind);
         Stack& stack = itsStacks[kind];
         const std::size_t nbTaken = std::min(stack.size, packSize);
+        for (std::size_t i = 0; i < nbTaken; ++i)
+        {
+            flights[i] = std::exchange(stack.top, stack.top->below);
+        }
         stack.size -= nbTaken;
-        std::copy_n(stack.flights.begin() + static_cast<std::ptrdiff_t>(stack.size), nbTaken, flights.begin());
         return nbTaken;
     }
 
 private:
-    static constexpr std::size_t nbStacks = nbTypeCodes;
     struct Stack
     {
         std::size_t size = 0;
-        std::array<InFlight*, groupSize> flights;
+        InFlight* top = nullptr;
     };
     std::size_t itsLastKind = 0;
-    std::array<Stack, nbStacks> itsStacks;
+    std::array<Stack, nbTypeCodes> itsStacks;
 };
 
 struct PointLocator::CurrentBucket
