@@ -5,11 +5,12 @@
 #include "Field.h"
 
 #include <cstddef>
+#include <functional>
 
 namespace veltrane
 {
 
-/// Figures of one component over all locations, those without a usable value left out: NaN, infinite or undefined (see
+/// Figures of one component over the locations, those without a usable value left out: NaN, infinite or undefined (see
 /// undefinedBound). Without any usable value the figures are not numbers.
 struct ComponentStatistics
 {
@@ -20,7 +21,9 @@ struct ComponentStatistics
 };
 
 /// \param component  counts from 0
-ComponentStatistics statisticsOf(const Field& field, int component);
+/// \param isCounted  whether a location takes part; all do if there is no such function
+ComponentStatistics statisticsOf(const Field& field, int component,
+                                 const std::function<bool(std::size_t location)>& isCounted = {});
 
 } // namespace veltrane
 

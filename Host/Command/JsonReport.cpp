@@ -27,6 +27,24 @@ Json describeBox(const Box& box)
     return {{"min", box.min}, {"max", box.max}};
 }
 
+Json describeMaterials(const std::vector<Material>& materials, bool areNumbered)
+{
+    Json names = Json::array();
+    for (const Material& material : materials)
+    {
+        if (areNumbered)
+        {
+            names.push_back(material.name);
+        }
+    }
+    return names;
+}
+
+Json nameOrNull(const std::optional<std::string>& name)
+{
+    return name ? Json(*name) : Json();
+}
+
 Json describeMesh(const MeshFile& file)
 {
     const Mesh& mesh = file.mesh();
@@ -39,22 +57,41 @@ Json describeMesh(const MeshFile& file)
             elements[std::string(info.name)] = count;
         }
     }
-    Json materials = Json::array();
-    for (const Material& material : mesh.materials())
-    {
-        materials.push_back(material.name);
-    }
     return {{"file", file.path().string()},
             {"nodes", mesh.nodeCount()},
             {"elements", elements},
             {"leftOutCells", file.leftOutCellCount()},
-            {"materialArray", file.materialArray() ? Json(*file.materialArray()) : Json()},
-            {"materials", file.materialArray() ? materials : Json::array()},
+            {"materialArray", nameOrNull(file.materialArray())},
+            {"materials", describeMaterials(mesh.materials(), file.materialArray().has_value())},
             {"box", describeBox(mesh.boundingBox())}};
+}
+
+Json describePointFile(const PointFile& file)
+{
+    const PointCloud& points = file.points();
+    return {{"file", file.path().string()},
+            {"points", points.pointCount()},
+            {"materialArray", nameOrNull(file.materialArray())},
+            {"materials", describeMaterials(points.materials(), file.materialArray().has_value())},
+            {"box", describeBox(points.boundingBox())}};
+}
+
+Json describeTarget(const TransferRecord& record)
+{
+    const PointFile* points = record.targetPoints();
+    return points != nullptr ? describePointFile(*points) : describeMesh(*record.targetMesh());
 }
 
 Json describePoints(const TransferRecord& record)
 {
+    if (record.targetPoints() != nullptr)
+    {
+        const PointCounts points = countPoints(record);
+        return {{"points", points.all},
+                {"notMapped", points.notMapped},
+                {"inside", points.inside},
+                {"outside", points.outside}};
+    }
     const std::optional<NodeCounts> nodes = countNodes(record);
     if (!nodes)
     {
@@ -73,7 +110,7 @@ Json describeGaussPoints(const TransferRecord& record)
         return nullptr;
     }
     const OutsideCounts& outside = *record.result.statistics->gaussPoints;
-    return {{"all", record.target.mesh().gaussPointCount()}, {"near", outside.near}, {"far", outside.far}};
+    return {{"all", record.targetMesh()->mesh().gaussPointCount()}, {"near", outside.near}, {"far", outside.far}};
 }
 
 std::string_view locationName(const Field& field)
@@ -112,6 +149,7 @@ Json describeValues(const Field& field, int component)
 
 Json describeFields(const TransferRecord& record)
 {
+    const bool arePoints = record.targetPoints() != nullptr;
     Json fields = Json::array();
     for (std::size_t i = 0; i < record.sourceFields.size(); ++i)
     {
@@ -126,7 +164,7 @@ Json describeFields(const TransferRecord& record)
         }
         fields.push_back({{"name", target.name()},
                           {"sourceLocation", locationName(source)},
-                          {"targetLocation", locationName(target)},
+                          {"targetLocation", arePoints ? "points" : locationName(target)},
                           {"precision", source.isSinglePrecision() ? "single" : "double"},
                           {"components", components}});
     }
@@ -153,7 +191,7 @@ Json describe(const TransferRecord& record)
             {"message", record.result.message},
             {"options", describeOptions(record.options)},
             {"source", describeMesh(record.source)},
-            {"target", describeMesh(record.target)},
+            {"target", describeTarget(record)},
             {"points", describePoints(record)},
             {"gaussPoints", describeGaussPoints(record)},
             {"search", describeSearch(record.result.statistics)},

@@ -36,8 +36,8 @@ void drawPicture(const TransferRecord& record, const std::filesystem::path& path
     const auto side = [](const MeshFile& file, const Field& shown) {
         return PictureSide{file.path().filename().string(), file.mesh(), shown};
     };
-    writePicture(side(record.source, record.sourceFields[field]), side(record.target, record.result.fields[field]),
-                 path);
+    writePicture(side(record.source, record.sourceFields[field]),
+                 side(*record.targetMesh(), record.result.fields[field]), path);
 }
 
 } // namespace veltrane

@@ -1,16 +1,14 @@
 #include "SampleCommand.h"
 
-#include "FieldStatistics.h"
 #include "FileFormat.h"
 #include "Interruption.h"
 #include "PointFile.h"
 #include "ProgressBar.h"
-#include "Report.h"
 #include "Text.h"
 #include "TransferRecord.h"
 #include "TransferSummary.h"
 
-#include <algorithm>
+#include <filesystem>
 #include <iostream>
 
 namespace veltrane
@@ -18,40 +16,31 @@ namespace veltrane
 namespace
 {
 
-TransferResult sampleExplainingFailures(const Mesh& source, std::span<const Field> fields, const PointCloud& points,
-                                        const TransferOptions& options)
+/// An array that is asked for must be there in the source; the points may do without.
+PointFile readPointFile(const MeshPairArguments& files)
 {
-    try
+    PointFile points(files.target);
+    if (files.materials.array && points.hasArray(*files.materials.array))
     {
-        return sample(source, fields, points, options);
+        points = PointFile(files.target, files.materials.array);
     }
-    catch (const TargetOutside& error)
+    throwIfInterrupted();
+    return points;
+}
+
+void checkNewArray(const MeshPairArguments& files, const PointFile& points, const std::string& name)
+{
+    if (!files.replace && points.hasArray(name))
     {
-        throw TargetOutside(text(bareMessage(error.what()), "; --outside default gives such points the default value"));
-    }
-    catch (const TransferError& error)
-    {
-        throw TransferError(text(bareMessage(error.what()), excessText(source.boundingBox(), points.boundingBox())),
-                            error.code());
+        throw BadFile(text("'", files.target, "' has a point-data array '", name,
+                           "' of its own; --replace lets the new one take its place"));
     }
 }
 
-void printSummary(std::ostream& stream, const MeshFile& source, std::span<const Field> fields, const PointFile& points,
-                  const TransferResult& result)
+/// Points that come with cells keep them.
+std::string partEnding(const std::filesystem::path& points)
 {
-    const auto count = [&](ValueOrigin origin) { return std::ranges::count(result.origins, origin); };
-    printLine(stream, "source", source.path().string());
-    printLine(stream, "", describe(source.mesh()));
-    printLine(stream, "points", points.path().string());
-    printCount(stream, "points", points.points().pointCount());
-    printCount(stream, "  inside", count(ValueOrigin::element));
-    printCount(stream, "  outside", count(ValueOrigin::defaultValue), "in no cell of the source: default value");
-    if (count(ValueOrigin::none) > 0)
-    {
-        printCount(stream, "  not mapped", count(ValueOrigin::none), "of other materials: default value");
-    }
-    stream << '\n';
-    printValues(stream, "values at points", fields, result.fields);
+    return isMeshInput(formatOf(points)) ? ".vtu" : ".vtp";
 }
 
 } // namespace
@@ -59,16 +48,18 @@ void printSummary(std::ostream& stream, const MeshFile& source, std::span<const 
 SampleCommand::SampleCommand(CLI::App& app)
     : command_(app.add_subcommand("sample", "Samples the point data of a mesh file at points"))
 {
-    files_.addFiles(*command_, "mesh file with the fields, of volume cells",
-                    "file with the points (.csv, .vtp, or any mesh file)",
-                    "file to be written: the points with the fields added\n(.csv, .vtp, .vtu, .vtk)", "POINTS");
+    files_.addFiles(
+        *command_, "mesh file with the fields, of volume cells", "file with the points (.csv, .vtp, or any mesh file)",
+        "file to be written: the points with the fields added\n(.csv, .vtp, .vtu, .vtk, or .pvd for steps)", "POINTS");
     arguments_.addFields(*command_);
     arguments_.addOutside(*command_, "points", false);
     files_.materials.addTo(*command_, "points to receive values");
     arguments_.addTuning(*command_);
+    series_.addTo(*command_);
     files_.addSkipUnsupported(*command_);
     files_.addReplace(*command_, "let sampled fields replace the points' arrays of the same names");
-    log_.addTo(*command_);
+    recordFiles_.report.addTo(*command_);
+    recordFiles_.log.addTo(*command_);
     files_.addQuiet(*command_, "print no summary and no progress");
     command_->footer(
         text("Example:\n"
@@ -77,66 +68,72 @@ SampleCommand::SampleCommand(CLI::App& app)
              "they have point data of that name; an element holds a point only if it has the point's material.\n"
              "The array vtkValidPointMask of the output is 1 where an element of the source has given the values,\n"
              "-1 where they are default values, and 0 at points that are not mapped, which hold the default value.\n\n",
-             meshFormatHelp, exitStatusHelp));
+             meshFormatHelp, seriesHelp, exitStatusHelp));
+}
+
+void SampleCommand::checkOutput(bool isCollection) const
+{
+    if (isCollection)
+    {
+        recordFiles_.checkNoneGiven();
+    }
+    else if (!isPointOutput(formatOf(files_.output)))
+    {
+        throw InvalidOption(text("the output '", files_.output, "' is not named ", pointOutputEndings));
+    }
 }
 
 ExitStatus SampleCommand::run() const
 {
-    TransferOptions options = arguments_.options(!files_.materials.states.empty());
-    if (!isPointOutput(formatOf(files_.output)))
-    {
-        throw InvalidOption(text("the output '", files_.output, "' is not named ", pointOutputEndings));
-    }
+    arguments_.options(!files_.materials.states.empty()); // each step would find the same fault
+    checkOutput(formatOf(files_.output) == FileFormat::collection);
+    return runSteps(series_, files_, partEnding(files_.target),
+                    [&](const MeshPairArguments& files) { return sampleOne(files); });
+}
 
-    const OutputFile output = files_.openOutput();
-    const std::optional<OutputFile> log = openCompanion(log_, files_);
-    ProgressBar progress(!files_.quiet);
+ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files) const
+{
+    TransferOptions options = arguments_.options(!files.materials.states.empty());
+    const OutputFile output = files.openOutput();
+    const RecordFiles recordFiles(recordFiles_, files);
+    ProgressBar progress(!files.quiet);
     progress.beginStage("reading source");
-    MeshFile source = files_.readSource(arguments_.cellsAsNodes);
+    MeshFile source = files.readSource(arguments_.cellsAsNodes);
     checkSourceCells(source);
     progress.beginStage("reading points");
-    // An array that is asked for must be there in the source; the points may do without.
-    PointFile points(files_.target);
-    if (files_.materials.array && points.hasArray(*files_.materials.array))
-    {
-        points = PointFile(files_.target, files_.materials.array);
-    }
-    throwIfInterrupted();
+    PointFile points = readPointFile(files);
 
     const std::vector<ChosenField> chosen = arguments_.chooseFields(source);
     for (const ChosenField& field : chosen)
     {
-        if (!files_.replace && points.hasArray(field.newName))
-        {
-            throw BadFile(text("'", files_.target, "' has a point-data array '", field.newName,
-                               "' of its own; --replace lets the new one take its place"));
-        }
+        checkNewArray(files, points, field.newName);
     }
     options.fieldOptions = arguments_.fieldOptions(chosen);
     const std::vector<Field> fields = readFields(source, chosen);
-    options.targetMapping = files_.materials.select(points.points().materials(), points.hasMaterials(), points.path());
-    checkOverlap(source.mesh().boundingBox(), points.points().boundingBox());
-    if (const auto missing = files_.materials.match(source.mesh(), source.materialArray().has_value(), points.points(),
-                                                    points.hasMaterials(), options.targetMapping))
-    {
-        if (options.mode == OutsideMode::error)
-        {
-            throw BadFile(*missing);
-        }
-        warn(*missing);
-    }
+    recordFiles.checkFields(fields, files.source);
+    const bool haveMaterials = points.materialArray().has_value();
+    options.targetMapping = files.materials.select(points.points().materials(), haveMaterials, points.path());
+    const Box sourceBox = source.mesh().boundingBox();
+    const Box pointBox = points.points().boundingBox();
+    checkOverlap(sourceBox, pointBox);
+    reportMissingMaterials(files.materials.match(source.mesh(), source.materialArray().has_value(), points.points(),
+                                                 haveMaterials, options.targetMapping),
+                           options.mode);
 
     options.progress = progress.callback("sampling");
-    const TransferResult result = sampleExplainingFailures(source.mesh(), fields, points.points(), options);
+    const TransferResult result =
+        explainingFailures([&] { return sample(source.mesh(), fields, points.points(), options); },
+                           "--outside default gives such points the default value", sourceBox, pointBox);
     progress.beginStage("writing output");
     const IntegerArray mask = validPointMask(result.origins);
     output.write([&](const std::filesystem::path& path)
                  { points.writeWith(result.fields, mask.name, mask.values, path); });
-    progress.finish();
-    writeCompanion(log, [&](const std::filesystem::path& path) { writeLog(result, path); });
-    if (!files_.quiet)
+
+    const TransferRecord record{source, fields, &points, result, options, progress.times()};
+    recordFiles.write(record, progress);
+    if (!files.quiet)
     {
-        printSummary(std::cout, source, fields, points, result);
+        printSummary(std::cout, record);
     }
     return ExitStatus::done;
 }

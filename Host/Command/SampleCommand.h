@@ -2,9 +2,10 @@
 #ifndef VELTRANE_COMMAND_SAMPLE_COMMAND_H
 #define VELTRANE_COMMAND_SAMPLE_COMMAND_H
 
-#include "Companion.h"
 #include "ExitStatus.h"
 #include "MeshPair.h"
+#include "RecordFiles.h"
+#include "Series.h"
 #include "TransferArguments.h"
 
 #include <CLI/CLI.hpp>
@@ -27,10 +28,14 @@ public:
     ExitStatus run() const;
 
 private:
+    void checkOutput(bool isCollection) const;
+    ExitStatus sampleOne(const MeshPairArguments& files) const;
+
     CLI::App* command_;
     MeshPairArguments files_;
     TransferArguments arguments_;
-    CompanionOption log_{"--log", "", "keep the statistics log of the search"};
+    SeriesArguments series_;
+    RecordFileOptions recordFiles_;
 };
 
 } // namespace veltrane

@@ -1,6 +1,8 @@
 #include "Series.h"
 
 #include "Errors.h"
+#include "Failures.h"
+#include "FileFormat.h"
 #include "Interruption.h"
 #include "ProgressBar.h"
 #include "Report.h"
@@ -57,9 +59,9 @@ private:
 };
 
 /// "loaded_0007.vtu"
-std::string partName(const std::filesystem::path& collection, std::size_t index)
+std::string partName(const std::filesystem::path& collection, std::size_t index, const std::string& ending)
 {
-    return text(collection.stem().string(), "_", std::setfill('0'), std::setw(4), index + 1, ".vtu");
+    return text(collection.stem().string(), "_", std::setfill('0'), std::setw(4), index + 1, ending);
 }
 
 bool isFailure(ExitStatus status)
@@ -217,7 +219,7 @@ std::vector<Step> SeriesArguments::select(const std::filesystem::path& source, b
 }
 
 ExitStatus runSeries(const std::vector<Step>& steps, int jobs, const std::filesystem::path& collection,
-                     const OutputFile& output, bool isQuiet, const StepWork& work)
+                     const OutputFile& output, const std::string& partEnding, bool isQuiet, const StepWork& work)
 {
     const std::filesystem::path place = collection.parent_path() / collection.stem();
     const PartDirectory parts(collection);
@@ -236,7 +238,7 @@ ExitStatus runSeries(const std::vector<Step>& steps, int jobs, const std::filesy
                 break;
             }
             progress.beginStage(text("step ", i + 1, " of ", steps.size()));
-            const std::filesystem::path part = parts.path() / partName(collection, i);
+            const std::filesystem::path part = parts.path() / partName(collection, i, partEnding);
             workers.start([&] { return work(steps[i], part); });
             written.push_back({collection.stem() / part.filename(), std::nullopt, steps[i].time});
         }
@@ -258,6 +260,40 @@ ExitStatus runSeries(const std::vector<Step>& steps, int jobs, const std::filesy
                           collection.string(), "'\n");
     }
     return workers.outcome();
+}
+
+ExitStatus runSteps(const SeriesArguments& series, const MeshPairArguments& files, const std::string& partEnding,
+                    const std::function<ExitStatus(const MeshPairArguments&)>& work)
+{
+    const bool isCollection = formatOf(files.output) == FileFormat::collection;
+    if (!isCollection && series.jobs > 1)
+    {
+        throw InvalidOption("--jobs has an effect only if the output is a collection, named .pvd");
+    }
+    if (!isCollection && series.steps.empty() && formatOf(files.source) != FileFormat::collection)
+    {
+        return work(files);
+    }
+    const auto filesOf = [&](const Step& step, const std::string& output)
+    {
+        MeshPairArguments ofStep = files;
+        ofStep.source = step.file.string();
+        ofStep.step = step.number;
+        ofStep.output = output;
+        return ofStep;
+    };
+    const std::vector<Step> steps = series.select(files.source, isCollection);
+    if (!isCollection)
+    {
+        return work(filesOf(steps.front(), files.output));
+    }
+    const auto workOnStep = [&](const Step& step, const std::filesystem::path& part)
+    {
+        MeshPairArguments ofStep = filesOf(step, part.string());
+        ofStep.quiet = true;
+        return runReportingFailures([&] { return work(ofStep); }, CancellationReport::none);
+    };
+    return runSeries(steps, series.jobs, files.output, files.openOutput(), partEnding, files.quiet, workOnStep);
 }
 
 } // namespace veltrane

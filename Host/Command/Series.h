@@ -4,6 +4,7 @@
 
 #include "Collection.h"
 #include "ExitStatus.h"
+#include "MeshPair.h"
 #include "OutputFile.h"
 
 #include <CLI/CLI.hpp>
@@ -40,9 +41,15 @@ using StepWork = std::function<ExitStatus(const Step& step, const std::filesyste
 /// beside it of its name without the ending. If a step fails, nothing is left behind, and its status is returned; it
 /// has told the reason itself. Throws CannotWrite or Cancelled.
 ///
-/// \param output  the collection as a file to be written
+/// \param output      the collection as a file to be written
+/// \param partEnding  of the names of the steps' outputs: ".vtu"
 ExitStatus runSeries(const std::vector<Step>& steps, int jobs, const std::filesystem::path& collection,
-                     const OutputFile& output, bool isQuiet, const StepWork& work);
+                     const OutputFile& output, const std::string& partEnding, bool isQuiet, const StepWork& work);
+
+/// Does the work on the files as they are given or, if the source has steps, on the one that is wanted or as
+/// runSeries() does. Throws InvalidOption if the options do not fit, and what the work throws.
+ExitStatus runSteps(const SeriesArguments& series, const MeshPairArguments& files, const std::string& partEnding,
+                    const std::function<ExitStatus(const MeshPairArguments&)>& work);
 
 } // namespace veltrane
 

@@ -1,5 +1,6 @@
 #include "TransferArguments.h"
 
+#include "MeshPair.h"
 #include "Report.h"
 #include "Text.h"
 
@@ -200,6 +201,36 @@ std::vector<Field> readFields(const MeshFile& source, const std::vector<ChosenFi
     std::ranges::transform(chosen, std::back_inserter(fields),
                            [&](const ChosenField& field) { return source.field(field.name, field.newName); });
     return fields;
+}
+
+void reportMissingMaterials(const std::optional<std::string>& sentence, OutsideMode mode)
+{
+    if (!sentence)
+    {
+        return;
+    }
+    if (mode == OutsideMode::error)
+    {
+        throw BadFile(*sentence);
+    }
+    warn(*sentence);
+}
+
+TransferResult explainingFailures(const std::function<TransferResult()>& transfer, const std::string& outsideAdvice,
+                                  const Box& source, const Box& target)
+{
+    try
+    {
+        return transfer();
+    }
+    catch (const TargetOutside& error)
+    {
+        throw TargetOutside(text(bareMessage(error.what()), "; ", outsideAdvice));
+    }
+    catch (const TransferError& error)
+    {
+        throw TransferError(text(bareMessage(error.what()), excessText(source, target)), error.code());
+    }
 }
 
 IntegerArray validPointMask(const std::vector<ValueOrigin>& origins)

@@ -9,6 +9,7 @@
 #include <CLI/CLI.hpp>
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -47,6 +48,16 @@ struct TransferArguments
 
 /// The fields under their new names. Throws BadFile.
 std::vector<Field> readFields(const MeshFile& source, const std::vector<ChosenField>& chosen);
+
+/// Warns of materials that the target has and the source lacks, if there is a sentence about them; throws it as BadFile
+/// if points outside the source are an error.
+void reportMissingMaterials(const std::optional<std::string>& sentence, OutsideMode mode);
+
+/// Does the transfer. If it fails, says what may help.
+///
+/// \param outsideAdvice  what the mode can do for points outside the source
+TransferResult explainingFailures(const std::function<TransferResult()>& transfer, const std::string& outsideAdvice,
+                                  const Box& source, const Box& target);
 
 /// The point array of the output that tells where the values of each point come from.
 IntegerArray validPointMask(const std::vector<ValueOrigin>& origins);

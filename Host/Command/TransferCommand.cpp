@@ -1,47 +1,18 @@
 #include "TransferCommand.h"
 
-#include "Failures.h"
 #include "FieldChoice.h"
 #include "FileFormat.h"
-#include "JsonReport.h"
 #include "ProgressBar.h"
-#include "RecordPicture.h"
 #include "Report.h"
 #include "Text.h"
 #include "Transfer.h"
 #include "TransferSummary.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <iostream>
-#include <iterator>
 
 namespace veltrane
 {
-namespace
-{
-
-TransferResult transferExplainingFailures(const Mesh& source, std::span<const Field> fields, const Mesh& target,
-                                          const TransferOptions& options)
-{
-    try
-    {
-        return transfer(source, fields, target, options);
-    }
-    catch (const TargetOutside& error)
-    {
-        throw TargetOutside(text(bareMessage(error.what()), "; --outside default gives such nodes the default value, "
-                                                            "--outside propagate the values of neighbouring nodes"));
-    }
-    catch (const TransferError& error)
-    {
-        throw TransferError(text(bareMessage(error.what()), excessText(source.boundingBox(), target.boundingBox())),
-                            error.code());
-    }
-}
-
-} // namespace
-
 TransferCommand::TransferCommand(CLI::App& app)
     : command_(app.add_subcommand("transfer", "Transfers the point data of one mesh file to the mesh of another"))
 {
@@ -55,9 +26,7 @@ TransferCommand::TransferCommand(CLI::App& app)
     series_.addTo(*command_);
     files_.addSkipUnsupported(*command_);
     files_.addReplace(*command_, "let transferred fields replace the target's arrays of the same names");
-    report_.addTo(*command_);
-    picture_.addTo(*command_);
-    log_.addTo(*command_);
+    recordFiles_.addTo(*command_, "source and target, with what of the\ntarget is outside");
     files_.addQuiet(*command_, "print no summary and no progress");
     command_->footer(
         text("Example:\n"
@@ -76,59 +45,28 @@ void TransferCommand::checkOptions(bool isCollection) const
     {
         throw InvalidOption(text("the output '", files_.output, "' of --gauss is not named .vtu"));
     }
-    if (arguments_.atGaussPoints && !picture_.path.empty())
+    if (arguments_.atGaussPoints && !recordFiles_.picture.path.empty())
     {
         throw InvalidOption("--picture draws values at nodes, which --gauss does not give");
     }
-    if (isCollection && !(report_.path.empty() && picture_.path.empty() && log_.path.empty()))
+    if (isCollection)
     {
-        throw InvalidOption("--report, --picture and --log are of single steps, not of a collection");
+        recordFiles_.checkNoneGiven();
     }
-    if (!isCollection && series_.jobs > 1)
-    {
-        throw InvalidOption("--jobs has an effect only if the output is a collection, named .pvd");
-    }
-}
-
-MeshPairArguments TransferCommand::filesOf(const Step& step, const std::string& output) const
-{
-    MeshPairArguments files = files_;
-    files.source = step.file.string();
-    files.step = step.number;
-    files.output = output;
-    return files;
 }
 
 ExitStatus TransferCommand::run() const
 {
-    const bool isCollection = formatOf(files_.output) == FileFormat::collection;
-    checkOptions(isCollection);
-    if (!isCollection && series_.steps.empty() && formatOf(files_.source) != FileFormat::collection)
-    {
-        return transferOne(files_);
-    }
+    checkOptions(formatOf(files_.output) == FileFormat::collection);
     arguments_.options(!files_.materials.states.empty()); // each step would find the same fault
-    const std::vector<Step> steps = series_.select(files_.source, isCollection);
-    if (!isCollection)
-    {
-        return transferOne(filesOf(steps.front(), files_.output));
-    }
-    const auto work = [&](const Step& step, const std::filesystem::path& part)
-    {
-        MeshPairArguments files = filesOf(step, part.string());
-        files.quiet = true;
-        return runReportingFailures([&] { return transferOne(files); }, CancellationReport::none);
-    };
-    return runSeries(steps, series_.jobs, files_.output, files_.openOutput(), files_.quiet, work);
+    return runSteps(series_, files_, ".vtu", [&](const MeshPairArguments& files) { return transferOne(files); });
 }
 
 ExitStatus TransferCommand::transferOne(const MeshPairArguments& files) const
 {
     TransferOptions options = arguments_.options(!files.materials.states.empty());
     const OutputFile output = files.openOutput();
-    const std::optional<OutputFile> report = openCompanion(report_, files);
-    const std::optional<OutputFile> picture = openCompanion(picture_, files);
-    const std::optional<OutputFile> log = openCompanion(log_, files);
+    const RecordFiles recordFiles(recordFiles_, files);
     ProgressBar progress(!files.quiet);
     progress.beginStage("reading source");
     MeshFile source = files.readSource(arguments_.cellsAsNodes);
@@ -144,26 +82,19 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files) const
     }
     options.fieldOptions = arguments_.fieldOptions(chosen);
     const std::vector<Field> fields = readFields(source, chosen);
-    if (picture && !canBeDrawn(fields))
-    {
-        throw BadFile(text("--picture draws fields at nodes, and those of '", files_.source, "' are at Gauss points"));
-    }
+    recordFiles.checkFields(fields, files.source);
     options.targetLocations.assign(fields.size(), arguments_.atGaussPoints ? Location::gaussPoints : Location::nodes);
     options.targetMapping =
         files.materials.select(target.mesh().materials(), target.materialArray().has_value(), target.path());
     const Box sourceBox = source.mesh().boundingBox();
     checkOverlap(sourceBox, target.mesh().boundingBox(options.targetMapping));
-    if (const auto missing = matchMaterials(files.materials, source, target, options.targetMapping))
-    {
-        if (options.mode == OutsideMode::error)
-        {
-            throw BadFile(*missing);
-        }
-        warn(*missing);
-    }
+    reportMissingMaterials(matchMaterials(files.materials, source, target, options.targetMapping), options.mode);
 
     options.progress = progress.callback("interpolating");
-    const TransferResult result = transferExplainingFailures(source.mesh(), fields, target.mesh(), options);
+    const TransferResult result = explainingFailures(
+        [&] { return transfer(source.mesh(), fields, target.mesh(), options); },
+        "--outside default gives such nodes the default value, --outside propagate the values of neighbouring nodes",
+        sourceBox, target.mesh().boundingBox());
     if (const std::string hint = unitHint(sourceBox, target.mesh().boundingBox()); !hint.empty())
     {
         warn(hint.substr(2));
@@ -176,15 +107,8 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files) const
     }
     output.write([&](const std::filesystem::path& path) { target.writeWith(result.fields, arrays, path); });
 
-    const TransferRecord record{source, fields, target, result, options, progress.times()};
-    if (picture)
-    {
-        progress.beginStage("drawing picture");
-        writeCompanion(picture, [&](const std::filesystem::path& path) { drawPicture(record, path); });
-    }
-    progress.finish();
-    writeCompanion(report, [&](const std::filesystem::path& path) { writeReport(record, path); });
-    writeCompanion(log, [&](const std::filesystem::path& path) { writeLog(result, path); });
+    const TransferRecord record{source, fields, &target, result, options, progress.times()};
+    recordFiles.write(record, progress);
     if (!files.quiet)
     {
         printSummary(std::cout, record);

@@ -25,13 +25,25 @@ long long countNodesInElements(const Mesh& mesh)
 
 } // namespace
 
+const MeshFile* TransferRecord::targetMesh() const
+{
+    const auto* const* mesh = std::get_if<const MeshFile*>(&target);
+    return mesh == nullptr ? nullptr : *mesh;
+}
+
+const PointFile* TransferRecord::targetPoints() const
+{
+    const auto* const* points = std::get_if<const PointFile*>(&target);
+    return points == nullptr ? nullptr : *points;
+}
+
 std::optional<NodeCounts> countNodes(const TransferRecord& record)
 {
-    if (!record.result.statistics || record.result.origins.empty())
+    if (record.targetMesh() == nullptr || !record.result.statistics || record.result.origins.empty())
     {
         return std::nullopt;
     }
-    const Mesh& mesh = record.target.mesh();
+    const Mesh& mesh = record.targetMesh()->mesh();
     const long long inCells = countNodesInElements(mesh);
     const long long withElement = std::ranges::count(record.result.origins, ValueOrigin::element);
     const OutsideCounts outside = record.result.statistics->nodes.value_or(OutsideCounts{0, 0});
@@ -41,6 +53,16 @@ std::optional<NodeCounts> countNodes(const TransferRecord& record)
                       .inside = withElement - outside.near,
                       .near = outside.near,
                       .far = outside.far};
+}
+
+PointCounts countPoints(const TransferRecord& record)
+{
+    const auto count = [&](ValueOrigin origin)
+    { return static_cast<long long>(std::ranges::count(record.result.origins, origin)); };
+    return {.all = record.targetPoints()->points().pointCount(),
+            .notMapped = count(ValueOrigin::none),
+            .inside = count(ValueOrigin::element),
+            .outside = count(ValueOrigin::defaultValue)};
 }
 
 std::string componentName(const Field& field, int component)

@@ -3,12 +3,14 @@
 #define VELTRANE_COMMAND_TRANSFER_RECORD_H
 
 #include "MeshFile.h"
+#include "PointFile.h"
 #include "StageTimes.h"
 #include "Transfer.h"
 
 #include <optional>
 #include <span>
 #include <string>
+#include <variant>
 
 namespace veltrane
 {
@@ -18,10 +20,14 @@ struct TransferRecord
 {
     const MeshFile& source;
     std::span<const Field> sourceFields;
-    const MeshFile& target;
+    std::variant<const MeshFile*, const PointFile*> target;
     const TransferResult& result;
     const TransferOptions& options;
     const StageTimes& times;
+
+    /// The target if it is a mesh, or if it is points, and otherwise null.
+    const MeshFile* targetMesh() const;
+    const PointFile* targetPoints() const;
 };
 
 /// Where the nodes of the target lie.
@@ -37,6 +43,18 @@ struct NodeCounts
 
 /// Nothing without the library's statistics, or if the values are not at nodes.
 std::optional<NodeCounts> countNodes(const TransferRecord& record);
+
+/// Where points lie.
+struct PointCounts
+{
+    long long all;
+    long long notMapped; ///< of materials that are not to receive values
+    long long inside;
+    long long outside;
+};
+
+/// \pre the target is points
+PointCounts countPoints(const TransferRecord& record);
 
 /// "displacement x"
 std::string componentName(const Field& field, int component);

@@ -15,45 +15,59 @@ namespace veltrane
 namespace
 {
 
-std::string materialNames(const Mesh& mesh)
+/// The materials of the source or of the target.
+struct SideMaterials
+{
+    const std::vector<Material>& list;
+    bool areNumbered;
+};
+
+SideMaterials targetMaterials(const TransferRecord& record)
+{
+    if (const PointFile* points = record.targetPoints())
+    {
+        return {points->points().materials(), points->materialArray().has_value()};
+    }
+    return {record.targetMesh()->mesh().materials(), record.targetMesh()->materialArray().has_value()};
+}
+
+std::string materialNames(const std::vector<Material>& materials)
 {
     constexpr std::size_t mostNames = 12;
     std::string names;
-    for (std::size_t i = 0; i < std::min(mesh.materials().size(), mostNames); ++i)
+    for (std::size_t i = 0; i < std::min(materials.size(), mostNames); ++i)
     {
-        names += text(names.empty() ? "" : ", ", mesh.materials()[i].name);
+        names += text(names.empty() ? "" : ", ", materials[i].name);
     }
-    return mesh.materials().size() > mostNames ? names + ", ..." : names;
+    return materials.size() > mostNames ? names + ", ..." : names;
 }
 
 /// Whether all materials of both sides have one state code, so that none is told from another.
-bool areMaterialsIgnored(const Mesh& source, const Mesh& target)
+bool areMaterialsIgnored(const std::vector<Material>& source, const std::vector<Material>& target)
 {
-    const auto isOfThisCode = [&](const Material& material)
-    { return material.stateCode == source.materials().front().stateCode; };
-    return std::ranges::all_of(source.materials(), isOfThisCode) &&
-           std::ranges::all_of(target.materials(), isOfThisCode) &&
-           source.materials().size() + target.materials().size() > 2;
+    const auto isOfThisCode = [&](const Material& material) { return material.stateCode == source.front().stateCode; };
+    return std::ranges::all_of(source, isOfThisCode) && std::ranges::all_of(target, isOfThisCode) &&
+           source.size() + target.size() > 2;
 }
 
-void printMaterials(std::ostream& stream, const MeshFile& source, const MeshFile& target)
+void printMaterials(std::ostream& stream, const SideMaterials& source, const SideMaterials& target)
 {
-    if (source.materialArray() && target.materialArray() && areMaterialsIgnored(source.mesh(), target.mesh()))
+    if (source.areNumbered && target.areNumbered && areMaterialsIgnored(source.list, target.list))
     {
         printLine(stream, "materials", "not regarded");
         return;
     }
-    if (source.materialArray() && target.materialArray())
+    if (source.areNumbered && target.areNumbered)
     {
         printLine(stream, "materials",
-                  text(materialNames(source.mesh()), " in the source, ", materialNames(target.mesh()),
+                  text(materialNames(source.list), " in the source, ", materialNames(target.list),
                        " in the target, matched by number"));
         return;
     }
-    if (source.materialArray() || target.materialArray())
+    if (source.areNumbered || target.areNumbered)
     {
         printLine(stream, "materials",
-                  text("not regarded: only the ", source.materialArray() ? "source" : "target", " has them"));
+                  text("not regarded: only the ", source.areNumbered ? "source" : "target", " has them"));
     }
 }
 
@@ -84,6 +98,17 @@ void printNodeCounts(std::ostream& stream, const NodeCounts& nodes, OutsideMode 
     printCount(stream, "  far", nodes.far, farRemark(mode));
 }
 
+void printPointCounts(std::ostream& stream, const PointCounts& points)
+{
+    printCount(stream, "target points", points.all);
+    if (points.notMapped > 0)
+    {
+        printCount(stream, "  not mapped", points.notMapped, "of other materials: hold the default value");
+    }
+    printCount(stream, "  inside", points.inside);
+    printCount(stream, "  outside", points.outside, "in no cell of the source: default value");
+}
+
 void printGaussPointCounts(std::ostream& stream, const Mesh& target, const OutsideCounts& outside)
 {
     printCount(stream, "target Gauss points", static_cast<long long>(target.gaussPointCount()));
@@ -97,20 +122,27 @@ void printSearch(std::ostream& stream, const TransferStatistics& statistics)
     printCount(stream, "  in use", statistics.usedBucketCount,
                text("holding ", std::fixed, std::setprecision(2), statistics.meanElementsPerUsedBucket,
                     " source elements each, on average"));
-    printLine(stream, "mean iterations",
-              text("     ", std::fixed, std::setprecision(2), statistics.meanIterations,
-                   "   to find the place of a point within an element"));
+    if (std::isfinite(statistics.meanIterations))
+    {
+        printLine(stream, "mean iterations",
+                  text("     ", std::fixed, std::setprecision(2), statistics.meanIterations,
+                       "   to find the place of a point within an element"));
+    }
 }
 
 void printCounts(std::ostream& stream, const TransferRecord& record)
 {
-    if (const std::optional<NodeCounts> nodes = countNodes(record))
+    if (record.targetPoints() != nullptr)
+    {
+        printPointCounts(stream, countPoints(record));
+    }
+    else if (const std::optional<NodeCounts> nodes = countNodes(record))
     {
         printNodeCounts(stream, *nodes, record.options.mode);
     }
     else if (record.result.statistics && record.result.statistics->gaussPoints)
     {
-        printGaussPointCounts(stream, record.target.mesh(), *record.result.statistics->gaussPoints);
+        printGaussPointCounts(stream, record.targetMesh()->mesh(), *record.result.statistics->gaussPoints);
     }
     if (record.result.statistics)
     {
@@ -136,6 +168,9 @@ void printTimes(std::ostream& stream, const StageTimes& times)
 class Notices
 {
 public:
+    /// \param arePeaksWanted  whether the target is to hold all that the source does, as single points are not
+    explicit Notices(bool arePeaksWanted) : arePeaksWanted_(arePeaksWanted) {}
+
     void compare(const std::string& name, const ComponentStatistics& source, const ComponentStatistics& target)
     {
         const double range = source.max - source.min;
@@ -158,7 +193,7 @@ private:
     {
         constexpr double notable = 0.01;
         constexpr double notableLoss = 0.05; // a coarser mesh always loses a little
-        if (excess > notable || excess < -notableLoss)
+        if (excess > notable || (arePeaksWanted_ && excess < -notableLoss))
         {
             (excess > 0 ? beyond_ : lost_)
                 .push_back(text(name, " ", which, " by ", inDigits(2, 100 * std::abs(excess)), " %"));
@@ -178,42 +213,31 @@ private:
         }
     }
 
+    bool arePeaksWanted_;
     std::vector<std::string> beyond_;
     std::vector<std::string> lost_;
 };
 
-void printNotices(std::ostream& stream, std::span<const Field> sourceFields, std::span<const Field> targetFields)
+void printNotices(std::ostream& stream, const TransferRecord& record)
 {
-    Notices notices;
-    for (std::size_t i = 0; i < sourceFields.size(); ++i)
+    const std::vector<ValueOrigin>& origins = record.result.origins;
+    // Default values are none of the source's and say nothing of it.
+    const auto isOfSource = [&](std::size_t location)
+    { return origins.empty() || origins[location] == ValueOrigin::element; };
+    Notices notices(record.targetMesh() != nullptr);
+    for (std::size_t i = 0; i < record.sourceFields.size(); ++i)
     {
-        for (int component = 0; component < sourceFields[i].componentCount(); ++component)
+        const Field& source = record.sourceFields[i];
+        for (int component = 0; component < source.componentCount(); ++component)
         {
-            notices.compare(componentName(sourceFields[i], component), statisticsOf(sourceFields[i], component),
-                            statisticsOf(targetFields[i], component));
+            notices.compare(componentName(source, component), statisticsOf(source, component),
+                            statisticsOf(record.result.fields[i], component, isOfSource));
         }
     }
     notices.print(stream);
 }
 
-} // namespace
-
-std::string describe(const Mesh& mesh)
-{
-    std::map<ElementKind, int> counts;
-    for (const ElementKind kind : mesh.kinds())
-    {
-        ++counts[kind];
-    }
-    std::string description = oneOrMore(mesh.nodeCount(), "node", "nodes");
-    for (const auto& [kind, count] : counts)
-    {
-        const ElementKindInfo& info = *findElementKind(kind);
-        description += text(", ", oneOrMore(count, info.name, info.plural));
-    }
-    return description;
-}
-
+/// A table of the values on both sides.
 void printValues(std::ostream& stream, std::string_view heading, std::span<const Field> sourceFields,
                  std::span<const Field> targetFields)
 {
@@ -245,6 +269,33 @@ void printValues(std::ostream& stream, std::string_view heading, std::span<const
     table.print(stream);
 }
 
+std::string_view valuesHeading(const TransferRecord& record)
+{
+    if (record.targetPoints() != nullptr)
+    {
+        return "values at points";
+    }
+    return record.result.origins.empty() ? "values" : "values at nodes";
+}
+
+} // namespace
+
+std::string describe(const Mesh& mesh)
+{
+    std::map<ElementKind, int> counts;
+    for (const ElementKind kind : mesh.kinds())
+    {
+        ++counts[kind];
+    }
+    std::string description = oneOrMore(mesh.nodeCount(), "node", "nodes");
+    for (const auto& [kind, count] : counts)
+    {
+        const ElementKindInfo& info = *findElementKind(kind);
+        description += text(", ", oneOrMore(count, info.name, info.plural));
+    }
+    return description;
+}
+
 void printSummary(std::ostream& stream, const TransferRecord& record)
 {
     printLine(stream, "source", record.source.path().string());
@@ -254,15 +305,23 @@ void printSummary(std::ostream& stream, const TransferRecord& record)
         printLine(stream, "",
                   text(oneOrMore(record.source.leftOutCellCount(), "other cell", "other cells"), " left out"));
     }
-    printLine(stream, "target", record.target.path().string());
-    printLine(stream, "", describe(record.target.mesh()));
-    printMaterials(stream, record.source, record.target);
+    if (const PointFile* points = record.targetPoints())
+    {
+        printLine(stream, "target", points->path().string());
+        printLine(stream, "", oneOrMore(points->points().pointCount(), "point", "points"));
+    }
+    else
+    {
+        printLine(stream, "target", record.targetMesh()->path().string());
+        printLine(stream, "", describe(record.targetMesh()->mesh()));
+    }
+    printMaterials(stream, {record.source.mesh().materials(), record.source.materialArray().has_value()},
+                   targetMaterials(record));
     printCounts(stream, record);
     printTimes(stream, record.times);
     stream << '\n';
-    printValues(stream, record.result.origins.empty() ? "values" : "values at nodes", record.sourceFields,
-                record.result.fields);
-    printNotices(stream, record.sourceFields, record.result.fields);
+    printValues(stream, valuesHeading(record), record.sourceFields, record.result.fields);
+    printNotices(stream, record);
 }
 
 } // namespace veltrane

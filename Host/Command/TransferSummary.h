@@ -13,10 +13,6 @@ namespace veltrane
 /// "12 nodes, 3 tetrahedra, 2 wedges"
 std::string describe(const Mesh& mesh);
 
-/// A table of the values on both sides.
-void printValues(std::ostream& stream, std::string_view heading, std::span<const Field> sourceFields,
-                 std::span<const Field> targetFields);
-
 void printSummary(std::ostream& stream, const TransferRecord& record);
 
 } // namespace veltrane

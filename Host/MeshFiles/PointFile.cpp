@@ -23,7 +23,7 @@ struct PointFile::Contents
     std::filesystem::path path;
     vtkSmartPointer<vtkPointSet> dataSet;
     std::optional<PointCloud> points;
-    bool hasMaterials = false;
+    std::optional<std::string> materialArray;
 };
 
 PointFile::PointFile(const std::filesystem::path& path, const std::optional<std::string>& materialArray)
@@ -34,7 +34,10 @@ PointFile::PointFile(const std::filesystem::path& path, const std::optional<std:
     vtkPointSet& dataSet = *contents_->dataSet;
     checkTupleCounts(dataSet, path);
     vtkDataArray* array = findMaterialArray(*dataSet.GetPointData(), materialArray, path);
-    contents_->hasMaterials = array != nullptr;
+    if (array != nullptr)
+    {
+        contents_->materialArray = array->GetName();
+    }
     std::vector<vtkIdType> numbers(static_cast<std::size_t>(dataSet.GetNumberOfPoints()));
     std::iota(numbers.begin(), numbers.end(), vtkIdType{0});
     MaterialNumbers materials = readMaterials(array, numbers, "point", path);
@@ -68,9 +71,9 @@ const PointCloud& PointFile::points() const
     return *contents_->points;
 }
 
-bool PointFile::hasMaterials() const
+const std::optional<std::string>& PointFile::materialArray() const
 {
-    return contents_->hasMaterials;
+    return contents_->materialArray;
 }
 
 bool PointFile::hasArray(const std::string& name) const

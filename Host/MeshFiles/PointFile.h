@@ -33,8 +33,8 @@ public:
     PointCloud& points();
     const PointCloud& points() const;
 
-    /// Without an array of materials all is one material.
-    bool hasMaterials() const;
+    /// The point-data array that numbers the materials. Without one all is one material.
+    const std::optional<std::string>& materialArray() const;
 
     /// Whether there is a point-data array of this name, of whatever values.
     bool hasArray(const std::string& name) const;

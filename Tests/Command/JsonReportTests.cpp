@@ -1,4 +1,4 @@
-// veltrane transfer --report: what is in the file, and that the published schema describes it.
+// --report of veltrane transfer and veltrane sample: what is in the file, and that the published schema describes it.
 #include "CommandRunner.h"
 #include "TestGrids.h"
 
@@ -134,6 +134,41 @@ TEST_F(JsonReport, TellsOfGaussPoints)
     EXPECT_EQ(read["gaussPoints"], json({{"all", 162}, {"near", 0}, {"far", 0}}));
     EXPECT_EQ(read["fields"][0]["sourceLocation"], "nodes");
     EXPECT_EQ(read["fields"][0]["targetLocation"], "Gauss points");
+    EXPECT_TRUE(isOfTheSchema());
+}
+
+/// Of three points one is inside, one in a material that is not asked for, and one in none of the source's cells.
+TEST_F(JsonReport, TellsOfPoints)
+{
+    addCellNumbers(*source, "material", [](vtkIdType) { return 5; });
+    writeGrid(*source, runner.file("source.vtu"));
+    std::ofstream(runner.file("points.csv")) << "x,y,z,material\n0.25,0.5,0.125,5\n1,1,1,6\n0.5,0.5,1.03125,5\n";
+    const CommandResult result = runner.run({"sample", "source.vtu", "points.csv", "-o", "out.csv", "--outside",
+                                             "default", "--default", "nan", "--only", "5", "--report", "report.json"});
+    ASSERT_EQ(result.status, 0) << result.errors;
+    const json read = report();
+    EXPECT_EQ(read["format"], "veltrane transfer report");
+    EXPECT_EQ(read["formatVersion"], 1);
+    EXPECT_EQ(read["source"]["nodes"], 27);
+    EXPECT_EQ(read["target"], json({{"file", "points.csv"},
+                                    {"points", 3},
+                                    {"materialArray", "material"},
+                                    {"materials", {"5", "6"}},
+                                    {"box", {{"min", {0.25, 0.5, 0.125}}, {"max", {1, 1, 1.03125}}}}}));
+    EXPECT_EQ(read["points"], json({{"points", 3}, {"notMapped", 1}, {"inside", 1}, {"outside", 1}}));
+    EXPECT_EQ(read["gaussPoints"], nullptr);
+    EXPECT_EQ(read["search"]["locatedPoints"], 1);
+    std::vector<std::string> stages;
+    for (const json& stage : read["stages"])
+    {
+        stages.push_back(stage["name"]);
+    }
+    EXPECT_THAT(stages, testing::ElementsAre("reading source", "reading points", "preparing search", "sampling",
+                                             "writing output"));
+    EXPECT_EQ(read["fields"][0]["sourceLocation"], "nodes");
+    EXPECT_EQ(read["fields"][0]["targetLocation"], "points");
+    EXPECT_EQ(read["fields"][0]["components"][0]["target"],
+              json({{"min", 0.625}, {"mean", 0.625}, {"max", 0.625}, {"unusable", 2}}));
     EXPECT_TRUE(isOfTheSchema());
 }
 

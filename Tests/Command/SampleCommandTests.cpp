@@ -99,7 +99,7 @@ TEST_F(SampleCommand, ReadsAndWritesPolyData)
     ASSERT_EQ(writer->Write(), 1);
     const CommandResult result = sample("points.vtp", "out.vtp", {"--outside", "default", "--default", "T=-1"});
     ASSERT_EQ(result.status, 0) << result.errors;
-    EXPECT_THAT(result.output, testing::ContainsRegex("points +2\n  inside +1\n  outside +1   in no cell"));
+    EXPECT_THAT(result.output, testing::ContainsRegex("target points +2\n  inside +1\n  outside +1   in no cell"));
 
     vtkNew<vtkXMLPolyDataReader> reader;
     reader->SetFileName(runner.file("out.vtp").c_str());
@@ -112,6 +112,57 @@ TEST_F(SampleCommand, ReadsAndWritesPolyData)
     EXPECT_EQ(data.GetArray("vtkValidPointMask")->GetComponent(0, 0), 1);
     EXPECT_EQ(data.GetArray("vtkValidPointMask")->GetComponent(1, 0), -1);
     EXPECT_EQ(reader->GetOutput()->GetNumberOfVerts(), 2); // so that the points are seen
+}
+
+TEST_F(SampleCommand, TellsWhatItHasDone)
+{
+    writeText("points.csv", "x,y,z\n0.25,0.5,0.125\n0.5,0.5,1.03125\n");
+    const CommandResult result = sample("points.csv", "out.csv", {"--outside", "default", "--default", "-99"});
+    ASSERT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(result.errors, "");
+    EXPECT_THAT(result.output, testing::StartsWith("source            source.vtu\n"
+                                                   "                  27 nodes, 8 hexahedra\n"
+                                                   "target            points.csv\n"
+                                                   "                  2 points\n"
+                                                   "target points             2\n"
+                                                   "  inside                  1\n"
+                                                   "  outside                 1   in no cell of the source: default"));
+    EXPECT_THAT(result.output, testing::ContainsRegex("\nsearch buckets +[0-9]+\n  in use +[0-9]+   holding "));
+    EXPECT_THAT(result.output, testing::ContainsRegex("\nmean iterations +[1-9][.][0-9][0-9]  "));
+    for (const char* stage : {"time in all", "  reading source", "  reading points", "  preparing search", "  sampling",
+                              "  writing output"})
+    {
+        EXPECT_THAT(result.output, testing::ContainsRegex(std::string("\n") + stage + " +[0-9]+[.][0-9][0-9] s\n"));
+    }
+    EXPECT_THAT(result.output, testing::ContainsRegex("\nvalues at points +minimum +mean +maximum\n"
+                                                      "T +source +-2 +3 +8\n"
+                                                      " +target +-99 +-49[.]1875 +0[.]625\n"));
+    // Neither a default value nor a point away from the peaks says anything of the source's range.
+    EXPECT_THAT(result.output, testing::Not(HasSubstr("beyond source")));
+    EXPECT_THAT(result.output, testing::Not(HasSubstr("peaks lost")));
+}
+
+TEST_F(SampleCommand, SaysNothingOfIterationsWithoutAny)
+{
+    writeText("points.csv", "x,y,z\n0.5,0.5,1.03125\n");
+    const CommandResult result = sample("points.csv", "out.csv", {"--outside", "default"});
+    ASSERT_EQ(result.status, 0) << result.errors;
+    EXPECT_THAT(result.output, testing::ContainsRegex("\n  inside +0\n  outside +1 "));
+    EXPECT_THAT(result.output, testing::Not(HasSubstr("iterations")));
+}
+
+/// On the edge of a ten-node tetrahedron from 0 to 1 with 1 in its middle, the parabola reaches 9/8 at 3/4; the other
+/// nodes hold 0, so that the source's range is 1.
+TEST_F(SampleCommand, TellsOfValuesBeyondTheSource)
+{
+    const auto source = makeGrid(VTK_QUADRATIC_TETRA, 1);
+    addDoubles(*source, "peak", [](const Point& p) { return p[1] == 0 && p[2] == 0 && p[0] >= 0.5 ? 1.0 : 0.0; });
+    writeGrid(*source, runner.file("source.vtu"));
+    writeText("points.csv", "x,y,z\n0.75,0,0\n");
+    const CommandResult result = sample("points.csv", "out.csv");
+    ASSERT_EQ(result.status, 0) << result.errors;
+    EXPECT_THAT(result.output,
+                testing::ContainsRegex("\nbeyond source +peak maximum by 1[23] % of the source's range\n"));
 }
 
 TEST_F(SampleCommand, TakesThePointsOfMeshesAndKeepsTheirCells)

@@ -1,4 +1,4 @@
-// veltrane transfer on results in steps.
+// veltrane transfer and veltrane sample on results in steps.
 #include "CommandRunner.h"
 #include "TestGrids.h"
 
@@ -10,8 +10,10 @@
 #include <vtkNew.h>
 #include <vtkObjectFactory.h>
 #include <vtkPointData.h>
+#include <vtkPolyData.h>
 #include <vtkStreamingDemandDrivenPipeline.h>
 #include <vtkUnstructuredGridAlgorithm.h>
+#include <vtkXMLPolyDataReader.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -90,6 +92,16 @@ protected:
                                          << "</Collection></VTKFile>\n";
     }
 
+    void writeExodus(const std::string& name) const
+    {
+        vtkNew<ThreeSteps> steps;
+        vtkNew<vtkExodusIIWriter> writer;
+        writer->SetInputConnection(steps->GetOutputPort());
+        writer->WriteAllTimeStepsOn();
+        writer->SetFileName(runner.file(name).c_str());
+        ASSERT_EQ(writer->Write(), 1);
+    }
+
     CommandResult transfer(const std::string& source, const std::string& output,
                            std::vector<std::string> options = {}) const
     {
@@ -156,12 +168,7 @@ TEST_F(Series, StepsCanBeChosen)
 
 TEST_F(Series, ExodusFilesHaveSteps)
 {
-    vtkNew<ThreeSteps> steps;
-    vtkNew<vtkExodusIIWriter> writer;
-    writer->SetInputConnection(steps->GetOutputPort());
-    writer->WriteAllTimeStepsOn();
-    writer->SetFileName(runner.file("source.e").c_str());
-    ASSERT_EQ(writer->Write(), 1);
+    writeExodus("source.e");
     ASSERT_EQ(transfer("source.e", "last.vtu").status, 0);
     expectTime("last.vtu", 2.5);
     ASSERT_EQ(transfer("source.e", "first.vtu", {"--steps", "1"}).status, 0);
@@ -170,6 +177,88 @@ TEST_F(Series, ExodusFilesHaveSteps)
     expectTime("out/out_0002.vtu", 1);
     EXPECT_THAT(textOf("out.pvd"), testing::HasSubstr("timestep=\"2.5\""));
     EXPECT_THAT(runner.run({"info", "source.e"}).output, testing::HasSubstr("steps             3, times 0.5 to 2.5\n"));
+}
+
+class SampledSeries : public Series
+{
+protected:
+    SampledSeries() { std::ofstream(runner.file("points.csv")) << "x,y,z\n0.25,0.5,0.125\n1,1,1\n"; }
+
+    CommandResult sample(const std::string& source, const std::string& points, const std::string& output,
+                         std::vector<std::string> options = {}) const
+    {
+        options.insert(options.begin(), {"sample", source, points, "-o", output, "--quiet"});
+        return runner.run(options);
+    }
+
+    /// Of a part with two points.
+    void expectPoints(const std::string& file, double time) const
+    {
+        vtkNew<vtkXMLPolyDataReader> reader;
+        reader->SetFileName(runner.file(file).c_str());
+        reader->Update();
+        ASSERT_EQ(reader->GetOutput()->GetNumberOfVerts(), 2);
+        vtkDataArray* values = reader->GetOutput()->GetPointData()->GetArray("T");
+        ASSERT_NE(values, nullptr);
+        EXPECT_NEAR(values->GetComponent(0, 0), time, 1e-6);
+        EXPECT_NEAR(values->GetComponent(1, 0), time, 1e-6);
+    }
+};
+
+TEST_F(SampledSeries, CollectionsGiveCollectionsOfPoints)
+{
+    const CommandResult result = sample("source.pvd", "points.csv", "out.pvd", {"--jobs", "2"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(result.output, "");
+    const std::string collection = textOf("out.pvd");
+    for (const char* entry : {"timestep=\"0.5\"", "file=\"out/out_0001.vtp\"", "timestep=\"1\"",
+                              "file=\"out/out_0002.vtp\"", "timestep=\"2.5\"", "file=\"out/out_0003.vtp\""})
+    {
+        EXPECT_THAT(collection, testing::HasSubstr(entry));
+    }
+    expectPoints("out/out_0001.vtp", 0.5);
+    expectPoints("out/out_0002.vtp", 1);
+    expectPoints("out/out_0003.vtp", 2.5);
+    EXPECT_THAT(runner.temporaryNames(), testing::IsEmpty());
+}
+
+TEST_F(SampledSeries, PointsOfMeshesKeepTheirCells)
+{
+    ASSERT_EQ(sample("source.pvd", "target.vtu", "out.pvd", {"--steps", "3"}).status, 0);
+    expectTime("out/out_0001.vtu", 2.5);
+    EXPECT_EQ(readGrid(runner.file("out/out_0001.vtu"))->GetNumberOfCells(), 48);
+}
+
+TEST_F(SampledSeries, StepsCanBeChosen)
+{
+    ASSERT_EQ(sample("source.pvd", "points.csv", "last.vtp").status, 0);
+    expectPoints("last.vtp", 2.5);
+    ASSERT_EQ(sample("source.pvd", "points.csv", "second.csv", {"--steps", "2", "--report", "report.json"}).status, 0);
+    EXPECT_THAT(textOf("second.csv"), testing::EndsWith("\n1,1,1,1,1\n"));
+    EXPECT_THAT(textOf("report.json"), testing::HasSubstr("\"file\": \"step10.vtu\""));
+    writeExodus("source.e");
+    ASSERT_EQ(sample("source.e", "points.csv", "first.vtp", {"--steps", "1"}).status, 0);
+    expectPoints("first.vtp", 0.5);
+    ASSERT_EQ(sample("source.e", "points.csv", "exodus.pvd").status, 0);
+    expectPoints("exodus/exodus_0003.vtp", 2.5);
+}
+
+TEST_F(SampledSeries, OptionsMustFit)
+{
+    const auto expect =
+        [&](int status, const std::string& sentence, const std::string& output, std::vector<std::string> options)
+    {
+        options.insert(options.begin(), {"sample", "source.pvd", "points.csv", "-o", output, "--quiet"});
+        expectFailure(runner, status, sentence, options);
+    };
+    expect(64, "the output of 3 steps must be a collection, named .pvd", "out.vtp", {"--steps", "all"});
+    expect(64, "--steps: the source has 3 steps; there is no step 4", "out.pvd", {"--steps", "4"});
+    expect(64, "--jobs has an effect only if the output is a collection, named .pvd", "out.csv", {"--jobs", "2"});
+    expect(64, "--report, --picture and --log are of single steps, not of a collection", "out.pvd",
+           {"--report", "report.json"});
+    std::filesystem::remove(runner.file("step10.vtu"));
+    expect(66, "there is no file 'step10.vtu'", "out.pvd", {});
 }
 
 TEST_F(Series, OptionsMustFit)

@@ -1,0 +1,53 @@
+#include "RecordFiles.h"
+
+#include "JsonReport.h"
+#include "RecordPicture.h"
+#include "Text.h"
+#include "TransferArguments.h"
+
+namespace veltrane
+{
+
+void RecordFileOptions::addTo(CLI::App& command, const std::string& drawn)
+{
+    report.addTo(command);
+    picture.help = text("draw a cut through ", drawn, " (.png)");
+    picture.addTo(command);
+    log.addTo(command);
+}
+
+void RecordFileOptions::checkNoneGiven() const
+{
+    if (!(report.path.empty() && picture.path.empty() && log.path.empty()))
+    {
+        throw InvalidOption("--report, --picture and --log are of single steps, not of a collection");
+    }
+}
+
+RecordFiles::RecordFiles(const RecordFileOptions& options, const MeshPairArguments& files)
+    : report_(openCompanion(options.report, files)), picture_(openCompanion(options.picture, files)),
+      log_(openCompanion(options.log, files))
+{
+}
+
+void RecordFiles::checkFields(std::span<const Field> sourceFields, const std::string& sourceName) const
+{
+    if (picture_ && !canBeDrawn(sourceFields))
+    {
+        throw BadFile(text("--picture draws fields at nodes, and those of '", sourceName, "' are at Gauss points"));
+    }
+}
+
+void RecordFiles::write(const TransferRecord& record, ProgressBar& progress) const
+{
+    if (picture_)
+    {
+        progress.beginStage("drawing picture");
+        writeCompanion(picture_, [&](const std::filesystem::path& path) { drawPicture(record, path); });
+    }
+    progress.finish();
+    writeCompanion(report_, [&](const std::filesystem::path& path) { writeReport(record, path); });
+    writeCompanion(log_, [&](const std::filesystem::path& path) { writeLog(record.result, path); });
+}
+
+} // namespace veltrane
