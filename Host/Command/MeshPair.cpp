@@ -270,7 +270,8 @@ std::string unitHint(const Box& source, const Box& target)
     };
     constexpr float suspicious = 300;
     const float ratio = size(target) / size(source);
-    if (ratio >= suspicious || ratio <= 1 / suspicious)
+    const bool isOnePoint = ratio == 0; // which has no size in any unit
+    if (!isOnePoint && (ratio >= suspicious || ratio <= 1 / suspicious))
     {
         return text("; the target is ", std::lround(ratio >= 1 ? ratio : 1 / ratio), " times as ",
                     ratio >= 1 ? "large" : "small", " as the source: are both in the same unit of length?");
