@@ -67,6 +67,41 @@ std::vector<double> ColourScale::ticks(int count) const
     return result;
 }
 
+std::optional<ColourScale> scaleOf(std::vector<double> values)
+{
+    std::erase_if(values, [](double value) { return !std::isfinite(value); });
+    if (values.empty())
+    {
+        return std::nullopt;
+    }
+    std::ranges::sort(values);
+    constexpr double fewest = 0.005;    // of all
+    constexpr double worthwhile = 0.15; // of the range
+    const auto skipped = static_cast<std::size_t>(fewest * static_cast<double>(values.size()));
+    double min = values[skipped];
+    double max = values[values.size() - 1 - skipped];
+    const double range = values.back() - values.front();
+    if (min - values.front() < worthwhile * range)
+    {
+        min = values.front();
+    }
+    if (values.back() - max < worthwhile * range)
+    {
+        max = values.back();
+    }
+    return ColourScale(min, max, {values.front(), values.back()});
+}
+
+std::optional<ColourScale> united(const std::optional<ColourScale>& first, const std::optional<ColourScale>& second)
+{
+    if (!first || !second)
+    {
+        return first ? first : second;
+    }
+    return ColourScale(std::min(first->min(), second->min()), std::max(first->max(), second->max()),
+                       {std::min(first->seenMin(), second->seenMin()), std::max(first->seenMax(), second->seenMax())});
+}
+
 std::vector<std::string> tickTexts(const std::vector<double>& ticks)
 {
     double largest = 0;

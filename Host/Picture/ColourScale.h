@@ -3,6 +3,7 @@
 #define VELTRANE_HOST_COLOUR_SCALE_H
 
 #include <array>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -37,6 +38,13 @@ private:
     double max_;
     std::array<double, 2> seen_;
 };
+
+/// The scale of all these values but for the smallest and the largest ones, if they are so few that they would take the
+/// colours away from all others; nothing without a finite value.
+std::optional<ColourScale> scaleOf(std::vector<double> values);
+
+/// The scale that reaches over both.
+std::optional<ColourScale> united(const std::optional<ColourScale>& first, const std::optional<ColourScale>& second);
 
 /// All in as many decimal places as are needed to tell them apart.
 std::vector<std::string> tickTexts(const std::vector<double>& ticks);

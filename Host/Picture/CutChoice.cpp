@@ -107,7 +107,7 @@ double interestOf(const CutPair& pair, double overallDeviation)
         return lengthOfLines(pair.target); // a target of surfaces has no area
     }
     constexpr int size = 200;
-    const PlaneBox box = boxAround(pair.source, pair.target);
+    const PlaneBox box = boxAround(pair.source.points, pair.target.points);
     const Raster source = rasterize(pair.source, box, size, size);
     const Raster target = rasterize(pair.target, box, size, size);
     const double outside = partOutside(source, target);

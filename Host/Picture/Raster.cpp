@@ -49,13 +49,13 @@ void paint(const std::array<PlanePoint, 3>& corners, const std::array<double, 3>
 
 } // namespace
 
-PlaneBox boxAround(const Cut& first, const Cut& second)
+PlaneBox boxAround(std::span<const PlanePoint> first, std::span<const PlanePoint> second)
 {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     PlaneBox box{{infinity, infinity}, {-infinity, -infinity}};
-    for (const Cut* cut : {&first, &second})
+    for (const std::span<const PlanePoint>& points : {first, second})
     {
-        for (const PlanePoint& point : cut->points)
+        for (const PlanePoint& point : points)
         {
             for (std::size_t i = 0; i < 2; ++i)
             {

@@ -4,6 +4,7 @@
 
 #include "Cut.h"
 
+#include <span>
 #include <vector>
 
 namespace veltrane
@@ -19,8 +20,8 @@ struct PlaneBox
     double height() const { return max[1] - min[1]; }
 };
 
-/// Of the points of both cuts.
-PlaneBox boxAround(const Cut& first, const Cut& second);
+/// Around all of these points.
+PlaneBox boxAround(std::span<const PlanePoint> first, std::span<const PlanePoint> second);
 
 /// What of a cut is seen through each pixel's centre.
 struct Raster

@@ -19,6 +19,9 @@ struct PictureSide
     const Field& field; ///< at the nodes
 };
 
+/// What stands above its panel.
+std::string titleOf(const PictureSide& side);
+
 /// Writes a PNG file with a cut through source and target in one colour scale, the one that shows most; where the
 /// target leaves the source it is hatched. Vector and tensor fields are shown by their magnitudes. Needs no display.
 /// Throws CannotWrite with nothing but the reason.

@@ -15,7 +15,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <memory>
 
@@ -99,7 +102,7 @@ TEST(Cut, ShowsTheAxesAcrossItToTheRightAndUpwards)
     const auto sizeAcross = [&](std::size_t axis)
     {
         const Cut cut = block.cutMesh().cut({axis, 0.5});
-        const veltrane::PlaneBox box = veltrane::boxAround(cut, cut);
+        const veltrane::PlaneBox box = veltrane::boxAround(cut.points, cut.points);
         return std::array{std::lround(box.width()), std::lround(box.height())};
     };
     EXPECT_THAT(sizeAcross(0), ElementsAre(2, 3)); // y and z
@@ -156,6 +159,37 @@ TEST(ColourScale, RunsFromDarkBlueToYellow)
     EXPECT_EQ(scale.of(1e9), scale.of(20));
 }
 
+/// Of 1000 values the 5 smallest and the 5 largest ones are few.
+TEST(ColourScale, LeavesOutFewValuesThatAreFarFromTheOthers)
+{
+    std::vector<double> values(1000);
+    std::ranges::generate(values, [i = 0.0]() mutable { return i++; });
+    values.front() = -9000;
+    const auto scale = veltrane::scaleOf(values);
+    ASSERT_TRUE(scale);
+    EXPECT_EQ(scale->min(), 5);
+    EXPECT_EQ(scale->max(), 999);
+    EXPECT_EQ(scale->seenMin(), -9000);
+    EXPECT_EQ(scale->seenMax(), 999);
+}
+
+TEST(ColourScale, IsThereIfThereIsAValue)
+{
+    constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_FALSE(veltrane::scaleOf({}));
+    EXPECT_FALSE(veltrane::scaleOf({notANumber, notANumber}));
+    const auto scale = veltrane::scaleOf({notANumber, 3, 7});
+    ASSERT_TRUE(scale);
+    EXPECT_EQ(scale->min(), 3);
+    EXPECT_EQ(scale->max(), 7);
+    EXPECT_EQ(veltrane::united(scale, std::nullopt)->max(), 7);
+    EXPECT_EQ(veltrane::united(std::nullopt, scale)->max(), 7);
+    EXPECT_FALSE(veltrane::united(std::nullopt, std::nullopt));
+    const auto both = veltrane::united(scale, veltrane::scaleOf({5, 9}));
+    EXPECT_EQ(both->min(), 3);
+    EXPECT_EQ(both->max(), 9);
+}
+
 TEST(ColourScale, HasRoundTicksInFewDigits)
 {
     const auto texts = [](double min, double max) { return veltrane::tickTexts(ColourScale(min, max).ticks(5)); };
@@ -192,8 +226,10 @@ TEST(MostTellingCut, ShowsWhereTheTargetIsOutside)
     EXPECT_LT(plane.position, 0.5);
 }
 
-/// How many pixels of a picture are of the colour that marks what is outside.
-long long countMarked(const std::filesystem::path& path, std::array<int, 2>& size)
+using PixelTest = std::function<bool(const std::array<double, 3>& colour)>;
+
+/// How many pixels of a picture are of a colour, red, green and blue from 0 to 255.
+long long countPixels(const std::filesystem::path& path, std::array<int, 2>& size, const PixelTest& isCounted)
 {
     vtkNew<vtkPNGReader> reader;
     reader->SetFileName(path.c_str());
@@ -206,10 +242,25 @@ long long countMarked(const std::filesystem::path& path, std::array<int, 2>& siz
         for (int column = 0; column < size[0]; ++column)
         {
             const auto part = [&](int i) { return image.GetScalarComponentAsDouble(column, row, 0, i); };
-            count += part(0) > 200 && part(1) < 50 && part(2) < 50 ? 1 : 0;
+            count += isCounted({part(0), part(1), part(2)}) ? 1 : 0;
         }
     }
     return count;
+}
+
+/// Those of the colour that marks what is outside.
+long long countMarked(const std::filesystem::path& path, std::array<int, 2>& size)
+{
+    return countPixels(path, size,
+                       [](const auto& colour) { return colour[0] > 200 && colour[1] < 50 && colour[2] < 50; });
+}
+
+/// Those that are not grey.
+long long countColoured(const std::filesystem::path& path)
+{
+    std::array<int, 2> size{};
+    return countPixels(path, size,
+                       [](const auto& colour) { return std::ranges::max(colour) - std::ranges::min(colour) > 20; });
 }
 
 class Picture : public testing::Test
@@ -254,6 +305,21 @@ TEST_F(Picture, MarksWhereTheTargetIsOutside)
     const long long marked = countMarked(runner.file("picture.png"), size);
     EXPECT_GT(marked, 5000);
     EXPECT_LT(marked, 30000);
+}
+
+/// Two squares of 668 by 668 pixels, and a bar.
+TEST_F(Picture, IsGreyWithoutAScaleIfThereAreNoValues)
+{
+    const auto target = makeGrid(VTK_TETRA, 3);
+    ASSERT_EQ(transfer(*target).status, 0);
+    EXPECT_GT(countColoured(runner.file("picture.png")), 2 * 668 * 668 * 9 / 10);
+
+    const auto source = makeGrid(VTK_HEXAHEDRON, 4);
+    addDoubles(*source, "nothing", [](const Point&) { return std::numeric_limits<double>::quiet_NaN(); });
+    writeGrid(*source, runner.file("source.vtu"));
+    const CommandResult result = transfer(*target);
+    ASSERT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(countColoured(runner.file("picture.png")), 0);
 }
 
 TEST_F(Picture, IsDrawnOfTargetsOfSurfaces)
