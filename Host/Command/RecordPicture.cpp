@@ -1,5 +1,6 @@
 #include "RecordPicture.h"
 
+#include "PointPicture.h"
 #include "TransferPicture.h"
 
 #include <algorithm>
@@ -33,11 +34,20 @@ bool canBeDrawn(std::span<const Field> sourceFields)
 void drawPicture(const TransferRecord& record, const std::filesystem::path& path)
 {
     const std::size_t field = chooseField(record.sourceFields);
-    const auto side = [](const MeshFile& file, const Field& shown) {
-        return PictureSide{file.path().filename().string(), file.mesh(), shown};
+    const auto nameOf = [](const auto& file) { return file.path().filename().string(); };
+    const auto side = [&](const MeshFile& file, const Field& shown) {
+        return PictureSide{nameOf(file), file.mesh(), shown};
     };
-    writePicture(side(record.source, record.sourceFields[field]),
-                 side(*record.targetMesh(), record.result.fields[field]), path);
+    const PictureSide source = side(record.source, record.sourceFields[field]);
+    const Field& received = record.result.fields[field];
+    if (const PointFile* points = record.targetPoints())
+    {
+        writePicture(source, PicturePoints{nameOf(*points), points->points(), received, record.result.origins}, path);
+    }
+    else
+    {
+        writePicture(source, side(*record.targetMesh(), received), path);
+    }
 }
 
 } // namespace veltrane

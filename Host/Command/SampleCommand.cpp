@@ -58,8 +58,8 @@ SampleCommand::SampleCommand(CLI::App& app)
     series_.addTo(*command_);
     files_.addSkipUnsupported(*command_);
     files_.addReplace(*command_, "let sampled fields replace the points' arrays of the same names");
-    recordFiles_.report.addTo(*command_);
-    recordFiles_.log.addTo(*command_);
+    recordFiles_.addTo(*command_,
+                       "the source and show the points as they\nare seen from across it, with those outside");
     files_.addQuiet(*command_, "print no summary and no progress");
     command_->footer(
         text("Example:\n"

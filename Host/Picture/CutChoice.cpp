@@ -13,6 +13,9 @@ namespace veltrane
 namespace
 {
 
+constexpr int rasterSize = 200;  // of cuts that are compared
+constexpr double clearly = 1.01; // better than another one; the earlier one, nearer the middle, wins a tie
+
 /// Sums over the usable ones of some values.
 class Spread
 {
@@ -39,7 +42,14 @@ private:
     double count_ = 0;
 };
 
-int nodeOfLargest(std::span<const double> values)
+Spread spreadOf(std::span<const double> values)
+{
+    Spread spread;
+    std::ranges::for_each(values, [&](double value) { spread.add(value); });
+    return spread;
+}
+
+std::size_t largestOf(std::span<const double> values)
 {
     std::size_t largest = 0;
     for (std::size_t i = 1; i < values.size(); ++i)
@@ -49,13 +59,13 @@ int nodeOfLargest(std::span<const double> values)
             largest = i;
         }
     }
-    return static_cast<int>(largest);
+    return largest;
 }
 
 std::vector<CutPlane> candidates(const Mesh& target, std::span<const double> values)
 {
     const Box box = target.boundingBox();
-    const std::span<const float, 3> peak = target.nodePosition(nodeOfLargest(values));
+    const std::span<const float, 3> peak = target.nodePosition(static_cast<int>(largestOf(values)));
     std::vector<CutPlane> planes;
     for (std::size_t axis = 0; axis < 3; ++axis)
     {
@@ -82,17 +92,13 @@ double lengthOfLines(const Cut& cut)
     return length;
 }
 
-/// How much the values vary over the area of the target, as part of their variation in all of it.
-double variation(const Raster& target, double overall)
+/// How much the values vary over the area of a cut, as part of their variation in all of the mesh.
+double variation(const Raster& raster, double overall)
 {
     constexpr double mostDeviations = 2; // a small spot with a peak does not make a picture
-    Spread spread;
-    for (const double value : target.values)
-    {
-        spread.add(value);
-    }
+    const Spread spread = spreadOf(raster.values);
     Spread deviations;
-    for (const double value : target.values)
+    for (const double value : raster.values)
     {
         deviations.add(std::min(mostDeviations * overall, std::abs(value - spread.mean())));
     }
@@ -106,10 +112,9 @@ double interestOf(const CutPair& pair, double overallDeviation)
     {
         return lengthOfLines(pair.target); // a target of surfaces has no area
     }
-    constexpr int size = 200;
     const PlaneBox box = boxAround(pair.source.points, pair.target.points);
-    const Raster source = rasterize(pair.source, box, size, size);
-    const Raster target = rasterize(pair.target, box, size, size);
+    const Raster source = rasterize(pair.source, box, rasterSize, rasterSize);
+    const Raster target = rasterize(pair.target, box, rasterSize, rasterSize);
     const double outside = partOutside(source, target);
     // A cut along the border tells more than one with all of the target on one side.
     constexpr double outsideWeight = 10;
@@ -117,26 +122,95 @@ double interestOf(const CutPair& pair, double overallDeviation)
     return interest * std::sqrt(box.width() * box.height());
 }
 
+float coordinate(const PointCloud& points, std::size_t point, std::size_t axis)
+{
+    return points.coordinates()[3 * point + axis];
+}
+
+/// Through points in the order of their coordinates: the middle one, those at the quarters, the one of the largest
+/// value.
+std::vector<CutPlane> candidates(const Box& source, const PointCloud& points, std::span<const double> pointValues)
+{
+    std::vector<CutPlane> planes;
+    std::vector<float> sorted(pointValues.size());
+    for (std::size_t axis = 0; axis < 3; ++axis)
+    {
+        for (std::size_t point = 0; point < sorted.size(); ++point)
+        {
+            sorted[point] = coordinate(points, point, axis);
+        }
+        std::ranges::sort(sorted);
+        const double min = double{source.min[axis]};
+        const double max = double{source.max[axis]};
+        const double offset = 1e-5 * (max - min); // beside the faces of elements, as the points often are not
+        for (const float place : {sorted[sorted.size() / 2], sorted[sorted.size() / 4], sorted[3 * sorted.size() / 4],
+                                  coordinate(points, largestOf(pointValues), axis)})
+        {
+            planes.push_back({axis, std::clamp(double{place} + offset, min + offset, max - offset)});
+        }
+    }
+    return planes;
+}
+
+/// How near the points are to the plane: 1 if all are in it, almost 0 if none is near.
+double nearness(const PointCloud& points, const CutPlane& plane, double sourceSize)
+{
+    const double unit = 0.01 * sourceSize;
+    double sum = 0;
+    for (std::size_t point = 0; point < points.coordinates().size() / 3; ++point)
+    {
+        const double way = (double{coordinate(points, point, plane.axis)} - plane.position) / unit;
+        sum += 1 / (1 + way * way);
+    }
+    return sum / points.pointCount();
+}
+
+/// What there is to see, times the size of the cut, and how many of the points are where it is.
+double interestOf(const SourceCut& source, double overallDeviation, double nearness)
+{
+    const PlaneBox box = boxAround(source.cut.points, {});
+    const Raster raster = rasterize(source.cut, box, rasterSize, rasterSize);
+    return (0.1 + variation(raster, overallDeviation)) * std::sqrt(box.width() * box.height()) * (0.1 + nearness);
+}
+
 } // namespace
 
 CutPair mostTellingCut(const CutMesh& source, const CutMesh& target, const Mesh& targetMesh,
                        std::span<const double> targetValues)
 {
-    constexpr double clearly = 1.01; // the earlier one, nearer the middle, wins a tie
-    Spread spread;
-    for (const double value : targetValues)
-    {
-        spread.add(value);
-    }
+    const double overallDeviation = spreadOf(targetValues).standardDeviation();
     std::optional<CutPair> best;
     double bestInterest = 0;
     for (const CutPlane& plane : candidates(targetMesh, targetValues))
     {
         CutPair pair{plane, source.cut(plane), target.cut(plane)};
-        const double interest = interestOf(pair, spread.standardDeviation());
+        const double interest = interestOf(pair, overallDeviation);
         if (!best || interest > clearly * bestInterest)
         {
             best = std::move(pair);
+            bestInterest = interest;
+        }
+    }
+    return std::move(*best);
+}
+
+SourceCut mostTellingCut(const CutMesh& source, const Mesh& sourceMesh, std::span<const double> sourceValues,
+                         const PointCloud& points, std::span<const double> pointValues)
+{
+    const Box box = sourceMesh.boundingBox();
+    const double size = std::max({double{box.max[0]} - double{box.min[0]}, double{box.max[1]} - double{box.min[1]},
+                                  double{box.max[2]} - double{box.min[2]}});
+    const double overallDeviation = spreadOf(sourceValues).standardDeviation();
+    std::optional<SourceCut> best;
+    double bestInterest = 0;
+    for (const CutPlane& plane : candidates(box, points, pointValues))
+    {
+        SourceCut cut{plane, source.cut(plane)};
+        const double interest =
+            cut.cut.triangles.empty() ? 0 : interestOf(cut, overallDeviation, nearness(points, plane, size));
+        if (!best || interest > clearly * bestInterest)
+        {
+            best = std::move(cut);
             bestInterest = interest;
         }
     }

@@ -22,6 +22,20 @@ struct CutPair
 CutPair mostTellingCut(const CutMesh& source, const CutMesh& target, const Mesh& targetMesh,
                        std::span<const double> targetValues);
 
+/// A plane, and the cut of the source by it.
+struct SourceCut
+{
+    CutPlane plane;
+    Cut cut;
+};
+
+/// For a target of points: tries planes through some of them across each axis. Takes the one to which most points are
+/// near and on which the source differs most from its mean.
+///
+/// \param sourceValues, pointValues  not a number where there is no usable one
+SourceCut mostTellingCut(const CutMesh& source, const Mesh& sourceMesh, std::span<const double> sourceValues,
+                         const PointCloud& points, std::span<const double> pointValues);
+
 } // namespace veltrane
 
 #endif

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <numbers>
 
 namespace veltrane
 {
@@ -39,6 +40,25 @@ void Drawing::line(double x1, double y1, double x2, double y2, double width, con
     cairo_set_source_rgba(context, colour[0], colour[1], colour[2], opacity);
     cairo_move_to(context, x1, y1);
     cairo_line_to(context, x2, y2);
+    cairo_stroke(context);
+}
+
+void Drawing::disc(double x, double y, double radius, const Colour& colour)
+{
+    cairo_t* context = context_.get();
+    cairo_set_source_rgb(context, colour[0], colour[1], colour[2]);
+    cairo_new_path(context);
+    cairo_arc(context, x, y, radius, 0, 2 * std::numbers::pi);
+    cairo_fill(context);
+}
+
+void Drawing::circle(double x, double y, double radius, double width, const Colour& colour)
+{
+    cairo_t* context = context_.get();
+    cairo_set_line_width(context, width);
+    cairo_set_source_rgb(context, colour[0], colour[1], colour[2]);
+    cairo_new_sub_path(context); // without a line from where the last one ended
+    cairo_arc(context, x, y, radius, 0, 2 * std::numbers::pi);
     cairo_stroke(context);
 }
 

@@ -37,6 +37,8 @@ public:
     void text(double x, double y, const std::string& words, double size, Align align = Align::left, bool isBold = false,
               const Colour& colour = {0.1, 0.1, 0.1});
     void line(double x1, double y1, double x2, double y2, double width, const Colour& colour, double opacity = 1);
+    void disc(double x, double y, double radius, const Colour& colour);
+    void circle(double x, double y, double radius, double width, const Colour& colour);
     void rectangle(double x, double y, double width, double height, const Colour& colour);
 
     /// Puts an image of so many columns and rows into a rectangle; its pixels are asked for by column and row.

@@ -1,4 +1,4 @@
-// veltrane transfer --picture, and the pieces that it is made of.
+// --picture of veltrane transfer and veltrane sample, and the pieces that it is made of.
 #include "CommandRunner.h"
 #include "TestGrids.h"
 
@@ -18,9 +18,11 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <fstream>
 #include <functional>
 #include <limits>
 #include <memory>
+#include <sstream>
 
 namespace
 {
@@ -226,6 +228,52 @@ TEST(MostTellingCut, ShowsWhereTheTargetIsOutside)
     EXPECT_LT(plane.position, 0.5);
 }
 
+class PointCut : public testing::Test
+{
+protected:
+    CutPlane planeThrough(const std::vector<float>& coordinates) const
+    {
+        const std::vector<int> materials(coordinates.size() / 3, 0);
+        const veltrane::PointCloud points(coordinates, materials, {{}});
+        const std::vector<double> values(materials.size(), 1);
+        return veltrane::mostTellingCut(cubes.cutMesh(), cubes.mesh(), cubes.values, points, values).plane;
+    }
+
+    const SampledMesh cubes{*makeGrid(VTK_HEXAHEDRON, 4), [](const Point& p) { return p[0] + p[1] + p[2]; }};
+};
+
+TEST_F(PointCut, GoesThroughPointsInOnePlane)
+{
+    for (std::size_t axis = 0; axis < 3; ++axis)
+    {
+        std::vector<float> coordinates;
+        for (int i = 0; i < 36; ++i)
+        {
+            std::array<float, 3> place{};
+            place[axis] = 0.375F;
+            place[(axis + 1) % 3] = 0.125F * static_cast<float>(1 + i % 6);
+            place[(axis + 2) % 3] = 0.125F * static_cast<float>(1 + i / 6);
+            coordinates.insert(coordinates.end(), place.begin(), place.end());
+        }
+        const CutPlane plane = planeThrough(coordinates);
+        EXPECT_EQ(plane.axis, axis);
+        EXPECT_NEAR(plane.position, 0.375, 1e-3);
+    }
+}
+
+TEST_F(PointCut, GoesAlongARowOfPoints)
+{
+    EXPECT_NE(planeThrough({0.3F, 0.1F, 0.6F, 0.3F, 0.5F, 0.6F, 0.3F, 0.9F, 0.6F}).axis, 1U);
+    EXPECT_NE(planeThrough({0.3F, 0.6F, 0.1F, 0.3F, 0.6F, 0.5F, 0.3F, 0.6F, 0.9F}).axis, 2U);
+}
+
+TEST_F(PointCut, GoesThroughTheSourceEvenIfThePointIsBesideIt)
+{
+    const CutPlane plane = planeThrough({1.04F, -0.03F, 1.02F});
+    EXPECT_GT(plane.position, 0);
+    EXPECT_LT(plane.position, 1);
+}
+
 using PixelTest = std::function<bool(const std::array<double, 3>& colour)>;
 
 /// How many pixels of a picture are of a colour, red, green and blue from 0 to 255.
@@ -281,6 +329,14 @@ protected:
         return runner.run(options);
     }
 
+    CommandResult sample(const std::string& points, std::vector<std::string> options = {}) const
+    {
+        std::ofstream(runner.file("points.csv")) << "x,y,z\n" << points;
+        options.insert(options.begin(),
+                       {"sample", "source.vtu", "points.csv", "-o", "out.csv", "--picture", "picture.png"});
+        return runner.run(options);
+    }
+
     CommandRunner runner;
 };
 
@@ -327,6 +383,65 @@ TEST_F(Picture, IsDrawnOfTargetsOfSurfaces)
     const CommandResult result = transfer(*makeGrid(VTK_QUAD, 3, 0.1, 0.9));
     ASSERT_EQ(result.status, 0) << result.errors;
     EXPECT_TRUE(std::filesystem::exists(runner.file("picture.png")));
+}
+
+/// The colours fill one square, the one of the source, and the bar; a dot is of some 200 pixels.
+TEST_F(Picture, ShowsPointsBesideTheSource)
+{
+    const CommandResult result = sample("0.25,0.5,0.5\n");
+    ASSERT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(result.errors, "");
+    EXPECT_THAT(result.progress, HasSubstr("drawing picture ...\n"));
+    std::array<int, 2> size{};
+    EXPECT_EQ(countMarked(runner.file("picture.png"), size), 0);
+    EXPECT_EQ(size[0], 1600);
+    EXPECT_GT(size[1], 700);
+    const long long withOne = countColoured(runner.file("picture.png"));
+    EXPECT_GT(withOne, 640 * 640 * 9 / 10);
+    ASSERT_EQ(sample("0.25,0.5,0.5\n0.25,0.75,0.75\n0.25,0.25,0.75\n").status, 0);
+    const long long withThree = countColoured(runner.file("picture.png"));
+    EXPECT_GT(withThree, withOne + 2 * 100);
+    EXPECT_LT(withThree, withOne + 2 * 300);
+}
+
+/// The ring of a point, and the one that explains it, are of some 130 pixels each.
+TEST_F(Picture, MarksPointsWithoutAValueFromTheSource)
+{
+    const CommandResult result = sample("0.25,0.5,0.5\n0.25,0.5,1.03125\n", {"--outside", "default"});
+    ASSERT_EQ(result.status, 0) << result.errors;
+    std::array<int, 2> size{};
+    const long long marked = countMarked(runner.file("picture.png"), size);
+    EXPECT_GT(marked, 2 * 60);
+    EXPECT_LT(marked, 2 * 180);
+}
+
+TEST_F(Picture, IsGreyIfThePointsHaveNoValues)
+{
+    const auto source = makeGrid(VTK_HEXAHEDRON, 4);
+    addDoubles(*source, "nothing", [](const Point&) { return std::numeric_limits<double>::quiet_NaN(); });
+    writeGrid(*source, runner.file("source.vtu"));
+    const CommandResult result = sample("0.25,0.5,0.5\n0.5,0.5,0.25\n");
+    ASSERT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(countColoured(runner.file("picture.png")), 0);
+}
+
+TEST_F(Picture, IsDrawnOfManyPointsAndOfVectors)
+{
+    const auto source = makeGrid(VTK_HEXAHEDRON, 4);
+    addFloats(*source, "u",
+              {[](const Point& p) { return p[0]; }, [](const Point& p) { return p[1]; },
+               [](const Point& p) { return p[2]; }});
+    writeGrid(*source, runner.file("source.vtu"));
+    std::ostringstream points;
+    constexpr int perSide = 46; // 97336 in all
+    for (int i = 0; i < perSide * perSide * perSide; ++i)
+    {
+        points << (i % perSide + 0.5) / perSide << ',' << (i / perSide % perSide + 0.5) / perSide << ','
+               << (i / perSide / perSide + 0.5) / perSide << '\n';
+    }
+    const CommandResult result = sample(points.str());
+    ASSERT_EQ(result.status, 0) << result.errors;
+    EXPECT_GT(countColoured(runner.file("picture.png")), 640 * 640 * 5 / 4); // of the points, too
 }
 
 TEST_F(Picture, MustHaveAPlaceOfItsOwn)

@@ -1,0 +1,33 @@
+/// Sampling at points as a picture.
+#ifndef VELTRANE_HOST_POINT_PICTURE_H
+#define VELTRANE_HOST_POINT_PICTURE_H
+
+#include "Field.h"
+#include "Mesh.h"
+#include "Transfer.h"
+#include "TransferPicture.h"
+
+#include <filesystem>
+#include <span>
+#include <string>
+
+namespace veltrane
+{
+
+/// The points as they are shown.
+struct PicturePoints
+{
+    std::string name; ///< of their file
+    const PointCloud& points;
+    const Field& field;                   ///< at the points
+    std::span<const ValueOrigin> origins; ///< of the points' values
+};
+
+/// Writes a PNG file with a cut through the source and, beside it, the points in the same colour scale as they are seen
+/// along the axis across the cut; those without a value from an element of the source are rings. Otherwise as for
+/// transfers between meshes.
+void writePicture(const PictureSide& source, const PicturePoints& target, const std::filesystem::path& path);
+
+} // namespace veltrane
+
+#endif
