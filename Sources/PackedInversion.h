@@ -12,7 +12,6 @@ inline constexpr std::size_t maxPackSize = 16;
 struct PackedProblem
 {
     const float (*nodeCoords)[3];        ///< of the mesh
-    bool areFinite;                      ///< all of nodeCoords are known to be finite
     const int* nodeNumbers[maxPackSize]; ///< per lane, of its element
     const float* points[maxPackSize];    ///< per lane, three coordinates
     float precisionFactor;               ///< half the margin of reference coordinates

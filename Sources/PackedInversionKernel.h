@@ -22,20 +22,6 @@ template <class Kind, std::size_t Size> NodePacks<Kind, Size> gatherNodePacks(co
     return nodes;
 }
 
-template <class Kind, std::size_t Size, class Derivative>
-void packedJacobian(const NodePacks<Kind, Size>& nodes, bool areFinite,
-                    const NodeGradients<Kind::nbNodes, Derivative>& derivatives, FloatPack<Size> (&jacobian)[3][3])
-{
-    if (areFinite)
-    {
-        jacobianMatrix<Kind, true>(nodes, derivatives, jacobian);
-    }
-    else
-    {
-        jacobianMatrix<Kind>(nodes, derivatives, jacobian);
-    }
-}
-
 template <class Kind, std::size_t Size> void invertPack(const PackedProblem& problem, PackedSolution& solution)
 {
     using Float = FloatPack<Size>;
@@ -50,12 +36,14 @@ template <class Kind, std::size_t Size> void invertPack(const PackedProblem& pro
         points[axis] = Float::ofEach([&](std::size_t lane) { return problem.points[lane][axis]; });
     }
     std::array<Float, 3> xi{Float(guess[0]), Float(guess[1]), Float(guess[2])};
-    // What depends on the guess alone is known at compile time.
+    // What depends on the guess alone is known at compile time. Terms of the Jacobian may be left out because a node
+    // that is not finite gives the same without them: the determinant is not finite and so not 0, the first step leads
+    // to reference coordinates that are no numbers, and the point is outside.
     constexpr auto shapeAtGuess = shapeFunctionsAt<Kind>(guess);
     constexpr auto derivativesAtGuess = derivativesAt<Kind>(guess);
     std::array<Float, 3> position = weightedSum(nodes, shapeAtGuess);
     Float jacobian[3][3];
-    packedJacobian<Kind, Size>(nodes, problem.areFinite, derivativesAtGuess, jacobian);
+    jacobianMatrix<Kind, true>(nodes, derivativesAtGuess, jacobian);
     Float nbIterations{};
     Mask isSingular{};
     Mask isOpen = Float(2.0F) * tolerances > tolerances;
@@ -63,7 +51,7 @@ template <class Kind, std::size_t Size> void invertPack(const PackedProblem& pro
     {
         if (i > 0)
         {
-            packedJacobian<Kind, Size>(nodes, problem.areFinite, derivativesAt<Kind>(xi), jacobian);
+            jacobianMatrix<Kind, true>(nodes, derivativesAt<Kind>(xi), jacobian);
         }
         Float inverse[3][3];
         const Float determinant = adjugate33(jacobian, inverse);

@@ -14,17 +14,6 @@ namespace
 /// Points that travel through the stages of locate() together: enough to hide the way to memory and to fill packs, few
 /// enough that what was fetched for them is still there when it is needed.
 constexpr std::size_t groupSize = 128;
-
-/// False, too, where coordinates are so large that their sum is not finite.
-bool areFinite(const float (*nodeCoords)[3], int nbNodes)
-{
-    float product = 0.0F; // stays 0 as long as all coordinates are finite
-    for (int node = 0; node < nbNodes; ++node)
-    {
-        product *= nodeCoords[node][0] + nodeCoords[node][1] + nodeCoords[node][2];
-    }
-    return product == 0.0F;
-}
 } // namespace
 
 struct PointLocator::InFlight
@@ -101,8 +90,7 @@ PointLocator::PointLocator(const ModelClass& sourceModel, const BoxTable& boxes,
                            float precisionFactor)
     : itsMesh(sourceModel), itsBoxes(boxes), itsSpace(space), itsPrecisionFactor(precisionFactor),
       itsHasOneMatlState(std::all_of(sourceModel.itsMatlStates, sourceModel.itsMatlStates + sourceModel.itsNbMatls,
-                                     [&](int state) { return state == sourceModel.itsMatlStates[0]; })),
-      itsHasFiniteNodes(areFinite(sourceModel.itsNodeCoords, sourceModel.itsNbNodes))
+                                     [&](int state) { return state == sourceModel.itsMatlStates[0]; }))
 {
 }
 
@@ -346,7 +334,6 @@ void PointLocator::tryCandidates(int typeCode, std::span<InFlight* const> flight
 {
     PackedProblem problem;
     problem.nodeCoords = itsMesh.itsNodeCoords;
-    problem.areFinite = itsHasFiniteNodes;
     problem.precisionFactor = itsPrecisionFactor;
     for (std::size_t lane = 0; lane < itsPackedInversion.packSize; ++lane)
     {

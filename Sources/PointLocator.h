@@ -77,7 +77,6 @@ private:
     float itsPrecisionFactor;
     PackedInversion itsPackedInversion = widestPackedInversion();
     bool itsHasOneMatlState;
-    bool itsHasFiniteNodes; ///< no coordinate is infinite or not a number
 };
 
 #endif

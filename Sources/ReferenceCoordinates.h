@@ -82,10 +82,9 @@ std::array<Number, 3> physicalPosition(const ElementNodes<Kind, Number>& nodes,
     return weightedSum(nodes, shapeFunctionsAt<Kind>(referenceCoords));
 }
 
-/// jacobian[i][j] = dx_i / dxi_j, summed in node order. With coordinates that are all finite, terms whose derivative is
-/// 0 everywhere are left out: they add zeros, which change neither a number nor the positive zero that a sum starts
-/// from.
-template <class Kind, bool areFinite = false, class Number, class Derivative>
+/// jacobian[i][j] = dx_i / dxi_j, summed in node order. Terms whose derivative is 0 everywhere may be left out if the
+/// nodes are finite: they add zeros, which change neither a number nor the positive zero that a sum starts from.
+template <class Kind, bool withoutZeros = false, class Number, class Derivative>
 void jacobianMatrix(const ElementNodes<Kind, Number>& nodes,
                     const NodeGradients<Kind::nbNodes, Derivative>& derivatives, Number (&jacobian)[3][3])
 {
@@ -97,7 +96,7 @@ void jacobianMatrix(const ElementNodes<Kind, Number>& nodes,
         {
             for (std::size_t j = 0; j < 3; ++j)
             {
-                if (!areFinite || !Kind::isConstantAlong(n, j))
+                if (!withoutZeros || !Kind::isConstantAlong(n, j))
                 {
                     sums[i][j] += Number(derivatives[n][j]) * nodes[n][i];
                 }
