@@ -56,7 +56,7 @@ template <typename Reader> auto readXml(const std::filesystem::path& path)
 
 vtkSmartPointer<vtkUnstructuredGrid> readLegacy(const std::filesystem::path& path)
 {
-    checkLegacyCells(path);
+    checkLegacyStructure(path);
     const VtkMessages messages;
     vtkNew<vtkUnstructuredGridReader> reader;
     reader->SetFileName(path.c_str());
@@ -103,6 +103,11 @@ template <typename Function> auto guarded(const std::filesystem::path& path, con
 std::string quoted(const std::filesystem::path& path)
 {
     return text("'", path.string(), "'");
+}
+
+void throwTwoArrays(const std::filesystem::path& path, std::string_view kind, std::string_view name)
+{
+    throw BadFile(text(quoted(path), " has two ", kind, "-data arrays of the name '", name, "'"));
 }
 
 void checkReadable(const std::filesystem::path& path)

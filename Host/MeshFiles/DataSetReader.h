@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 class vtkDataObject;
@@ -20,6 +21,11 @@ namespace veltrane
 
 /// 'path'
 std::string quoted(const std::filesystem::path& path);
+
+/// Throws BadFile for arrays that only their place in the file tells apart.
+///
+/// \param kind  "point" or "cell"
+[[noreturn]] void throwTwoArrays(const std::filesystem::path& path, std::string_view kind, std::string_view name);
 
 /// Throws NoInput or BadFile unless there is a readable regular file that is not empty.
 void checkReadable(const std::filesystem::path& path);

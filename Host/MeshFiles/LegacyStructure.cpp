@@ -2,166 +2,284 @@
 
 #include "DataSetReader.h"
 #include "FileErrors.h"
+#include "LegacyScanner.h"
 #include "Text.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdio>
-#include <fstream>
-#include <optional>
-#include <sstream>
+#include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace veltrane
 {
 namespace
 {
 
-/// The whole numbers of a section: text, or binary with the highest byte first.
-class Numbers
-{
-public:
-    Numbers(std::istream& in, bool areBinary, int byteCount) : in_(in), areBinary_(areBinary), byteCount_(byteCount) {}
-
-    /// None at the end of the file, or where there is something else.
-    std::optional<long long> next()
-    {
-        long long value = 0;
-        if (!areBinary_)
-        {
-            return in_ >> value ? std::optional(value) : std::nullopt;
-        }
-        for (int i = 0; i < byteCount_; ++i)
-        {
-            const int byte = in_.get();
-            if (byte == std::char_traits<char>::eof())
-            {
-                return std::nullopt;
-            }
-            value = i == 0 && byte >= 128 ? byte - 256 : value * 256 + byte;
-        }
-        return value;
-    }
-
-    bool skip(long long count)
-    {
-        while (count > 0 && next())
-        {
-            --count;
-        }
-        return count == 0;
-    }
-
-private:
-    std::istream& in_;
-    bool areBinary_;
-    int byteCount_;
-};
-
-/// What stands in the line that begins the section.
+/// What stands in the line that begins the cells.
 struct CellSection
 {
     long long first;
     long long second;
 };
 
-std::optional<CellSection> findCells(std::istream& in)
+/// The kinds of arrays that need no further word than their names and types, with their components.
+constexpr std::array<std::pair<std::string_view, long long>, 7> plainKinds{{
+    {"vectors", 3},
+    {"normals", 3},
+    {"tensors", 9},
+    {"tensors6", 6},
+    {"global_ids", 1},
+    {"pedigree_ids", 1},
+    {"edge_flags", 1},
+}};
+
+/// "%20" to " ": what would end a name stands in it in this way. A percent sign of its own is left out, as VTK's reader
+/// does.
+std::string decoded(const std::string& name)
 {
-    for (std::string line; std::getline(in, line);)
+    std::string result;
+    for (std::size_t i = 0; i < name.size(); ++i)
     {
-        if (line.starts_with("CELLS ") || line.starts_with("cells "))
+        if (name[i] != '%')
         {
-            CellSection section{};
-            return std::istringstream(line.substr(6)) >> section.first >> section.second ? std::optional(section)
-                                                                                         : std::nullopt;
+            result += name[i];
+        }
+        else if (i + 2 < name.size())
+        {
+            unsigned int code = 0;
+            std::sscanf(name.substr(i + 1, 2).c_str(), "%x", &code);
+            result += static_cast<char>(code);
+            i += 2;
         }
     }
-    return std::nullopt;
+    return result;
 }
 
-[[noreturn]] void throwBadCells(const std::filesystem::path& path, long long cell, const CellSection& section)
+/// Goes through a file once.
+class LegacyCheck
 {
-    throw BadFile(text("cannot read ", quoted(path), ": its cells do not fill the section 'CELLS ", section.first, " ",
-                       section.second, "', see cell ", cell, " (counting from 0)"));
-}
+public:
+    explicit LegacyCheck(const std::filesystem::path& path) : path_(path), scanner_(path) {}
 
-/// Per cell the number of its points, and these.
-void checkRecords(Numbers numbers, const CellSection& section, const std::filesystem::path& path)
-{
-    long long left = section.second;
-    for (long long cell = 0; cell < section.first; ++cell)
+    void run()
     {
-        const auto pointCount = numbers.next();
-        if (!pointCount)
+        for (std::string key = scanner_.keyword(); !key.empty(); key = scanner_.keyword())
+        {
+            checkSection(key);
+        }
+    }
+
+private:
+    using Arrays = std::map<std::string, LegacyValues>;
+
+    void checkSection(const std::string& key)
+    {
+        if (key == "dataset")
+        {
+            scanner_.word();
+        }
+        else if (key == "points")
+        {
+            scanner_.array(scanner_.count(), 3);
+        }
+        else if (key == "cells")
+        {
+            checkCells();
+        }
+        else if (key == "cell_types")
+        {
+            scanner_.arrayOf("int", scanner_.count(), 1);
+        }
+        else if (key == "point_data" || key == "cell_data")
+        {
+            place_ = key == "point_data" ? "point" : "cell";
+            tupleCount_ = scanner_.count();
+        }
+        else if (key == "field")
+        {
+            checkField();
+        }
+        else
+        {
+            checkAttribute(key);
+        }
+    }
+
+    void checkCells()
+    {
+        const long long first = scanner_.count();
+        const CellSection section{first, scanner_.count()};
+        constexpr int firstVersionWithOffsets = 5;
+        if (scanner_.version() < firstVersionWithOffsets)
+        {
+            checkRecords(section);
+        }
+        else
+        {
+            checkOffsets(section);
+        }
+    }
+
+    /// Per cell the number of its points, and these.
+    void checkRecords(const CellSection& section)
+    {
+        constexpr int byteCount = 4;
+        scanner_.beginSection();
+        long long left = section.second;
+        for (long long cell = 0; cell < section.first; ++cell)
+        {
+            const long long pointCount = scanner_.integer(byteCount);
+            left -= 1;
+            if (pointCount < 0 || pointCount > left)
+            {
+                throwBadCells(cell, section);
+            }
+            left -= pointCount;
+            for (long long i = 0; i < pointCount; ++i)
+            {
+                scanner_.integer(byteCount);
+            }
+        }
+        if (left != 0)
+        {
+            throwBadCells(section.first, section);
+        }
+    }
+
+    /// Where each cell's points begin, and the end of the last one's; then the points.
+    void checkOffsets(const CellSection& section)
+    {
+        expectKeyword("offsets");
+        const int byteCount = scanner_.keyword().find("int64") != std::string::npos ? 8 : 4;
+        scanner_.beginSection();
+        long long last = 0;
+        for (long long i = 0; i < section.first; ++i)
+        {
+            const long long offset = scanner_.integer(byteCount);
+            const bool isEnd = i + 1 == section.first;
+            if (offset < last || (i == 0 && offset != 0) || (isEnd && offset != section.second))
+            {
+                throwBadCells(i == 0 ? 0 : i - 1, section);
+            }
+            last = offset;
+        }
+        expectKeyword("connectivity");
+        scanner_.array(section.second, 1);
+    }
+
+    [[noreturn]] void throwBadCells(long long cell, const CellSection& section) const
+    {
+        throw BadFile(text("cannot read ", quoted(path_), ": its cells do not fill the section 'CELLS ", section.first,
+                           " ", section.second, "', see cell ", cell, " (counting from 0)"));
+    }
+
+    void expectKeyword(std::string_view keyword)
+    {
+        if (scanner_.keyword() != keyword)
+        {
+            throw LegacyScanner::Lost();
+        }
+    }
+
+    /// Several arrays, each with all about it; of points, of cells or, before these, of the file.
+    void checkField()
+    {
+        scanner_.word(); // the name of the whole
+        for (long long left = scanner_.count(); left > 0; --left)
+        {
+            const std::string name = scanner_.word();
+            if (name != "NULL_ARRAY")
+            {
+                const long long componentCount = scanner_.count();
+                const long long tupleCount = scanner_.count();
+                add(name, scanner_.array(tupleCount, componentCount));
+            }
+        }
+    }
+
+    void checkAttribute(const std::string& key)
+    {
+        const std::string name = scanner_.word();
+        if (key == "scalars")
+        {
+            add(name, scalars());
+        }
+        else if (key == "color_scalars")
+        {
+            const long long componentCount = scanner_.count();
+            add(name, scanner_.arrayOf("unsigned_char", tupleCount_, componentCount));
+        }
+        else if (key == "texture_coordinates")
+        {
+            const long long componentCount = scanner_.count();
+            add(name, scanner_.array(tupleCount_, componentCount));
+        }
+        else if (key == "lookup_table")
+        {
+            constexpr long long componentCount = 4;
+            scanner_.arrayOf("unsigned_char", scanner_.count(), componentCount);
+        }
+        else
+        {
+            const auto* found = std::ranges::find(plainKinds, key, &std::pair<std::string_view, long long>::first);
+            if (found == plainKinds.end())
+            {
+                throw LegacyScanner::Lost();
+            }
+            add(name, scanner_.array(tupleCount_, found->second));
+        }
+    }
+
+    LegacyValues scalars()
+    {
+        const std::string type = scanner_.keyword();
+        long long componentCount = 1;
+        std::string key = scanner_.keyword();
+        if (key != "lookup_table")
+        {
+            componentCount = std::strtoll(key.c_str(), nullptr, 10);
+            expectKeyword("lookup_table");
+        }
+        scanner_.word(); // the table's name
+        return scanner_.arrayOf(type, tupleCount_, componentCount);
+    }
+
+    /// VTK's writer repeats an array that serves for two purposes, as scalars and as vectors for example.
+    void add(const std::string& encodedName, const LegacyValues& values)
+    {
+        if (place_.empty())
         {
             return;
         }
-        left -= 1;
-        if (*pointCount < 0 || *pointCount > left)
+        const std::string name = decoded(encodedName);
+        const auto [found, isNew] = arrays_[place_].try_emplace(name, values);
+        if (!isNew && !scanner_.haveSameValues(found->second, values))
         {
-            throwBadCells(path, cell, section);
-        }
-        left -= *pointCount;
-        if (!numbers.skip(*pointCount))
-        {
-            return;
+            throwTwoArrays(path_, place_, name);
         }
     }
-    if (left != 0)
-    {
-        throwBadCells(path, section.first, section);
-    }
-}
 
-/// Where each cell's points begin, and the end of the last one's.
-void checkOffsets(Numbers numbers, const CellSection& section, const std::filesystem::path& path)
-{
-    long long last = 0;
-    for (long long i = 0; i < section.first; ++i)
-    {
-        const auto offset = numbers.next();
-        if (!offset)
-        {
-            return;
-        }
-        const bool isEnd = i + 1 == section.first;
-        if (*offset < last || (i == 0 && *offset != 0) || (isEnd && *offset != section.second))
-        {
-            throwBadCells(path, i == 0 ? 0 : i - 1, section);
-        }
-        last = *offset;
-    }
-}
+    std::filesystem::path path_;
+    LegacyScanner scanner_;
+    std::string place_; ///< "point" or "cell"
+    long long tupleCount_ = 0;
+    std::map<std::string, Arrays> arrays_;
+};
 
 } // namespace
 
-void checkLegacyCells(const std::filesystem::path& path)
+void checkLegacyStructure(const std::filesystem::path& path)
 {
-    std::ifstream in(path, std::ios::binary);
-    std::string header;
-    std::string title;
-    std::string encoding;
-    int version = 0;
-    if (!std::getline(in, header) || !std::getline(in, title) || !std::getline(in, encoding) ||
-        std::sscanf(header.c_str(), "# vtk DataFile Version %d", &version) != 1)
+    try
     {
-        return;
+        LegacyCheck(path).run();
     }
-    const bool isBinary = encoding.starts_with("BINARY") || encoding.starts_with("binary");
-    const auto section = findCells(in);
-    if (!section)
+    catch (const LegacyScanner::Lost&)
     {
-        return;
-    }
-    constexpr int firstVersionWithOffsets = 5;
-    if (version < firstVersionWithOffsets)
-    {
-        checkRecords(Numbers(in, isBinary, 4), *section, path);
-        return;
-    }
-    std::string line;
-    if (std::getline(in, line) && line.starts_with("OFFSETS "))
-    {
-        checkOffsets(Numbers(in, isBinary, line.find("int64") != std::string::npos ? 8 : 4), *section, path);
+        return; // the reader will be, too, and tell
     }
 }
 

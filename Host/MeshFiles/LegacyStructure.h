@@ -7,9 +7,10 @@
 namespace veltrane
 {
 
-/// Finds what VTK's reader believes and does not survive: cell records that do not fill their section. Throws BadFile.
-/// What else is wrong with the file is left to the reader to find.
-void checkLegacyCells(const std::filesystem::path& path);
+/// Finds what VTK's reader believes and does not survive, cell records that do not fill their section, and what it
+/// takes no notice of: arrays of the same name, of which it keeps the last one. Throws BadFile. What else is wrong with
+/// the file is left to the reader to find.
+void checkLegacyStructure(const std::filesystem::path& path);
 
 } // namespace veltrane
 

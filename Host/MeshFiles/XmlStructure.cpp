@@ -54,7 +54,7 @@ void checkStructure(vtkXMLDataElement& root, const std::filesystem::path& path)
             }
             if (!names.insert(name).second)
             {
-                throw BadFile(text(quoted(path), " has two ", kind, "-data arrays of the name '", name, "'"));
+                throwTwoArrays(path, kind, name);
             }
         }
         checkStructure(child, path);

@@ -1,0 +1,253 @@
+#include "LegacyScanner.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdio>
+#include <limits>
+#include <string_view>
+#include <utility>
+
+namespace veltrane
+{
+namespace
+{
+
+constexpr int endOfFile = std::char_traits<char>::eof();
+
+constexpr std::array<std::pair<std::string_view, long long>, 14> byteCounts{{
+    {"char", 1},
+    {"signed_char", 1},
+    {"unsigned_char", 1},
+    {"short", 2},
+    {"unsigned_short", 2},
+    {"vtkidtype", 4}, // of whatever size in memory
+    {"int", 4},
+    {"unsigned_int", 4},
+    {"float", 4},
+    {"long", sizeof(long)},
+    {"unsigned_long", sizeof(long)},
+    {"vtktypeint64", 8},
+    {"vtktypeuint64", 8},
+    {"double", 8},
+}};
+
+long long byteCountOf(const std::string& type)
+{
+    const auto* found = std::ranges::find(byteCounts, type, &std::pair<std::string_view, long long>::first);
+    return found == byteCounts.end() ? throw LegacyScanner::Lost() : found->second;
+}
+
+std::string inSmallLetters(std::string word)
+{
+    std::ranges::transform(word, word.begin(),
+                           [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    return word;
+}
+
+} // namespace
+
+LegacyScanner::LegacyScanner(const std::filesystem::path& path)
+    : in_(path, std::ios::binary), size_(static_cast<std::streamoff>(std::filesystem::file_size(path)))
+{
+    std::string header;
+    std::string title;
+    std::string encoding;
+    if (!std::getline(in_, header) || !std::getline(in_, title) || !std::getline(in_, encoding) ||
+        std::sscanf(header.c_str(), "# vtk DataFile Version %d", &version_) != 1)
+    {
+        throw Lost();
+    }
+    isBinary_ = inSmallLetters(encoding).starts_with("binary");
+}
+
+std::string LegacyScanner::word()
+{
+    std::string word;
+    in_ >> word;
+    return word;
+}
+
+std::string LegacyScanner::keyword()
+{
+    return inSmallLetters(word());
+}
+
+long long LegacyScanner::count()
+{
+    long long count = 0;
+    return in_ >> count && count >= 0 ? count : throw Lost();
+}
+
+void LegacyScanner::beginSection()
+{
+    if (isBinary_)
+    {
+        skipLine();
+    }
+}
+
+long long LegacyScanner::integer(int byteCount)
+{
+    long long value = 0;
+    if (!isBinary_)
+    {
+        return in_ >> value ? value : throw Lost();
+    }
+    for (int i = 0; i < byteCount; ++i)
+    {
+        const int byte = in_.get();
+        if (byte == endOfFile)
+        {
+            throw Lost();
+        }
+        value = i == 0 && byte >= 128 ? byte - 256 : value * 256 + byte;
+    }
+    return value;
+}
+
+LegacyValues LegacyScanner::array(long long tupleCount, long long componentCount)
+{
+    return arrayOf(keyword(), tupleCount, componentCount);
+}
+
+LegacyValues LegacyScanner::arrayOf(const std::string& type, long long tupleCount, long long componentCount)
+{
+    if (componentCount > 0 && tupleCount > std::numeric_limits<long long>::max() / 8 / componentCount)
+    {
+        throw Lost();
+    }
+    const long long valueCount = tupleCount * componentCount;
+    const std::streamoff begin = in_.tellg();
+    if (valueCount > 0)
+    {
+        skipValues(type, valueCount);
+    }
+    const std::streamoff end = in_.tellg();
+    skipMetadata(componentCount);
+    return {type, valueCount, begin, end};
+}
+
+bool LegacyScanner::haveSameValues(const LegacyValues& first, const LegacyValues& second)
+{
+    return first.type == second.type && first.count == second.count && bytes(first) == bytes(second);
+}
+
+void LegacyScanner::skipLine()
+{
+    in_.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+}
+
+/// Of large arrays of text, thus letter by letter.
+void LegacyScanner::skipWords(long long wordCount)
+{
+    std::streambuf& letters = *in_.rdbuf();
+    int letter = letters.sgetc();
+    for (; wordCount > 0; --wordCount)
+    {
+        while (letter != endOfFile && std::isspace(letter) != 0)
+        {
+            letter = letters.snextc();
+        }
+        if (letter == endOfFile)
+        {
+            throw Lost();
+        }
+        while (letter != endOfFile && std::isspace(letter) == 0)
+        {
+            letter = letters.snextc();
+        }
+    }
+}
+
+void LegacyScanner::skipBytes(long long byteCount)
+{
+    if (byteCount > size_ - in_.tellg())
+    {
+        throw Lost();
+    }
+    in_.seekg(byteCount, std::ios::cur);
+}
+
+/// Lines, or binary with their lengths before them: the two highest bits of the first byte tell how many bytes a length
+/// has.
+void LegacyScanner::skipStrings(long long stringCount)
+{
+    skipLine();
+    for (; stringCount > 0; --stringCount)
+    {
+        if (!isBinary_)
+        {
+            skipLine();
+            continue;
+        }
+        const int first = in_.get();
+        if (first == endOfFile)
+        {
+            throw Lost();
+        }
+        constexpr std::array<int, 4> furtherBytes{7, 3, 1, 0};
+        long long length = first & 63;
+        for (int left = furtherBytes[static_cast<std::size_t>(first >> 6)]; left > 0; --left)
+        {
+            length = length * 256 + (in_.get() & 255);
+        }
+        skipBytes(length);
+    }
+}
+
+void LegacyScanner::skipValues(const std::string& type, long long valueCount)
+{
+    if (type == "string" || type == "utf8_string")
+    {
+        skipStrings(valueCount);
+    }
+    else if (type == "variant")
+    {
+        skipWords(2 * valueCount); // a number for the type, and the value
+    }
+    else if (!isBinary_)
+    {
+        skipWords(valueCount);
+    }
+    else
+    {
+        skipLine();
+        skipBytes(type == "bit" ? (valueCount + 7) / 8 : valueCount * byteCountOf(type));
+    }
+}
+
+/// Names of the components and the like, if there are such; an empty line ends them.
+void LegacyScanner::skipMetadata(long long componentCount)
+{
+    const auto place = in_.tellg();
+    if (keyword() != "metadata")
+    {
+        in_.clear(); // the file may end here
+        in_.seekg(place);
+        return;
+    }
+    skipLine();
+    for (std::string line; std::getline(in_, line) && line.find_first_not_of(" \r") != std::string::npos;)
+    {
+        if (inSmallLetters(line).starts_with("component_names"))
+        {
+            for (long long i = 0; i < componentCount; ++i)
+            {
+                skipLine(); // empty if it has no name
+            }
+        }
+    }
+}
+
+std::string LegacyScanner::bytes(const LegacyValues& values)
+{
+    const auto place = in_.tellg();
+    std::string bytes(static_cast<std::size_t>(values.end - values.begin), '\0');
+    in_.seekg(values.begin);
+    in_.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    in_.seekg(place);
+    return bytes;
+}
+
+} // namespace veltrane
