@@ -2,6 +2,7 @@
 
 #include "DataSetReader.h"
 #include "FileDescriptor.h"
+#include "NetcdfStructure.h"
 #include "Text.h"
 #include "VtkMessages.h"
 
@@ -59,10 +60,12 @@ private:
 
 vtkSmartPointer<vtkExodusIIReader> open(const std::filesystem::path& path)
 {
+    checkNetcdfSize(path);
     vtkNew<vtkExodusIIReader> reader;
     if (reader->CanReadFile(path.c_str()) == 0)
     {
-        throw BadFile(text("cannot read ", quoted(path), ": it is not an Exodus file"));
+        throw BadFile(text("cannot read ", quoted(path), ": it is not an Exodus file",
+                           isHdf5(path) ? ", or damaged or cut off" : ""));
     }
     reader->SetFileName(path.c_str());
     reader->UpdateInformation();
