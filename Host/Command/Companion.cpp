@@ -8,6 +8,39 @@
 
 namespace veltrane
 {
+namespace
+{
+
+/// Empty if the path leads to no place, which is reported when the file is opened.
+std::filesystem::path placeOf(const std::filesystem::path& path)
+{
+    std::error_code ignored;
+    return std::filesystem::weakly_canonical(std::filesystem::absolute(path, ignored), ignored);
+}
+
+/// However they are spelled.
+bool areSame(const std::filesystem::path& first, const std::filesystem::path& second)
+{
+    return !placeOf(first).empty() && placeOf(first) == placeOf(second);
+}
+
+} // namespace
+
+void checkDistinct(std::initializer_list<const CompanionOption*> options)
+{
+    for (const auto* first = options.begin(); first != options.end(); ++first)
+    {
+        for (const auto* second = first + 1; second != options.end(); ++second)
+        {
+            const bool areGiven = !(*first)->path.empty() && !(*second)->path.empty();
+            if (areGiven && areSame((*first)->path, (*second)->path))
+            {
+                throw InvalidOption(text("the files of ", (*first)->name, " and ", (*second)->name, " are both '",
+                                         (*second)->path, "'"));
+            }
+        }
+    }
+}
 
 std::optional<OutputFile> openCompanion(const CompanionOption& option, const MeshPairArguments& files)
 {
@@ -19,9 +52,7 @@ std::optional<OutputFile> openCompanion(const CompanionOption& option, const Mes
     {
         throw InvalidOption(text("the file '", option.path, "' of ", option.name, " is not named ", option.format));
     }
-    std::error_code ignored; // a path without a place is reported when the file is opened
-    if (std::filesystem::weakly_canonical(option.path, ignored) ==
-        std::filesystem::weakly_canonical(files.output, ignored))
+    if (areSame(option.path, files.output))
     {
         throw InvalidOption(text("the output and the file of ", option.name, " are both '", option.path, "'"));
     }

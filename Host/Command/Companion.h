@@ -9,6 +9,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <initializer_list>
 #include <optional>
 #include <string>
 
@@ -25,6 +26,9 @@ struct CompanionOption
 
     void addTo(CLI::App& command) { command.add_option(name, path, help)->type_name("FILE"); }
 };
+
+/// Throws InvalidOption if two of them are to write the same file.
+void checkDistinct(std::initializer_list<const CompanionOption*> options);
 
 /// Nothing if the option is not given. Throws InvalidOption or CannotWrite, before any work is done, if the file could
 /// not be written or is one of the command's other files.

@@ -28,6 +28,7 @@ RecordFiles::RecordFiles(const RecordFileOptions& options, const MeshPairArgumen
     : report_(openCompanion(options.report, files)), picture_(openCompanion(options.picture, files)),
       log_(openCompanion(options.log, files))
 {
+    checkDistinct({&options.report, &options.picture, &options.log});
 }
 
 void RecordFiles::checkFields(std::span<const Field> sourceFields, const std::string& sourceName) const

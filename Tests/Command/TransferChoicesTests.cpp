@@ -316,6 +316,22 @@ TEST_F(SearchChoice, LogIsKeptOnRequest)
                 testing::UnorderedElementsAre("source.vtu", "target.vtu", "out.vtu", "search.log"));
     expectRefused(73, "the output 'source.vtu' is the input 'source.vtu' itself", {"--log", "source.vtu"});
     expectRefused(64, "the output and the file of --log are both 'out.vtu'", {"--log", "out.vtu"});
+    expectRefused(64, "the output and the file of --log are both './out.vtu'", {"--log", "./out.vtu"});
+}
+
+TEST_F(SearchChoice, FilesBesideTheOutputAreDistinct)
+{
+    std::filesystem::create_directory_symlink(".", runner.file("here"));
+    for (const std::string& log :
+         {std::string("a.json"), std::string("./a.json"), std::string("here/a.json"), runner.file("a.json").string()})
+    {
+        expectRefused(64, "the files of --report and --log are both '" + log + "'",
+                      {"--report", "a.json", "--log", log});
+    }
+    std::ofstream(runner.file("b.png")) << "of an earlier run\n";
+    std::filesystem::create_symlink("b.png", runner.file("link"));
+    expectRefused(64, "the files of --picture and --log are both 'link'", {"--picture", "b.png", "--log", "link"});
+    EXPECT_EQ(transfer({"--report", "a.json", "--picture", "b.png", "--log", "c", "--quiet"}).status, 0);
 }
 
 TEST_F(TransferChoices, WorkOnABundledResult)
