@@ -58,6 +58,20 @@ std::filesystem::file_type typeOf(const std::filesystem::path& path)
     return std::filesystem::status(path, ignored).type();
 }
 
+/// Null if it is none of them.
+const std::filesystem::path* findInput(const std::filesystem::path& path, std::span<const std::filesystem::path> inputs)
+{
+    for (const std::filesystem::path& input : inputs)
+    {
+        std::error_code ignored; // an input that is not there is reported when it is read
+        if (std::filesystem::equivalent(path, input, ignored))
+        {
+            return &input;
+        }
+    }
+    return nullptr;
+}
+
 /// Checks what stands where the output is to be.
 void checkExisting(const std::filesystem::path& path, std::span<const std::filesystem::path> inputs)
 {
@@ -74,13 +88,9 @@ void checkExisting(const std::filesystem::path& path, std::span<const std::files
     case std::filesystem::file_type::regular: break;
     default: throw CannotWrite(text("the output '", path.string(), "' exists and is not a regular file"));
     }
-    for (const std::filesystem::path& input : inputs)
+    if (const std::filesystem::path* input = findInput(path, inputs))
     {
-        std::error_code ignored; // an input that is not there is reported when it is read
-        if (std::filesystem::equivalent(path, input, ignored))
-        {
-            throw CannotWrite(text("the output '", path.string(), "' is the input '", input.string(), "' itself"));
-        }
+        throw CannotWrite(text("the output '", path.string(), "' is the input '", input->string(), "' itself"));
     }
     if (::access(path.c_str(), W_OK) != 0)
     {
@@ -91,7 +101,7 @@ void checkExisting(const std::filesystem::path& path, std::span<const std::files
 } // namespace
 
 OutputFile::OutputFile(const std::filesystem::path& path, std::span<const std::filesystem::path> inputs)
-    : givenPath_(path)
+    : givenPath_(path), inputs_(inputs.begin(), inputs.end())
 {
     const std::filesystem::path directory = path.has_parent_path() ? path.parent_path() : ".";
     if (typeOf(directory) != std::filesystem::file_type::directory)
@@ -111,6 +121,11 @@ OutputFile::OutputFile(const std::filesystem::path& path, std::span<const std::f
     temporaryPath_ =
         path_.parent_path() / text(".", path_.stem().string(), ".", ::getpid(), ".part", path_.extension().string());
     const TemporaryFile trial(temporaryPath_);
+}
+
+bool OutputFile::isInput(const std::filesystem::path& path) const
+{
+    return findInput(path, inputs_) != nullptr;
 }
 
 void OutputFile::write(const std::function<void(const std::filesystem::path&)>& writer) const

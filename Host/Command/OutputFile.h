@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <functional>
 #include <span>
+#include <vector>
 
 namespace veltrane
 {
@@ -16,6 +17,8 @@ public:
     /// Throws CannotWrite, before any work is done, if the file could not be created or is one of the inputs.
     OutputFile(const std::filesystem::path& path, std::span<const std::filesystem::path> inputs);
 
+    bool isInput(const std::filesystem::path& path) const;
+
     /// Has a temporary file beside the output written, and gives it the output's name. If the writer throws, the
     /// temporary file is removed and an output of an earlier run stays as it is; of a CannotWrite it need only be the
     /// reason, the output is named here. Throws Cancelled, with the same effect, if the command has been interrupted.
@@ -25,6 +28,7 @@ private:
     std::filesystem::path givenPath_;
     std::filesystem::path path_; ///< absolute, with links resolved
     std::filesystem::path temporaryPath_;
+    std::vector<std::filesystem::path> inputs_;
 };
 
 } // namespace veltrane

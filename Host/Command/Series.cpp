@@ -1,5 +1,6 @@
 #include "Series.h"
 
+#include "EarlierParts.h"
 #include "Errors.h"
 #include "Failures.h"
 #include "FileFormat.h"
@@ -18,7 +19,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <iomanip>
 #include <iostream>
 #include <iterator>
 #include <set>
@@ -57,12 +57,6 @@ public:
 private:
     std::filesystem::path path_;
 };
-
-/// "loaded_0007.vtu"
-std::string partName(const std::filesystem::path& collection, std::size_t index, const std::string& ending)
-{
-    return text(collection.stem().string(), "_", std::setfill('0'), std::setw(4), index + 1, ending);
-}
 
 bool isFailure(ExitStatus status)
 {
@@ -159,6 +153,46 @@ void moveParts(const std::filesystem::path& from, const std::filesystem::path& t
     }
 }
 
+bool isStepOf(const std::vector<Step>& steps, const std::filesystem::path& file)
+{
+    return std::ranges::any_of(steps,
+                               [&](const Step& step)
+                               {
+                                   std::error_code ignored; // a step that is not there is reported when it is read
+                                   return std::filesystem::equivalent(step.file, file, ignored);
+                               });
+}
+
+/// The parts must not take the places of what they are made from.
+void checkParts(const std::vector<Step>& steps, const std::filesystem::path& collection, const std::string& partEnding,
+                const OutputFile& output)
+{
+    for (std::size_t i = 0; i < steps.size(); ++i)
+    {
+        const std::filesystem::path part = partPlace(collection) / partName(collection, i, partEnding);
+        if (isStepOf(steps, part) || output.isInput(part))
+        {
+            throw CannotWrite(text("the output '", part.string(), "' is an input itself"));
+        }
+    }
+}
+
+/// Parts of an earlier run that the collection listed and does not list any more, unless they are among the inputs.
+void removeParts(const std::vector<std::filesystem::path>& earlier, const std::vector<Step>& written,
+                 const std::vector<Step>& steps, const OutputFile& output)
+{
+    for (const std::filesystem::path& part : earlier)
+    {
+        const bool isListed =
+            std::ranges::any_of(written, [&](const Step& step) { return step.file.filename() == part.filename(); });
+        if (!isListed && !isStepOf(steps, part) && !output.isInput(part))
+        {
+            std::error_code ignored; // nothing refers to it any more
+            std::filesystem::remove(part, ignored);
+        }
+    }
+}
+
 std::vector<std::size_t> parseList(const std::string& list, std::size_t count)
 {
     std::vector<std::size_t> numbers;
@@ -221,7 +255,7 @@ std::vector<Step> SeriesArguments::select(const std::filesystem::path& source, b
 ExitStatus runSeries(const std::vector<Step>& steps, int jobs, const std::filesystem::path& collection,
                      const OutputFile& output, const std::string& partEnding, bool isQuiet, const StepWork& work)
 {
-    const std::filesystem::path place = collection.parent_path() / collection.stem();
+    checkParts(steps, collection, partEnding, output);
     const PartDirectory parts(collection);
     std::vector<Step> written;
     Workers workers;
@@ -252,8 +286,10 @@ ExitStatus runSeries(const std::vector<Step>& steps, int jobs, const std::filesy
     {
         return workers.outcome();
     }
-    moveParts(parts.path(), place);
+    const std::vector<std::filesystem::path> earlier = findEarlierParts(collection);
+    moveParts(parts.path(), partPlace(collection));
     output.write([&](const std::filesystem::path& path) { writeCollection(written, path); });
+    removeParts(earlier, written, steps, output);
     if (!isQuiet)
     {
         std::cout << text("wrote ", oneOrMore(static_cast<long long>(written.size()), "step", "steps"), " to '",

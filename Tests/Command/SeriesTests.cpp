@@ -298,6 +298,63 @@ TEST_F(Series, AFailingStepLeavesNothingBehind)
     expectRefused(66, "there is no file 'step10.vtu'", "out.pvd", {"--jobs", "3"});
 }
 
+/// The names in the directory of the parts.
+std::set<std::string> namesIn(const std::filesystem::path& directory)
+{
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(directory))
+    {
+        names.insert(entry.path().filename().string());
+    }
+    return names;
+}
+
+TEST_F(Series, PartsOfAnEarlierLongerRunGoWithTheirCollection)
+{
+    ASSERT_EQ(transfer("source.pvd", "out.pvd").status, 0);
+    for (const char* name : {"out/notes.txt", "out/out_0004.vtu", "out/out_5.vtu", "out_0006.vtu", "out/out_0007.txt"})
+    {
+        std::ofstream(runner.file(name)) << "not of this series\n";
+    }
+    std::filesystem::create_symlink("notes.txt", runner.file("out/out_0008.vtu"));
+    const auto entry = [](int time, const std::string& file)
+    { return "<DataSet timestep=\"" + std::to_string(time) + "\" file=\"" + file + "\"/>"; };
+    writeCollection("out.pvd", entry(1, "out/out_0001.vtu") + entry(2, "out/out_0002.vtu") +
+                                   entry(3, "./out/../out/out_0003.vtu") + entry(5, "out/out_5.vtu") +
+                                   entry(6, "out_0006.vtu") + entry(7, "out/out_0007.txt") +
+                                   entry(8, "out/out_0008.vtu") + entry(9, "out/notes.txt"));
+    ASSERT_EQ(transfer("source.pvd", "out.pvd", {"--steps", "3"}).status, 0);
+    EXPECT_THAT(namesIn(runner.file("out")), UnorderedElementsAre("out_0001.vtu", "notes.txt", "out_0004.vtu",
+                                                                  "out_5.vtu", "out_0007.txt", "out_0008.vtu"));
+    EXPECT_TRUE(std::filesystem::exists(runner.file("out_0006.vtu")));
+    expectTime("out/out_0001.vtu", 2.5);
+}
+
+TEST_F(Series, PartsOfAnEarlierRunStayIfTheNewOneFailsOrReadsThem)
+{
+    ASSERT_EQ(transfer("source.pvd", "out.pvd").status, 0);
+    const std::set<std::string> all = namesIn(runner.file("out"));
+    expectRefused(64, "--steps: the source has 3 steps; there is no step 4", "out.pvd", {"--steps", "4"});
+    EXPECT_EQ(namesIn(runner.file("out")), all);
+    writeCollection("other.pvd", "<DataSet timestep=\"4\" file=\"out/out_0003.vtu\"/>");
+    ASSERT_EQ(runner.run({"transfer", "other.pvd", "out/out_0002.vtu", "-o", "out.pvd", "--quiet", "--replace"}).status,
+              0);
+    EXPECT_EQ(namesIn(runner.file("out")), all);
+    expectTime("out/out_0001.vtu", 2.5);
+}
+
+TEST_F(Series, PartsDoNotTakeThePlacesOfInputs)
+{
+    ASSERT_EQ(transfer("source.pvd", "out.pvd").status, 0);
+    writeCollection("other.pvd", "<DataSet timestep=\"1\" file=\"step5.vtu\"/>"
+                                 "<DataSet timestep=\"2\" file=\"out/out_0002.vtu\"/>");
+    expectFailure(runner, 73, "the output 'out/out_0002.vtu' is an input itself",
+                  {"transfer", "other.pvd", "target.vtu", "-o", "out.pvd"});
+    expectFailure(runner, 73, "the output 'out/out_0001.vtu' is an input itself",
+                  {"transfer", "source.pvd", "out/out_0001.vtu", "-o", "out.pvd"});
+    expectTime("out/out_0002.vtu", 1);
+}
+
 TEST_F(Series, CtrlCCancelsAllSteps)
 {
     const auto source = makeGrid(VTK_TETRA, 12);
