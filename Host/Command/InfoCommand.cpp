@@ -1,12 +1,17 @@
 #include "InfoCommand.h"
 
+#include "CollectionContents.h"
 #include "FileContents.h"
+#include "FileFormat.h"
 #include "Interruption.h"
 #include "Report.h"
 #include "Text.h"
 
+#include <algorithm>
 #include <cmath>
 #include <iostream>
+#include <iterator>
+#include <sstream>
 
 namespace veltrane
 {
@@ -64,7 +69,7 @@ void printSteps(std::ostream& stream, const std::vector<double>& times)
     }
 }
 
-void print(std::ostream& stream, const std::string& file, const FileContents& contents)
+void printFile(std::ostream& stream, const std::string& file, const FileContents& contents)
 {
     printLine(stream, "file", file);
     printLine(stream, "points", std::to_string(contents.pointCount));
@@ -83,6 +88,51 @@ void print(std::ostream& stream, const std::string& file, const FileContents& co
     printArrays(stream, contents);
 }
 
+/// "not as in step 1: step 2 and 3 others"
+std::string differenceText(const std::vector<std::size_t>& others)
+{
+    if (others.empty())
+    {
+        return "the same in all steps";
+    }
+    const auto more = static_cast<long long>(others.size()) - 1;
+    return text("not as in step 1: step ", others.front() + 1,
+                more == 0 ? "" : text(" and ", oneOrMore(more, "other", "others")));
+}
+
+void printCollection(std::ostream& stream, const std::string& file, const CollectionContents& contents)
+{
+    printLine(stream, "collection", file);
+    std::vector<double> times;
+    std::ranges::transform(contents.steps, std::back_inserter(times), &Step::time);
+    printSteps(stream, times);
+    printLine(stream, "meshes", differenceText(contents.otherMeshes));
+    printLine(stream, "arrays", differenceText(contents.otherArrays));
+    TextTable table(1);
+    table.addRow({"file", "step", "time"});
+    for (std::size_t i = 0; i < contents.steps.size(); ++i)
+    {
+        table.addRow({contents.steps[i].file.string(), std::to_string(i + 1), number(contents.steps[i].time)});
+    }
+    table.print(stream);
+    stream << '\n';
+    printFile(stream, contents.steps.front().file.string(), contents.first);
+}
+
+void print(std::ostream& stream, const std::string& file)
+{
+    if (formatOf(file) == FileFormat::collection)
+    {
+        const CollectionContents contents = readCollectionContents(file);
+        throwIfInterrupted();
+        printCollection(stream, file, contents);
+        return;
+    }
+    const FileContents contents = readContents(file);
+    throwIfInterrupted();
+    printFile(stream, file, contents);
+}
+
 } // namespace
 
 InfoCommand::InfoCommand(CLI::App& app) : command_(app.add_subcommand("info", "Tells what is in mesh and point files"))
@@ -90,17 +140,16 @@ InfoCommand::InfoCommand(CLI::App& app) : command_(app.add_subcommand("info", "T
     command_->add_option("FILE", files_, "files of any format that can be read")->required()->type_name("");
     command_->footer("Example:\n"
                      "  veltrane info thermal.vtu structure.exo\n\n"
-                     "Of an Exodus file it is the last step.\n");
+                     "Of an Exodus file it is the last step, of a collection (.pvd) the first one.\n");
 }
 
 ExitStatus InfoCommand::run() const
 {
     for (std::size_t i = 0; i < files_.size(); ++i)
     {
-        const FileContents contents = readContents(files_[i]);
-        throwIfInterrupted();
-        std::cout << (i == 0 ? "" : "\n");
-        print(std::cout, files_[i], contents);
+        std::ostringstream stream;
+        print(stream, files_[i]);
+        std::cout << (i == 0 ? "" : "\n") << stream.str() << std::flush;
     }
     return ExitStatus::done;
 }

@@ -2,6 +2,7 @@
 #include "CommandRunner.h"
 #include "TestGrids.h"
 
+#include <vtkCellArray.h>
 #include <vtkCellType.h>
 #include <vtkDoubleArray.h>
 #include <vtkExodusIIWriter.h>
@@ -259,6 +260,59 @@ TEST_F(SampledSeries, OptionsMustFit)
            {"--report", "report.json"});
     std::filesystem::remove(runner.file("step10.vtu"));
     expect(66, "there is no file 'step10.vtu'", "out.pvd", {});
+}
+
+TEST_F(Series, InfoTellsOfCollections)
+{
+    const CommandResult result = runner.run({"info", "source.pvd"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(result.output, "collection        source.pvd\n"
+                             "steps             3, times 0.5 to 2.5\n"
+                             "meshes            the same in all steps\n"
+                             "arrays            the same in all steps\n"
+                             "file        step  time\n"
+                             "step5.vtu      1   0.5\n"
+                             "step10.vtu     2     1\n"
+                             "step25.vtu     3   2.5\n"
+                             "\n"
+                             "file              step5.vtu\n"
+                             "points            27\n"
+                             "cells             8 hexahedra\n"
+                             "box               x = 0 to 1\n"
+                             "                  y = 0 to 1\n"
+                             "                  z = 0 to 1\n"
+                             "array      of    type  components  min  max\n"
+                             "T      points  double           1  0.5  0.5\n");
+}
+
+TEST_F(Series, InfoComparesTheStepsWithTheFirst)
+{
+    const auto expectDifferences = [&](const std::string& meshes, const std::string& arrays)
+    {
+        EXPECT_THAT(runner.run({"info", "source.pvd"}).output,
+                    testing::HasSubstr("meshes            " + meshes + "\narrays            " + arrays + "\n"));
+    };
+    const std::string same = "the same in all steps";
+    const auto write = [&](const std::string& name, int n, double to, const std::string& array)
+    {
+        const auto grid = makeGrid(VTK_HEXAHEDRON, n, 0, to);
+        addDoubles(*grid, array, linear);
+        writeGrid(*grid, runner.file(name));
+    };
+    write("step10.vtu", 2, 1, "U");
+    expectDifferences(same, "not as in step 1: step 2");
+    write("step10.vtu", 3, 1, "T");
+    expectDifferences("not as in step 1: step 2", same);
+    write("step25.vtu", 2, 1.001, "T");
+    expectDifferences("not as in step 1: step 2 and 1 other", same);
+    const auto turned = ThreeSteps::gridAt(1);
+    turned->GetCells()->ReverseCellAtId(3);
+    writeGrid(*turned, runner.file("step10.vtu"));
+    write("step25.vtu", 2, 1, "T");
+    expectDifferences("not as in step 1: step 2", same);
+    std::filesystem::remove(runner.file("step25.vtu"));
+    expectFailure(runner, 66, "there is no file 'step25.vtu'", {"info", "source.pvd"});
 }
 
 TEST_F(Series, OptionsMustFit)
