@@ -2,6 +2,7 @@
 
 #include "DataSetReader.h"
 #include "FileFormat.h"
+#include "ReadingGuard.h"
 #include "Text.h"
 #include "VtkMessages.h"
 
@@ -23,6 +24,7 @@ constexpr const char* entryName = "DataSet";
 
 std::vector<Step> readCollection(const std::filesystem::path& path)
 {
+    const ReadingGuard guard(path);
     const VtkMessages messages;
     const auto root = vtkSmartPointer<vtkXMLDataElement>::Take(vtkXMLUtilities::ReadElementFromFile(path.c_str()));
     vtkXMLDataElement* collection = root == nullptr ? nullptr : root->FindNestedElementWithName("Collection");

@@ -4,6 +4,7 @@
 #include "FileFormat.h"
 #include "LegacyStructure.h"
 #include "PointTable.h"
+#include "ReadingGuard.h"
 #include "Text.h"
 #include "VtkMessages.h"
 #include "XmlStructure.h"
@@ -22,6 +23,7 @@
 #include <cstring>
 #include <fstream>
 #include <new>
+#include <stdexcept>
 #include <system_error>
 
 namespace veltrane
@@ -85,16 +87,26 @@ std::optional<FileFormat> checkedFormat(const std::filesystem::path& path, bool 
     return format;
 }
 
+[[noreturn]] void throwTooLarge(const std::filesystem::path& path)
+{
+    throw BadFile(text("cannot read ", quoted(path), ": it says that it has more data than memory can hold"));
+}
+
 /// Calls a function that reads a file; what the file says about its own size need not be true.
 template <typename Function> auto guarded(const std::filesystem::path& path, const Function& function)
 {
+    const ReadingGuard guard(path);
     try
     {
         return function();
     }
     catch (const std::bad_alloc&)
     {
-        throw BadFile(text("cannot read ", quoted(path), ": it says that it has more data than memory can hold"));
+        throwTooLarge(path);
+    }
+    catch (const std::length_error&)
+    {
+        throwTooLarge(path);
     }
 }
 
@@ -174,7 +186,8 @@ vtkSmartPointer<vtkPointSet> readPoints(const std::filesystem::path& path, std::
 std::vector<double> readStepTimes(const std::filesystem::path& path)
 {
     checkReadable(path);
-    return formatOf(path) == FileFormat::exodus ? readExodusTimes(path) : std::vector<double>();
+    return formatOf(path) == FileFormat::exodus ? guarded(path, [&] { return readExodusTimes(path); })
+                                                : std::vector<double>();
 }
 
 } // namespace veltrane
