@@ -1,19 +1,16 @@
-/// The boxes of a stretch of a bucket's list, side by side: one comparison serves several boxes. To bring them there
-/// costs about what testing them one by one for two points does.
+/// Which boxes of a stretch of a bucket's list hold a point. To bring boxes side by side costs about what testing them
+/// one by one for two points does.
 #ifndef VELTRANE_BUCKET_BOXES_H
 #define VELTRANE_BUCKET_BOXES_H
 
+#include "BoxSides.h"
 #include "BoxTest.h"
-#include "Pack.h"
+#include "PackedInversion.h"
 
-#include <array>
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <span>
-
-/// A set of the first items of a list: bit i is item i.
-using ItemSet = std::uint64_t;
-inline constexpr std::size_t maxItemSetSize = 64;
 
 /// Takes the first item out of a set that has one.
 inline std::size_t takeFirst(ItemSet& items)
@@ -41,46 +38,23 @@ class BucketBoxes
 public:
     void gather(std::span<const int> items, const float* boxes)
     {
-        itsNbPacks = (items.size() + packSize - 1) / packSize;
-        for (std::size_t i = 0; i < itsNbPacks; ++i)
+        itsSides.nbItems = items.size();
+        // The last pack is filled up with copies of the last box.
+        const std::size_t nbLanes = (items.size() + maxPackSize - 1) / maxPackSize * maxPackSize;
+        for (std::size_t i = 0; i < nbLanes; ++i)
         {
-            for (std::size_t lane = 0; lane < packSize; ++lane)
+            const float* box = boxes + 6 * static_cast<std::int64_t>(items[std::min(i, items.size() - 1)]);
+            for (std::size_t side = 0; side < 6; ++side)
             {
-                // The last pack is filled up with its stretch's last box, whose further copies do not count.
-                const std::size_t item = std::min(packSize * i + lane, items.size() - 1);
-                const float* box = boxes + 6 * static_cast<std::int64_t>(items[item]);
-                for (std::size_t side = 0; side < 6; ++side)
-                {
-                    itsSides[i][side][lane] = box[side];
-                }
+                itsSides.values[side][i] = box[side];
             }
         }
-        itsItems = ~ItemSet{0} >> (maxItemSetSize - items.size());
     }
 
-    ItemSet around(const Vector3& point) const
-    {
-        const auto x = FloatPack<packSize>(point[0]).lanes();
-        const auto y = FloatPack<packSize>(point[1]).lanes();
-        const auto z = FloatPack<packSize>(point[2]).lanes();
-        ItemSet found = 0;
-        for (std::size_t i = 0; i < itsNbPacks; ++i)
-        {
-            const auto& side = itsSides[i];
-            const PackMask<packSize> isInBox((side[0] <= x) & (x <= side[3]) & (side[1] <= y) & (y <= side[4]) &
-                                             (side[2] <= z) & (z <= side[5]));
-            found |= static_cast<ItemSet>(isInBox.bits()) << (packSize * i);
-        }
-        return found & itsItems;
-    }
+    ItemSet around(const Vector3& point, BoxesAround boxesAround) const { return boxesAround(itsSides, point.data()); }
 
 private:
-    static constexpr std::size_t packSize = 4;
-    using Lanes = FloatPack<packSize>::Lanes;
-
-    std::size_t itsNbPacks = 0;
-    ItemSet itsItems = 0; ///< all of the stretch
-    std::array<std::array<Lanes, 6>, maxItemSetSize / packSize> itsSides;
+    BoxSides itsSides;
 };
 
 #endif

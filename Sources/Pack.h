@@ -112,11 +112,21 @@ public:
     {
         return PackMask<Size>(a.itsLanes > b.itsLanes);
     }
+    friend PackMask<Size> operator<=(const FloatPack& a, const FloatPack& b)
+    {
+        return PackMask<Size>(a.itsLanes <= b.itsLanes);
+    }
     friend PackMask<Size> operator==(const FloatPack& a, const FloatPack& b)
     {
         return PackMask<Size>(a.itsLanes == b.itsLanes);
     }
 
+    static FloatPack load(const float* values)
+    {
+        Lanes lanes;
+        __builtin_memcpy(&lanes, values, sizeof lanes);
+        return FloatPack(lanes);
+    }
     void store(float* values) const { __builtin_memcpy(values, &itsLanes, sizeof itsLanes); }
 
     float operator[](std::size_t lane) const { return itsLanes[lane]; }

@@ -1,5 +1,5 @@
 /// Inversions of several points at once, each in an element of its own, all of one kind: what invertPoint() does, lane
-/// by lane. How many there are depends on the processor; the bits of the results do not.
+/// by lane.
 #ifndef VELTRANE_PACKED_INVERSION_H
 #define VELTRANE_PACKED_INVERSION_H
 
@@ -29,21 +29,5 @@ struct PackedSolution
 
 /// Inverts as many lanes as it is made for; the type code must have shape functions.
 using InvertPack = void (*)(int typeCode, const PackedProblem& problem, PackedSolution& solution);
-
-struct PackedInversion
-{
-    std::size_t packSize; ///< 4, 8 or 16 lanes
-    InvertPack invert;
-};
-
-/// The one of a given pack size, with a null function if this processor or build does not have it.
-PackedInversion packedInversion(std::size_t packSize);
-
-/// The widest that there is.
-PackedInversion widestPackedInversion();
-
-void invertPackOf4(int typeCode, const PackedProblem& problem, PackedSolution& solution);
-void invertPackOf8(int typeCode, const PackedProblem& problem, PackedSolution& solution);
-void invertPackOf16(int typeCode, const PackedProblem& problem, PackedSolution& solution);
 
 #endif

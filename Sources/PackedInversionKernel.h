@@ -1,6 +1,4 @@
-/// The inversion of a pack, for packs of any size. Each file that makes one of it is compiled for other processors, so
-/// everything here depends on the size of the pack: an inline function that did not could be taken by the linker for
-/// all.
+/// The inversion of a pack, for packs of any size.
 #ifndef VELTRANE_PACKED_INVERSION_KERNEL_H
 #define VELTRANE_PACKED_INVERSION_KERNEL_H
 

@@ -195,7 +195,7 @@ void PointLocator::locateGroup(std::span<const TargetPoint> points, std::span<Lo
     }
     std::array<InFlight*, maxPackSize> taken{};
     int typeCode = 0;
-    while (const std::size_t nbTaken = waiting.take(itsPackedInversion.packSize, taken, typeCode))
+    while (const std::size_t nbTaken = waiting.take(itsPackedSearch.packSize, taken, typeCode))
     {
         const std::span<InFlight* const> tried(taken.data(), nbTaken);
         tryCandidates(typeCode, tried, waiting);
@@ -285,8 +285,9 @@ void PointLocator::testBoxes(std::span<InFlight> group, CurrentBucket& bucket) c
             bucket.bucket = flight.bucket;
             bucket.boxes.gather(items, itsBoxes.values());
         }
-        flight.candidates = flight.bucket == bucket.bucket ? bucket.boxes.around(flight.point)
-                                                           : itemsAround(flight.point, items, itsBoxes.values());
+        flight.candidates = flight.bucket == bucket.bucket
+                                ? bucket.boxes.around(flight.point, itsPackedSearch.boxesAround)
+                                : itemsAround(flight.point, items, itsBoxes.values());
     }
 }
 
@@ -335,7 +336,7 @@ void PointLocator::tryCandidates(int typeCode, std::span<InFlight* const> flight
     PackedProblem problem;
     problem.nodeCoords = itsMesh.itsNodeCoords;
     problem.precisionFactor = itsPrecisionFactor;
-    for (std::size_t lane = 0; lane < itsPackedInversion.packSize; ++lane)
+    for (std::size_t lane = 0; lane < itsPackedSearch.packSize; ++lane)
     {
         // Lanes without a point of their own repeat the first.
         const InFlight& flight = *flights[lane < flights.size() ? lane : 0];
@@ -344,7 +345,7 @@ void PointLocator::tryCandidates(int typeCode, std::span<InFlight* const> flight
         problem.tolerances[lane] = squaredInversionTolerance(boxValues(itsBoxes, flight.candidate), itsPrecisionFactor);
     }
     PackedSolution solution;
-    itsPackedInversion.invert(typeCode, problem, solution);
+    itsPackedSearch.invert(typeCode, problem, solution);
     settle(flights, solution, waiting);
 }
 

@@ -10,7 +10,7 @@
 
 #include "BatchEntry.h"
 #include "BucketSpaceClass.h"
-#include "PackedInversion.h"
+#include "PackedSearch.h"
 
 #include <cstdint>
 #include <span>
@@ -75,7 +75,7 @@ private:
     const BoxTable& itsBoxes;
     const BucketSpaceClass& itsSpace;
     float itsPrecisionFactor;
-    PackedInversion itsPackedInversion = widestPackedInversion();
+    PackedSearch itsPackedSearch = widestPackedSearch();
     bool itsHasOneMatlState;
 };
 

@@ -1,5 +1,6 @@
 // The boxes of a bucket, tested side by side and one by one.
 #include "BucketBoxes.h"
+#include "PackedSearch.h"
 
 #include <gtest/gtest.h>
 #include <limits>
@@ -49,7 +50,14 @@ TEST(BucketBoxes, areThoseThatHoldThePointForEveryLengthOfTheList)
         {
             const Vector3 point{value(), value(), i == 0 ? notANumber : value()};
             const ItemSet expected = plainItemsAround(point, items, boxes.data());
-            ASSERT_EQ(together.around(point), expected) << "list of " << size;
+            for (const std::size_t packSize : {4U, 8U, 16U})
+            {
+                const BoxesAround boxesAround = packedSearch(packSize).boxesAround;
+                if (boxesAround != nullptr) // on this processor
+                {
+                    ASSERT_EQ(together.around(point, boxesAround), expected) << "list of " << size << ", " << packSize;
+                }
+            }
             ASSERT_EQ(itemsAround(point, items, boxes.data()), expected) << "list of " << size;
         }
     }

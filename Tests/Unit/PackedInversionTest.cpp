@@ -1,5 +1,5 @@
 // Inversions in packs give the bits of inversions one by one, in every lane and for every element kind.
-#include "PackedInversion.h"
+#include "PackedSearch.h"
 
 #include "ReferenceCoordinates.h"
 
@@ -164,7 +164,7 @@ bool isIn(std::uint32_t set, std::size_t lane)
 }
 
 template <class Kind>
-void comparePackWithSingles(const Pack<Kind>& pack, const PackedInversion& packed, std::array<int, 4>& nbPerResult)
+void comparePackWithSingles(const Pack<Kind>& pack, const PackedSearch& packed, std::array<int, 4>& nbPerResult)
 {
     const PackedSolution together = pack.solve(packed.invert, packed.packSize);
     for (std::size_t lane = 0; lane < packed.packSize; ++lane)
@@ -199,7 +199,7 @@ TYPED_TEST(PackedInversionOf, eachLaneIsTheInversionOfItsPointAlone)
 {
     for (const std::size_t packSize : {4U, 8U, 16U})
     {
-        const PackedInversion packed = packedInversion(packSize);
+        const PackedSearch packed = packedSearch(packSize);
         if (packed.invert == nullptr)
         {
             continue; // not on this processor
@@ -223,8 +223,8 @@ TYPED_TEST(PackedInversionOf, eachLaneIsTheInversionOfItsPointAlone)
 
 TEST(PackedInversion, isThereOnEveryProcessor)
 {
-    EXPECT_NE(packedInversion(4).invert, nullptr);
-    EXPECT_EQ(packedInversion(5).invert, nullptr);
-    EXPECT_NE(widestPackedInversion().invert, nullptr);
-    EXPECT_LE(widestPackedInversion().packSize, maxPackSize);
+    EXPECT_NE(packedSearch(4).invert, nullptr);
+    EXPECT_EQ(packedSearch(5).invert, nullptr);
+    EXPECT_NE(widestPackedSearch().invert, nullptr);
+    EXPECT_LE(widestPackedSearch().packSize, maxPackSize);
 }

@@ -7,8 +7,8 @@ shift
 nbChecked=0
 for object in "$@"; do
     case "$object" in
-        *PackedInversionOf8*) size=8 ;;
-        *PackedInversionOf16*) size=16 ;;
+        *PackedSearchOf8*) size=8 ;;
+        *PackedSearchOf16*) size=16 ;;
         *) continue ;;
     esac
     nbChecked=$((nbChecked + 1))
