@@ -38,8 +38,7 @@ float meanBoxSize(const Mesh& source)
     {
         Box box;
         std::ranges::for_each(source.nodesOf(element), [&](int node) { box.add(source.nodePosition(node)); });
-        const float width =
-            margin * std::max({box.max[0] - box.min[0], box.max[1] - box.min[1], box.max[2] - box.min[2]});
+        const float width = margin * box.size();
         for (std::size_t axis = 0; axis < 3; ++axis)
         {
             const float low = box.min[axis] - width;

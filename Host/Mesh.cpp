@@ -164,6 +164,11 @@ void Box::add(std::span<const float, 3> point)
     }
 }
 
+float Box::size() const
+{
+    return std::max({max[0] - min[0], max[1] - min[1], max[2] - min[2]});
+}
+
 Mesh::Mesh(MeshData data) : data_(std::move(data))
 {
     checkCoordinates(data_.coordinates, "node");

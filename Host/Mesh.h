@@ -32,6 +32,9 @@ struct Box
 
     /// Extends the box to a point.
     void add(std::span<const float, 3> point);
+
+    /// Its longest edge.
+    float size() const;
 };
 
 /// What a mesh is made of. All numbers count from 0.

@@ -265,11 +265,8 @@ void checkSourceCells(const MeshFile& source)
 
 std::string unitHint(const Box& source, const Box& target)
 {
-    const auto size = [](const Box& box) {
-        return std::max({box.max[0] - box.min[0], box.max[1] - box.min[1], box.max[2] - box.min[2]});
-    };
     constexpr float suspicious = 300;
-    const float ratio = size(target) / size(source);
+    const float ratio = target.size() / source.size();
     const bool isOnePoint = ratio == 0; // which has no size in any unit
     if (!isOnePoint && (ratio >= suspicious || ratio <= 1 / suspicious))
     {
