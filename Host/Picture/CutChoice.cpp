@@ -13,8 +13,7 @@ namespace veltrane
 namespace
 {
 
-constexpr int rasterSize = 200;  // of cuts that are compared
-constexpr double clearly = 1.01; // better than another one; the earlier one, nearer the middle, wins a tie
+constexpr int rasterSize = 200; // of cuts that are compared
 
 /// Sums over the usable ones of some values.
 class Spread
@@ -155,7 +154,7 @@ std::vector<CutPlane> candidates(const Box& source, const PointCloud& points, st
 /// How near the points are to the plane: 1 if all are in it, almost 0 if none is near.
 double nearness(const PointCloud& points, const CutPlane& plane, double sourceSize)
 {
-    const double unit = 0.01 * sourceSize;
+    const double unit = 0.02 * sourceSize;
     double sum = 0;
     for (std::size_t point = 0; point < points.coordinates().size() / 3; ++point)
     {
@@ -170,7 +169,47 @@ double interestOf(const SourceCut& source, double overallDeviation, double nearn
 {
     const PlaneBox box = boxAround(source.cut.points, {});
     const Raster raster = rasterize(source.cut, box, rasterSize, rasterSize);
-    return (0.1 + variation(raster, overallDeviation)) * std::sqrt(box.width() * box.height()) * (0.1 + nearness);
+    return (0.1 + variation(raster, overallDeviation)) * std::sqrt(box.width() * box.height()) *
+           (0.05 + nearness * nearness);
+}
+
+bool isEmpty(const Cut& cut)
+{
+    return cut.triangles.empty() && cut.lines.empty();
+}
+
+/// Across the longest edge of its box, so that it meets the element in any case.
+CutPlane planeThroughFirstElement(const Mesh& mesh)
+{
+    Box box;
+    std::ranges::for_each(mesh.nodesOf(0), [&](int node) { box.add(mesh.nodePosition(node)); });
+    std::size_t axis = 0;
+    while (axis < 2 && box.max[axis] - box.min[axis] < box.size())
+    {
+        ++axis;
+    }
+    return {axis, (double{box.min[axis]} + double{box.max[axis]}) / 2};
+}
+
+/// The cut by one of these planes that is of most interest, or by another plane if none is of any.
+template <typename CutAt, typename InterestOf>
+auto bestCut(const std::vector<CutPlane>& planes, const CutPlane& otherwise, const CutAt& cutAt,
+             const InterestOf& interestIn)
+{
+    constexpr double clearly = 1.01; // the earlier one, nearer the middle, wins a tie
+    std::optional<decltype(cutAt(otherwise))> best;
+    double bestInterest = 0;
+    for (const CutPlane& plane : planes)
+    {
+        auto cut = cutAt(plane);
+        const double interest = interestIn(cut);
+        if (interest > clearly * bestInterest)
+        {
+            best = std::move(cut);
+            bestInterest = interest;
+        }
+    }
+    return best ? std::move(*best) : cutAt(otherwise);
 }
 
 } // namespace
@@ -179,42 +218,23 @@ CutPair mostTellingCut(const CutMesh& source, const CutMesh& target, const Mesh&
                        std::span<const double> targetValues)
 {
     const double overallDeviation = spreadOf(targetValues).standardDeviation();
-    std::optional<CutPair> best;
-    double bestInterest = 0;
-    for (const CutPlane& plane : candidates(targetMesh, targetValues))
-    {
-        CutPair pair{plane, source.cut(plane), target.cut(plane)};
-        const double interest = interestOf(pair, overallDeviation);
-        if (!best || interest > clearly * bestInterest)
-        {
-            best = std::move(pair);
-            bestInterest = interest;
-        }
-    }
-    return std::move(*best);
+    const auto cutAt = [&](const CutPlane& plane) { return CutPair{plane, source.cut(plane), target.cut(plane)}; };
+    const auto interest = [&](const CutPair& pair)
+    { return isEmpty(pair.target) ? 0 : interestOf(pair, overallDeviation); };
+    return bestCut(candidates(targetMesh, targetValues), planeThroughFirstElement(targetMesh), cutAt, interest);
 }
 
 SourceCut mostTellingCut(const CutMesh& source, const Mesh& sourceMesh, std::span<const double> sourceValues,
                          const PointCloud& points, std::span<const double> pointValues)
 {
     const Box box = sourceMesh.boundingBox();
-    const double size = std::max({double{box.max[0]} - double{box.min[0]}, double{box.max[1]} - double{box.min[1]},
-                                  double{box.max[2]} - double{box.min[2]}});
     const double overallDeviation = spreadOf(sourceValues).standardDeviation();
-    std::optional<SourceCut> best;
-    double bestInterest = 0;
-    for (const CutPlane& plane : candidates(box, points, pointValues))
-    {
-        SourceCut cut{plane, source.cut(plane)};
-        const double interest =
-            cut.cut.triangles.empty() ? 0 : interestOf(cut, overallDeviation, nearness(points, plane, size));
-        if (!best || interest > clearly * bestInterest)
-        {
-            best = std::move(cut);
-            bestInterest = interest;
-        }
-    }
-    return std::move(*best);
+    const auto cutAt = [&](const CutPlane& plane) { return SourceCut{plane, source.cut(plane)}; };
+    const auto interest = [&](const SourceCut& cut) {
+        return isEmpty(cut.cut) ? 0
+                                : interestOf(cut, overallDeviation, nearness(points, cut.plane, double{box.size()}));
+    };
+    return bestCut(candidates(box, points, pointValues), planeThroughFirstElement(sourceMesh), cutAt, interest);
 }
 
 } // namespace veltrane

@@ -136,8 +136,10 @@ void drawLabels(PicturePage& page, std::span<const Dot> dots)
     {
         if (std::isfinite(dot.value) && isFree(dot))
         {
-            page.drawing().text(panel.x(dot.place) + spacing, panel.y(dot.place) + size / 3, shortNumber(dot.value),
-                                size);
+            const double x = panel.x(dot.place);
+            const bool isAtTheRight = x + spacing + mostWidth > panel.left + panel.width();
+            page.drawing().text(isAtTheRight ? x - spacing : x + spacing, panel.y(dot.place) + size / 3,
+                                shortNumber(dot.value), size, isAtTheRight ? Align::right : Align::left);
         }
     }
 }
@@ -174,12 +176,16 @@ std::string countText(const PicturePoints& target)
     const auto outside = std::ranges::count(target.origins, ValueOrigin::defaultValue);
     const auto notMapped = std::ranges::count(target.origins, ValueOrigin::none);
     const int all = target.points.pointCount();
+    if (all == 1 && notMapped == 0)
+    {
+        return text("the point lies ", outside > 0 ? "outside" : "within", " the source");
+    }
     if (outside + notMapped > 0)
     {
         return text(outside, " of ", all, all == 1 ? " point" : " points", " outside the source",
                     notMapped > 0 ? text(", ", notMapped, " not mapped") : "");
     }
-    return all == 1 ? "the point lies within the source" : text("all ", all, " points lie within the source");
+    return text("all ", all, " points lie within the source");
 }
 
 void drawFoot(PicturePage& page, const PicturePoints& target, std::span<const Dot> dots)
@@ -194,12 +200,6 @@ void drawFoot(PicturePage& page, const PicturePoints& target, std::span<const Do
     const bool isOneAway = !std::ranges::all_of(dots, &Dot::isNearCut);
     page.drawFoot(text(countText(target), isOneAway ? "; small ones are away from the cut" : ""),
                   haveAllValues ? 0 : 36);
-}
-
-double sizeOf(const Mesh& mesh)
-{
-    const Box box = mesh.boundingBox();
-    return double{std::max({box.max[0] - box.min[0], box.max[1] - box.min[1], box.max[2] - box.min[2]})};
 }
 
 /// With room for dots at its border.
@@ -223,7 +223,7 @@ void writePicture(const PictureSide& source, const PicturePoints& target, const 
     const auto [plane, cut] =
         mostTellingCut(CutMesh(source.mesh, sourceValues), source.mesh, sourceValues, target.points, pointValues);
 
-    const std::vector<Dot> dots = dotsOf(target, pointValues, plane, sizeOf(source.mesh));
+    const std::vector<Dot> dots = dotsOf(target, pointValues, plane, double{source.mesh.boundingBox().size()});
     std::vector<PlanePoint> places;
     std::ranges::transform(dots, std::back_inserter(places), &Dot::place);
 

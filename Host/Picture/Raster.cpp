@@ -64,6 +64,10 @@ PlaneBox boxAround(std::span<const PlanePoint> first, std::span<const PlanePoint
             }
         }
     }
+    if (first.empty() && second.empty())
+    {
+        return {{0, 0}, {1, 1}};
+    }
     // Never without any width or height.
     const double extent = std::max({box.width(), box.height(), std::numeric_limits<double>::min()});
     for (std::size_t i = 0; i < 2; ++i)

@@ -274,6 +274,23 @@ TEST_F(PointCut, GoesThroughTheSourceEvenIfThePointIsBesideIt)
     EXPECT_LT(plane.position, 1);
 }
 
+/// Two cubes at opposite corners of a larger one, with nothing between them.
+TEST(MostTellingCut, GoesThroughSomethingEvenIfTheMiddleIsEmpty)
+{
+    GridBuilder builder;
+    builder.addCube(VTK_HEXAHEDRON, {0, 0, 0}, 0.125);
+    builder.addCube(VTK_HEXAHEDRON, {0.875, 0.875, 0.875}, 0.125);
+    const SampledMesh cubes(*builder.grid(),
+                            [](const Point& p) {
+                                return p == Point{0.125, 0.125, 0.125} ? 1.0 : 0.0;
+                            });
+    const CutMesh cutMesh = cubes.cutMesh();
+    EXPECT_FALSE(veltrane::mostTellingCut(cutMesh, cutMesh, cubes.mesh(), cubes.values).target.triangles.empty());
+    const veltrane::PointCloud points({0.5, 0.5, 0.5}, {0}, {{}});
+    const std::vector<double> noValue{std::numeric_limits<double>::quiet_NaN()};
+    EXPECT_FALSE(veltrane::mostTellingCut(cutMesh, cubes.mesh(), cubes.values, points, noValue).cut.triangles.empty());
+}
+
 using PixelTest = std::function<bool(const std::array<double, 3>& colour)>;
 
 /// How many pixels of a picture are of a colour, red, green and blue from 0 to 255.
