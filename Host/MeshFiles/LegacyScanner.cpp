@@ -1,5 +1,7 @@
 #include "LegacyScanner.h"
 
+#include "Text.h"
+
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -73,10 +75,16 @@ std::string LegacyScanner::keyword()
     return inSmallLetters(word());
 }
 
+long long LegacyScanner::integer()
+{
+    long long value = 0;
+    return in_ >> value ? value : throw Lost();
+}
+
 long long LegacyScanner::count()
 {
-    long long count = 0;
-    return in_ >> count && count >= 0 ? count : throw Lost();
+    const long long count = integer();
+    return count >= 0 ? count : throw Lost();
 }
 
 void LegacyScanner::beginSection()
@@ -89,11 +97,11 @@ void LegacyScanner::beginSection()
 
 long long LegacyScanner::integer(int byteCount)
 {
-    long long value = 0;
     if (!isBinary_)
     {
-        return in_ >> value ? value : throw Lost();
+        return integer();
     }
+    long long value = 0;
     for (int i = 0; i < byteCount; ++i)
     {
         const int byte = in_.get();
@@ -138,12 +146,23 @@ void LegacyScanner::skipLine()
     in_.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
 }
 
-/// Of large arrays of text, thus letter by letter.
 void LegacyScanner::skipWords(long long wordCount)
+{
+    for (; wordCount > 0; --wordCount)
+    {
+        if (word().empty())
+        {
+            throw Lost();
+        }
+    }
+}
+
+/// Of large arrays, thus letter by letter. The reader takes neither infinite values nor such that are not a number.
+void LegacyScanner::skipNumbers(long long valueCount)
 {
     std::streambuf& letters = *in_.rdbuf();
     int letter = letters.sgetc();
-    for (; wordCount > 0; --wordCount)
+    for (long long i = 0; i < valueCount; ++i)
     {
         while (letter != endOfFile && std::isspace(letter) != 0)
         {
@@ -151,7 +170,18 @@ void LegacyScanner::skipWords(long long wordCount)
         }
         if (letter == endOfFile)
         {
-            throw Lost();
+            throw MissingValues{text("ends after ", i, " of ", valueCount, " values")};
+        }
+        std::string sign;
+        if (letter == '-' || letter == '+')
+        {
+            sign = static_cast<char>(letter);
+            letter = letters.snextc();
+        }
+        if (std::isdigit(letter) == 0 && letter != '.')
+        {
+            throw MissingValues{text("has '", sign, word(), "' in the place of the number ", i, " of ", valueCount,
+                                     ", counted from 0")};
         }
         while (letter != endOfFile && std::isspace(letter) == 0)
         {
@@ -167,6 +197,17 @@ void LegacyScanner::skipBytes(long long byteCount)
         throw Lost();
     }
     in_.seekg(byteCount, std::ios::cur);
+}
+
+void LegacyScanner::skipBinary(long long valueCount, long long byteCount)
+{
+    const std::streamoff left = size_ - in_.tellg();
+    if (byteCount > left)
+    {
+        throw MissingValues{
+            text("needs ", byteCount, " bytes for ", valueCount, " values, but the file ends after ", left)};
+    }
+    skipBytes(byteCount);
 }
 
 /// Lines, or binary with their lengths before them: the two highest bits of the first byte tell how many bytes a length
@@ -208,12 +249,12 @@ void LegacyScanner::skipValues(const std::string& type, long long valueCount)
     }
     else if (!isBinary_)
     {
-        skipWords(valueCount);
+        skipNumbers(valueCount);
     }
     else
     {
         skipLine();
-        skipBytes(type == "bit" ? (valueCount + 7) / 8 : valueCount * byteCountOf(type));
+        skipBinary(valueCount, type == "bit" ? (valueCount + 7) / 8 : valueCount * byteCountOf(type));
     }
 }
 

@@ -27,6 +27,12 @@ public:
     {
     };
 
+    /// Thrown where values are missing; says what there is instead.
+    struct MissingValues
+    {
+        std::string description; ///< "ends after 3 of 5 values"
+    };
+
     /// Takes the heading.
     explicit LegacyScanner(const std::filesystem::path& path);
 
@@ -38,7 +44,10 @@ public:
     /// A word in small letters.
     std::string keyword();
 
-    /// From 0, as text.
+    /// As text.
+    long long integer();
+
+    /// The same, from 0.
     long long count();
 
     /// A whole number of a section: text, or binary with the highest byte first. The section begins with the next line.
@@ -56,7 +65,9 @@ public:
 private:
     void skipLine();
     void skipWords(long long wordCount);
+    void skipNumbers(long long valueCount);
     void skipBytes(long long byteCount);
+    void skipBinary(long long valueCount, long long byteCount);
     void skipStrings(long long stringCount);
     void skipValues(const std::string& type, long long valueCount);
     void skipMetadata(long long componentCount);

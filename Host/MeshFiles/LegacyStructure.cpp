@@ -7,7 +7,9 @@
 
 #include <algorithm>
 #include <array>
+#include <climits>
 #include <cstdio>
+#include <cstdlib>
 #include <map>
 #include <string>
 #include <string_view>
@@ -66,9 +68,16 @@ public:
 
     void run()
     {
-        for (std::string key = scanner_.keyword(); !key.empty(); key = scanner_.keyword())
+        try
         {
-            checkSection(key);
+            for (std::string key = scanner_.keyword(); !key.empty(); key = scanner_.keyword())
+            {
+                checkSection(key);
+            }
+        }
+        catch (const LegacyScanner::MissingValues& missing)
+        {
+            throw BadFile(text("cannot read ", quoted(path_), ": ", array_, " ", missing.description));
         }
     }
 
@@ -83,7 +92,9 @@ private:
         }
         else if (key == "points")
         {
-            scanner_.array(scanner_.count(), 3);
+            array_ = "the section POINTS";
+            pointCount_ = itemCount("POINTS");
+            scanner_.array(pointCount_, 3);
         }
         else if (key == "cells")
         {
@@ -91,12 +102,15 @@ private:
         }
         else if (key == "cell_types")
         {
-            scanner_.arrayOf("int", scanner_.count(), 1);
+            array_ = "the section CELL_TYPES";
+            cellCount_ = itemCount("CELL_TYPES");
+            scanner_.arrayOf("int", cellCount_, 1);
         }
         else if (key == "point_data" || key == "cell_data")
         {
             place_ = key == "point_data" ? "point" : "cell";
-            tupleCount_ = scanner_.count();
+            tupleCount_ = itemCount(place_ == "point" ? "POINT_DATA" : "CELL_DATA");
+            checkTupleCount(place_ == "point" ? pointCount_ : cellCount_);
         }
         else if (key == "field")
         {
@@ -108,9 +122,31 @@ private:
         }
     }
 
+    /// Of a section; throws BadFile if there cannot be so many.
+    long long itemCount(const char* section)
+    {
+        const long long count = scanner_.integer();
+        if (count < 0 || count > INT_MAX)
+        {
+            throw BadFile(text("cannot read ", quoted(path_), ": it has the section '", section, " ", count, "'",
+                               count > INT_MAX ? text(", more than the ", INT_MAX, " that can be counted") : ""));
+        }
+        return count;
+    }
+
+    void checkTupleCount(long long expected) const
+    {
+        if (tupleCount_ != expected)
+        {
+            throw BadFile(text("cannot read ", quoted(path_), ": it has ", place_, " data for ", tupleCount_, " ",
+                               place_, "s, but there are ", expected));
+        }
+    }
+
     void checkCells()
     {
-        const long long first = scanner_.count();
+        array_ = "the section CELLS";
+        const long long first = itemCount("CELLS");
         const CellSection section{first, scanner_.count()};
         constexpr int firstVersionWithOffsets = 5;
         if (scanner_.version() < firstVersionWithOffsets)
@@ -187,22 +223,37 @@ private:
     /// Several arrays, each with all about it; of points, of cells or, before these, of the file.
     void checkField()
     {
+        array_ = "the section FIELD";
         scanner_.word(); // the name of the whole
-        for (long long left = scanner_.count(); left > 0; --left)
+        const long long arrayCount = scanner_.count();
+        for (long long i = 0; i < arrayCount; ++i)
         {
             const std::string name = scanner_.word();
+            if (name.empty())
+            {
+                throw LegacyScanner::MissingValues{text("ends after ", i, " of ", arrayCount, " arrays")};
+            }
             if (name != "NULL_ARRAY")
             {
-                const long long componentCount = scanner_.count();
+                array_ = text("array '", decoded(name), "'");
+                const long long componentCount = this->componentCount();
                 const long long tupleCount = scanner_.count();
                 add(name, scanner_.array(tupleCount, componentCount));
             }
+            array_ = "the section FIELD";
         }
+    }
+
+    long long componentCount()
+    {
+        const long long count = scanner_.integer();
+        return count >= 0 ? count : throw LegacyScanner::MissingValues{text("has ", count, " components")};
     }
 
     void checkAttribute(const std::string& key)
     {
         const std::string name = scanner_.word();
+        array_ = text("array '", decoded(name), "'");
         if (key == "scalars")
         {
             add(name, scalars());
@@ -264,7 +315,10 @@ private:
 
     std::filesystem::path path_;
     LegacyScanner scanner_;
+    std::string array_; ///< what is gone through
     std::string place_; ///< "point" or "cell"
+    long long pointCount_ = 0;
+    long long cellCount_ = 0;
     long long tupleCount_ = 0;
     std::map<std::string, Arrays> arrays_;
 };

@@ -1,4 +1,5 @@
-// Arrays of one name in VTK's legacy files, of which VTK's reader would keep one without a word.
+// The arrays of VTK's legacy files: of two of one name VTK's reader would keep one without a word, and of missing
+// values it does not tell the place.
 #include "CommandRunner.h"
 #include "TestGrids.h"
 
@@ -107,6 +108,36 @@ TEST_F(LegacyArrays, ThatServeForTwoPurposesAreRepeated)
     expectTwo("point", "T");
 }
 
+TEST_F(LegacyArrays, MustBeWhole)
+{
+    const auto expect = [&](const std::string& sentence) {
+        expectFailure(runner, 65, "cannot read 'mesh.vtk': " + sentence, {"info", "mesh.vtk"});
+    };
+    const std::string heading = "POINT_DATA 4\nSCALARS T double 1\nLOOKUP_TABLE default\n";
+    write(heading + "1 2 3\n");
+    expect("array 'T' ends after 3 of 4 values");
+    write(heading + "1 2 3\nVECTORS U float\n");
+    expect("array 'T' has 'VECTORS' in the place of the number 3 of 4, counted from 0");
+    write(heading + "1 -nan 3 4\n");
+    expect("array 'T' has '-nan' in the place of the number 1 of 4, counted from 0");
+    write(heading + "1 +.5 -3e-2 inf\n");
+    expect("array 'T' has 'inf' in the place of the number 3 of 4, counted from 0");
+    write("POINT_DATA 4\nFIELD FieldData 2\nT 1 4 double\n1 2 3 4\n");
+    expect("the section FIELD ends after 1 of 2 arrays");
+    write("POINT_DATA 4\nFIELD FieldData 1\nT -1 4 double\n1 2 3 4\n");
+    expect("array 'T' has -1 components");
+    write("POINT_DATA 3\nSCALARS T double 1\nLOOKUP_TABLE default\n1 2 3\n");
+    expect("it has point data for 3 points, but there are 4");
+    write("CELL_DATA 4\nSCALARS T double 1\nLOOKUP_TABLE default\n1 2 3 4\n");
+    expect("it has cell data for 4 cells, but there are 1");
+    write("POINT_DATA -4\n");
+    expect("it has the section 'POINT_DATA -4'");
+    write("CELLS 3000000000 12000000000\n");
+    expect("it has the section 'CELLS 3000000000', more than the 2147483647 that can be counted");
+    write("POINTS 1 double\n0 nan 0\n");
+    expect("the section POINTS has 'nan' in the place of the number 1 of 3, counted from 0");
+}
+
 /// Arrays whose values take up their room in different ways, with what is said about them behind.
 vtkSmartPointer<vtkUnstructuredGrid> richGrid()
 {
@@ -156,6 +187,13 @@ TEST_F(LegacyArrays, AreFoundBehindOthersOfAllSorts)
         content[name + 20] = isBinary ? '\1' : '7'; // of the first value
         std::ofstream(runner.file("mesh.vtk"), std::ios::binary) << content;
         expectTwo("point", "T");
+        if (isBinary)
+        {
+            std::ofstream(runner.file("mesh.vtk"), std::ios::binary) << content.substr(0, name + 14 + 50);
+            expectFailure(runner, 65,
+                          "cannot read 'mesh.vtk': array 'T' needs 64 bytes for 8 values, but the file ends after 50",
+                          {"info", "mesh.vtk"});
+        }
     }
 }
 
