@@ -7,10 +7,13 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <cmath>
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <limits>
 #include <utility>
+#include <variant>
 
 namespace veltrane
 {
@@ -70,6 +73,27 @@ std::size_t find(const std::vector<ChosenField>& chosen, const std::string& name
             text(option, ": there is no field '", name, "' among those to be transferred, ", quotedNames(names)));
     }
     return static_cast<std::size_t>(found - chosen.begin());
+}
+
+/// They are transferred like others, and spread to all points around them.
+void warnOfUnusableValues(const Field& field, const std::string& name, const std::filesystem::path& path)
+{
+    const auto isUnusable = [](auto value) { return !(std::abs(value) <= std::numeric_limits<float>::max()); };
+    std::visit(
+        [&](const auto& values)
+        {
+            const auto count = std::ranges::count_if(values, isUnusable);
+            if (count == 0)
+            {
+                return;
+            }
+            const auto first = std::ranges::find_if(values, isUnusable);
+            const auto place = (first - values.begin()) / field.componentCount();
+            warn(text("'", path.string(), "': field '", name, "' has ", oneOrMore(count, "value", "values"),
+                      " beyond finite single-precision numbers; the first is ", *first, " at ",
+                      field.location() == Location::nodes ? "point " : "Gauss point ", place, ", counted from 0"));
+        },
+        field.values());
 }
 
 } // namespace
@@ -198,8 +222,11 @@ std::vector<FieldOptions> TransferArguments::fieldOptions(const std::vector<Chos
 std::vector<Field> readFields(const MeshFile& source, const std::vector<ChosenField>& chosen)
 {
     std::vector<Field> fields;
-    std::ranges::transform(chosen, std::back_inserter(fields),
-                           [&](const ChosenField& field) { return source.field(field.name, field.newName); });
+    for (const ChosenField& field : chosen)
+    {
+        fields.push_back(source.field(field.name, field.newName));
+        warnOfUnusableValues(fields.back(), field.name, source.path());
+    }
     return fields;
 }
 

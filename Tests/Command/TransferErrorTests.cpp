@@ -177,6 +177,24 @@ TEST_F(TransferError, CoordinatesMustBeFinite)
     expectTransfer(65, "'source.vtu': point 1 has the coordinate 1e+60, which is not a finite single-precision number");
 }
 
+TEST_F(TransferError, ValuesThatWouldSpreadAreToldOf)
+{
+    const auto expectWarning = [&](const std::string& values, const std::string& warning)
+    {
+        writeSourceWith("7 7 7 7\n", values + "\n");
+        const CommandResult result = runner.run(
+            {"transfer", "source.vtu", "source.vtu", "-o", "out.vtu", "--replace", "--field", "T=new", "--quiet"});
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.errors,
+                  warning.empty() ? "" : "veltrane: warning: 'source.vtu': field 'T' has " + warning + "\n");
+    };
+    expectWarning("7 -3e38 3e38 7", "");
+    expectWarning("7 1e300 nan 7", "2 values beyond finite single-precision numbers; the first is 1e+300 at point 1, "
+                                   "counted from 0");
+    expectWarning("7 7 7 inf",
+                  "1 value beyond finite single-precision numbers; the first is inf at point 3, counted from 0");
+}
+
 TEST_F(TransferError, ArraysMustHaveAValueForEachPointAndCell)
 {
     writeSourceWith("7 7 7 7\n", "7 7 7\n");
