@@ -11,6 +11,7 @@
 #include <vtkXMLUtilities.h>
 
 #include <cerrno>
+#include <cmath>
 #include <cstring>
 #include <fstream>
 #include <set>
@@ -44,10 +45,16 @@ std::vector<Step> readCollection(const std::filesystem::path& path)
         {
             throw BadFile(text("cannot read ", quoted(path), ": entry ", i + 1, " names no file"));
         }
-        entry.GetScalarAttribute("timestep", time);
+        const char* timeText = entry.GetAttribute("timestep");
+        if (timeText != nullptr && (entry.GetScalarAttribute("timestep", time) == 0 || !std::isfinite(time)))
+        {
+            throw BadFile(
+                text("cannot read ", quoted(path), ": the time '", timeText, "' of entry ", i + 1, " is not a number"));
+        }
         if (!times.insert(time).second)
         {
-            throw BadFile(text(quoted(path), " has several files of the time ", time));
+            throw BadFile(text(quoted(path), " has several files of the time ", time,
+                               "; a .pvtu file can name them as the pieces of one"));
         }
         steps.push_back({path.parent_path() / file, std::nullopt, time});
     }

@@ -340,7 +340,14 @@ TEST_F(Series, CollectionsMustHoldTogether)
     expectRefused(65, "cannot read 'source.pvd': entry 1 names no file", "out.pvd");
     writeCollection("source.pvd",
                     "<DataSet timestep=\"1\" file=\"step5.vtu\"/><DataSet timestep=\"1\" file=\"step10.vtu\"/>");
-    expectRefused(65, "'source.pvd' has several files of the time 1", "out.pvd");
+    expectRefused(65, "'source.pvd' has several files of the time 1; a .pvtu file can name them as the pieces of one",
+                  "out.pvd");
+    for (const std::string time : {"late", "nan"})
+    {
+        writeCollection("source.pvd",
+                        "<DataSet file=\"step5.vtu\"/><DataSet timestep=\"" + time + "\" file=\"step10.vtu\"/>");
+        expectRefused(65, "cannot read 'source.pvd': the time '" + time + "' of entry 2 is not a number", "out.pvd");
+    }
     std::ofstream(runner.file("source.pvd")) << "<VTKFile type=\"UnstructuredGrid\"/>\n";
     expectRefused(65, "cannot read 'source.pvd': it is not a collection of files", "out.pvd");
 }
