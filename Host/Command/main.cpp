@@ -2,6 +2,7 @@
 #include "CompareCommand.h"
 #include "ExitStatus.h"
 #include "Failures.h"
+#include "FileErrors.h"
 #include "InfoCommand.h"
 #include "Interruption.h"
 #include "MatchCommand.h"
@@ -13,8 +14,25 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cerrno>
+#include <cstring>
 #include <iostream>
-#include <new>
+
+namespace
+{
+
+/// What is told must arrive, on a full disk as well.
+veltrane::ExitStatus afterFlush(veltrane::ExitStatus status)
+{
+    std::cout.flush();
+    if (!std::cout)
+    {
+        throw veltrane::CannotWrite(veltrane::text("cannot write to standard output: ", std::strerror(errno)));
+    }
+    return status;
+}
+
+} // namespace
 
 int main(int argc, char** argv)
 {
@@ -49,8 +67,11 @@ int main(int argc, char** argv)
         return code == 0 ? 0 : static_cast<int>(ExitStatus::usage);
     }
     ExitStatus status = ExitStatus::usage;
-    const auto runIfChosen = [&](const auto&... commands) {
-        ((status = commands.isChosen() ? veltrane::runReportingFailures([&] { return commands.run(); }) : status), ...);
+    const auto runIfChosen = [&](const auto&... commands)
+    {
+        ((status = commands.isChosen() ? veltrane::runReportingFailures([&] { return afterFlush(commands.run()); })
+                                       : status),
+         ...);
     };
     runIfChosen(transfer, sample, match, info, compare);
     return static_cast<int>(status);

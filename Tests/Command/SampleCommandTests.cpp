@@ -306,6 +306,16 @@ TEST(InfoCommand, TellsWhatIsInFiles)
     EXPECT_THAT(runner.run({"info", "--help"}).output, HasSubstr("Example:\n  veltrane info "));
 }
 
+TEST(InfoCommand, FailureToWriteIsReported)
+{
+    const CommandRunner runner;
+    writeGrid(*makeGrid(VTK_TETRA, 1), runner.file("mesh.vtu"));
+    constexpr rlim_t tooFewBytes = 80; // enough for the sentence
+    const CommandResult result = runner.run({"info", "mesh.vtu"}, tooFewBytes);
+    EXPECT_EQ(result.status, 73);
+    EXPECT_EQ(result.errors, "veltrane: cannot write to standard output: File too large\n");
+}
+
 TEST(InfoCommand, DescribesBundledFiles)
 {
     const std::string file = std::string(VELTRANE_EXAMPLE_MESHES) + "/flange_quadratic_tetrahedra_coarse.vtu";
