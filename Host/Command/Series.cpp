@@ -19,6 +19,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <iostream>
 #include <iterator>
 #include <set>
@@ -125,6 +126,11 @@ private:
         }
         processes_.erase(process);
         const bool isOver = isFailure(outcome_); // what the others say then is but that they were stopped
+        if (!isOver && !WIFEXITED(status) && !isInterrupted())
+        {
+            std::cerr << text(
+                "veltrane: the process of a step has been ended by a signal: ", ::strsignal(WTERMSIG(status)), "\n");
+        }
         if (!isOver)
         {
             outcome_ =
@@ -208,6 +214,10 @@ std::vector<std::size_t> parseList(const std::string& list, std::size_t count)
         if (number > count)
         {
             throw InvalidOption(text("--steps: the source has ", count, " steps; there is no step ", number));
+        }
+        if (std::ranges::find(numbers, number - 1) != numbers.end())
+        {
+            throw InvalidOption(text("--steps ", list, " names step ", number, " twice"));
         }
         numbers.push_back(number - 1);
     }

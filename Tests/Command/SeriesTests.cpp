@@ -19,8 +19,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/wait.h>
+
 #include <array>
 #include <csignal>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 
@@ -324,6 +327,7 @@ TEST_F(Series, OptionsMustFit)
                       "out.pvd", {"--steps", steps});
     }
     expectRefused(64, "--steps: the source has 3 steps; there is no step 4", "out.pvd", {"--steps", "4"});
+    expectRefused(64, "--steps 3,1,3 names step 3 twice", "out.pvd", {"--steps", "3,1,3"});
     expectRefused(64, "--jobs has an effect only if the output is a collection, named .pvd", "out.vtu",
                   {"--jobs", "2"});
     expectRefused(64, "--report, --picture and --log are of single steps, not of a collection", "out.pvd",
@@ -414,6 +418,23 @@ TEST_F(Series, PartsDoNotTakeThePlacesOfInputs)
     expectFailure(runner, 73, "the output 'out/out_0001.vtu' is an input itself",
                   {"transfer", "source.pvd", "out/out_0001.vtu", "-o", "out.pvd"});
     expectTime("out/out_0002.vtu", 1);
+}
+
+TEST_F(Series, AStepThatIsKilledIsToldOf)
+{
+    const TestDirectory streams;
+    // A file that is too large ends the process that writes it.
+    const std::string command = "cd '" + runner.directory().path().string() + "' && ulimit -c 0 && ulimit -f 1 && '" +
+                                VELTRANE_COMMAND + "' transfer source.pvd target.vtu -o out.pvd --quiet 2>'" +
+                                (streams / "errors").string() + "'";
+    const std::set<std::string> before = runner.directory().names();
+    const int status = std::system(command.c_str());
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 1);
+    std::ifstream stream(streams / "errors");
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(stream), {}),
+              "veltrane: the process of a step has been ended by a signal: File size limit exceeded\n");
+    EXPECT_EQ(runner.directory().names(), before);
 }
 
 TEST_F(Series, CtrlCCancelsAllSteps)
