@@ -50,8 +50,10 @@ public:
     /// The same, from 0.
     long long count();
 
-    /// A whole number of a section: text, or binary with the highest byte first. The section begins with the next line.
+    /// Goes to the line in which the numbers of a section begin.
     void beginSection();
+
+    /// A whole number of a section: text, or binary with the highest byte first.
     long long integer(int byteCount);
 
     /// The values of an array and what is said about it behind them. The type comes first in the file.
