@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -81,6 +82,11 @@ void CommandRunner::becomeCommand(const std::vector<std::string>& arguments) con
     }
     words.push_back(nullptr);
     ::setenv("TMPDIR", temporary_.path().c_str(), 1);
+    rlimit stack{};
+    ::getrlimit(RLIMIT_STACK, &stack);
+    constexpr rlim_t usualSize = 8 << 20; // a stack without end would never be used up
+    stack.rlim_cur = std::min(stack.rlim_max, usualSize);
+    ::setrlimit(RLIMIT_STACK, &stack);
     if (::chdir(directory_.path().c_str()) == 0)
     {
         ::execv(VELTRANE_COMMAND, words.data());
