@@ -215,11 +215,12 @@ double TransferCase::nearMissReach() const
 
 double TransferCase::errorLimit() const
 {
-    // Reference coordinates are accepted a thousandth of an element off. The faces of the library's pyramids do not
-    // quite meet where their bases are not parallelograms: a point in such a gap takes a value from the element with
-    // the nearest centre, which may be half a cell away, times the steepest slope of the fields, 0.74.
+    // Reference coordinates are accepted a thousandth of an element off. So a point on a face may be found just outside
+    // of both elements; as a near miss it takes values of a place up to eight thousandths of a cell away. The faces of
+    // the library's pyramids do not quite meet where their bases are not parallelograms: a point in such a gap takes a
+    // value from the element with the nearest centre, which may be half a cell away. The steepest slope is 0.74.
     const bool hasPyramids = options.mesh == MeshKind::pyramids || options.mesh == MeshKind::mix;
-    const double elementFraction = hasPyramids ? 0.4 : 0.003;
+    const double elementFraction = hasPyramids ? 0.4 : 0.006;
     return 1e-6 + elementFraction / itsNbSourceCells;
 }
 

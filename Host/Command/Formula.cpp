@@ -8,6 +8,7 @@
 #include <array>
 #include <cmath>
 #include <numbers>
+#include <regex>
 #include <utility>
 #include <vector>
 
@@ -85,8 +86,10 @@ Field Formula::at(const Mesh& mesh) const
     }
     catch (const mu::Parser::exception_type& error)
     {
+        // The parser counts from 0 in its own words.
+        const std::string reason = std::regex_replace(error.GetMsg(), std::regex(" at position -?[0-9]+"), "");
         throw InvalidOption(text("the formula '", expression, "' of ", name, " is wrong at character ",
-                                 error.GetPos() + 1, ": ", error.GetMsg()));
+                                 error.GetPos() + 1, ": ", reason));
     }
 }
 

@@ -176,7 +176,7 @@ ExitStatus run(const Sort& sort, const MeshPairArguments& files)
     MatchOptions options{.targetMapping = files.materials.select(target.mesh().materials(),
                                                                  target.materialArray().has_value(), target.path()),
                          .tuning = {.tolerance = files.tolerance}};
-    checkOverlap(source.mesh().boundingBox(), target.mesh().boundingBox(options.targetMapping));
+    files.checkOverlap(source.mesh().boundingBox(), target.mesh().boundingBox(options.targetMapping));
     if (const auto missing = matchMaterials(files.materials, source, target, options.targetMapping))
     {
         throw BadFile(*missing);

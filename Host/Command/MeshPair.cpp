@@ -105,6 +105,20 @@ void MeshPairArguments::checkNewArray(const MeshFile& targetFile, ArrayPlace pla
     }
 }
 
+void MeshPairArguments::checkOverlap(const Box& sourceBox, const Box& targetBox) const
+{
+    for (std::size_t axis = 0; axis < 3; ++axis)
+    {
+        const float margin = admittedExcess * (sourceBox.max[axis] - sourceBox.min[axis]);
+        if (targetBox.min[axis] > sourceBox.max[axis] + margin || targetBox.max[axis] < sourceBox.min[axis] - margin)
+        {
+            throw BadFile(text("the source '", source, "' and the target '", target,
+                               "' do not overlap: the source reaches from ", intervalText(sourceBox, axis),
+                               ", the target from ", intervalText(targetBox, axis), unitHint(sourceBox, targetBox)));
+        }
+    }
+}
+
 void MaterialArguments::addTo(CLI::App& command, const std::string& selected)
 {
     command
@@ -274,19 +288,6 @@ std::string unitHint(const Box& source, const Box& target)
                     ratio >= 1 ? "large" : "small", " as the source: are both in the same unit of length?");
     }
     return "";
-}
-
-void checkOverlap(const Box& source, const Box& target)
-{
-    for (std::size_t axis = 0; axis < 3; ++axis)
-    {
-        const float margin = admittedExcess * (source.max[axis] - source.min[axis]);
-        if (target.min[axis] > source.max[axis] + margin || target.max[axis] < source.min[axis] - margin)
-        {
-            throw BadFile(text("the meshes do not overlap: the source reaches from ", intervalText(source, axis),
-                               ", the target from ", intervalText(target, axis), unitHint(source, target)));
-        }
-    }
 }
 
 std::string excessText(const Box& source, const Box& target)

@@ -91,6 +91,9 @@ struct MeshPairArguments
     MeshFile readSource(bool cellsAsNodes = false) const;
     MeshFile readTarget(MeshRole role) const;
 
+    /// The box of the target, or of its selected materials, must touch the source's; throws BadFile.
+    void checkOverlap(const Box& sourceBox, const Box& targetBox) const;
+
     /// Throws BadFile if the target has such an array and it is not to be replaced.
     void checkNewArray(const MeshFile& targetFile, ArrayPlace place, const std::string& name) const;
 };
@@ -120,9 +123,6 @@ void checkSourceCells(const MeshFile& source);
 
 /// Asks for the units of length if one of the boxes is very much larger than the other; otherwise nothing.
 std::string unitHint(const Box& source, const Box& target);
-
-/// The box of the target, or of its selected materials, must touch the source's; throws BadFile.
-void checkOverlap(const Box& source, const Box& target);
 
 /// Where the target leaves the box that the library admits, to follow a message, or nothing.
 std::string excessText(const Box& source, const Box& target);

@@ -115,7 +115,7 @@ ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files) const
     options.targetMapping = files.materials.select(points.points().materials(), haveMaterials, points.path());
     const Box sourceBox = source.mesh().boundingBox();
     const Box pointBox = points.points().boundingBox();
-    checkOverlap(sourceBox, pointBox);
+    files.checkOverlap(sourceBox, pointBox);
     reportMissingMaterials(files.materials.match(source.mesh(), source.materialArray().has_value(), points.points(),
                                                  haveMaterials, options.targetMapping),
                            options.mode);

@@ -87,7 +87,7 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files) const
     options.targetMapping =
         files.materials.select(target.mesh().materials(), target.materialArray().has_value(), target.path());
     const Box sourceBox = source.mesh().boundingBox();
-    checkOverlap(sourceBox, target.mesh().boundingBox(options.targetMapping));
+    files.checkOverlap(sourceBox, target.mesh().boundingBox(options.targetMapping));
     reportMissingMaterials(matchMaterials(files.materials, source, target, options.targetMapping), options.mode);
 
     options.progress = progress.callback("interpolating");

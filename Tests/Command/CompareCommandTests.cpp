@@ -318,7 +318,7 @@ TEST_F(CompareCommand, FormulasMustBeRight)
         expectFailure(runner, status, sentence, options);
     };
     expect(64, "--exact 'x' is not a name, an equal sign and a formula", {"--exact", "x"});
-    expect(64, "the formula 'x + w' of T is wrong at character 5: Unexpected token \"w\" found at position 4.",
+    expect(64, "the formula 'x + w' of T is wrong at character 5: Unexpected token \"w\" found.",
            {"--exact", "T=x + w"});
     expect(65, "field 'T' has 1 components, but the one to compare it with has 2", {"--exact", "T=x, y"});
     expect(65, "'a.vtu' has no floating-point point-data array 'U', only 'T'", {"--exact", "U=x"});

@@ -122,7 +122,8 @@ TEST_F(MatchError, TargetArraysAreNotReplacedUnasked)
 TEST_F(MatchError, MeshesMustOverlap)
 {
     writeTarget(*makeGrid(VTK_HEXAHEDRON, 2, 2, 3));
-    expectOfBoth(65, "the meshes do not overlap: the source reaches from x = 0 to 1, the target from x = 2 to 3");
+    expectOfBoth(65, "the source 'source.vtu' and the target 'target.vtu' do not overlap: the source reaches from x = "
+                     "0 to 1, the target from x = 2 to 3");
 }
 
 TEST_F(MatchError, GaussPointsNeedCellsWithAVolume)

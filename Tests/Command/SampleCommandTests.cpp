@@ -243,10 +243,14 @@ TEST_F(SampleCommand, OptionsMustFit)
 TEST_F(SampleCommand, PointsMustBeWhereTheSourceIs)
 {
     writeText("points.csv", "x,y,z\n5,5,5\n6,6,6\n");
-    expectRefused(65, "the meshes do not overlap: the source reaches from x = 0 to 1, the target from x = 5 to 6",
+    expectRefused(65,
+                  "the source 'source.vtu' and the target 'points.csv' do not overlap: the source reaches from x = 0 "
+                  "to 1, the target from x = 5 to 6",
                   "points.csv");
     writeText("points.csv", "x,y,z\n5,5,5\n");
-    expectRefused(65, "the meshes do not overlap: the source reaches from x = 0 to 1, the target from x = 5 to 5",
+    expectRefused(65,
+                  "the source 'source.vtu' and the target 'points.csv' do not overlap: the source reaches from x = 0 "
+                  "to 1, the target from x = 5 to 5",
                   "points.csv");
 }
 

@@ -259,7 +259,8 @@ TEST_F(TransferError, TargetArraysAreNotReplacedUnasked)
 TEST_F(TransferError, MeshesMustOverlap)
 {
     writeTarget(*makeGrid(VTK_TETRA, 2, 2, 3));
-    expectTransfer(65, "the meshes do not overlap: the source reaches from x = 0 to 1, the target from x = 2 to 3");
+    expectTransfer(65, "the source 'source.vtu' and the target 'target.vtu' do not overlap: the source reaches from x "
+                       "= 0 to 1, the target from x = 2 to 3");
 }
 
 TEST_F(TransferError, TargetMustNotLeaveTheSourcesBox)
