@@ -5,6 +5,7 @@
 
 #include <muParser.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <numbers>
@@ -88,8 +89,9 @@ Field Formula::at(const Mesh& mesh) const
     {
         // The parser counts from 0 in its own words.
         const std::string reason = std::regex_replace(error.GetMsg(), std::regex(" at position -?[0-9]+"), "");
-        throw InvalidOption(text("the formula '", expression, "' of ", name, " is wrong at character ",
-                                 error.GetPos() + 1, ": ", reason));
+        const std::size_t character = std::min(static_cast<std::size_t>(error.GetPos()), expression.size()) + 1;
+        throw InvalidOption(
+            text("the formula '", expression, "' of ", name, " is wrong at character ", character, ": ", reason));
     }
 }
 

@@ -320,6 +320,7 @@ TEST_F(CompareCommand, FormulasMustBeRight)
     expect(64, "--exact 'x' is not a name, an equal sign and a formula", {"--exact", "x"});
     expect(64, "the formula 'x + w' of T is wrong at character 5: Unexpected token \"w\" found.",
            {"--exact", "T=x + w"});
+    expect(64, "the formula 'x +' of T is wrong at character 4: Unexpected end of expression", {"--exact", "T = x +"});
     expect(65, "field 'T' has 1 components, but the one to compare it with has 2", {"--exact", "T=x, y"});
     expect(65, "'a.vtu' has no floating-point point-data array 'U', only 'T'", {"--exact", "U=x"});
     expect(64, "--exact T is given twice", {"--exact", "T=x", "--exact", "T=y"});
