@@ -166,6 +166,7 @@ protected:
             const Outcome outcome = run(call, failing.circumstances());
             if (!failing.happened)
             {
+                testing::Test::RecordProperty("requests", static_cast<int>(requests.size()));
                 return requests;
             }
             EXPECT_EQ(outcome.code, 1) << n;
