@@ -126,12 +126,16 @@ LegacyValues LegacyScanner::arrayOf(const std::string& type, long long tupleCoun
         throw Lost();
     }
     const long long valueCount = tupleCount * componentCount;
-    const std::streamoff begin = in_.tellg();
+    const std::streamoff begin = position();
     if (valueCount > 0)
     {
         skipValues(type, valueCount);
     }
-    const std::streamoff end = in_.tellg();
+    const std::streamoff end = position();
+    if (begin < 0 || end < 0)
+    {
+        throw Lost();
+    }
     skipMetadata(componentCount);
     return {type, valueCount, begin, end};
 }
@@ -139,6 +143,16 @@ LegacyValues LegacyScanner::arrayOf(const std::string& type, long long tupleCoun
 bool LegacyScanner::haveSameValues(const LegacyValues& first, const LegacyValues& second)
 {
     return first.type == second.type && first.count == second.count && bytes(first) == bytes(second);
+}
+
+/// Negative if the file has ended too early; its end itself is a place like others.
+std::streamoff LegacyScanner::position()
+{
+    if (in_.eof() && !in_.fail())
+    {
+        in_.clear();
+    }
+    return in_.tellg();
 }
 
 void LegacyScanner::skipLine()
@@ -215,18 +229,18 @@ void LegacyScanner::skipBinary(long long valueCount, long long byteCount)
 void LegacyScanner::skipStrings(long long stringCount)
 {
     skipLine();
-    for (; stringCount > 0; --stringCount)
+    for (long long i = 0; i < stringCount; ++i)
     {
+        if (in_.peek() == endOfFile)
+        {
+            throw MissingValues{text("ends after ", i, " of ", stringCount, " values")};
+        }
         if (!isBinary_)
         {
             skipLine();
             continue;
         }
         const int first = in_.get();
-        if (first == endOfFile)
-        {
-            throw Lost();
-        }
         constexpr std::array<int, 4> furtherBytes{7, 3, 1, 0};
         long long length = first & 63;
         for (int left = furtherBytes[static_cast<std::size_t>(first >> 6)]; left > 0; --left)
@@ -261,7 +275,7 @@ void LegacyScanner::skipValues(const std::string& type, long long valueCount)
 /// Names of the components and the like, if there are such; an empty line ends them.
 void LegacyScanner::skipMetadata(long long componentCount)
 {
-    const auto place = in_.tellg();
+    const std::streamoff place = position();
     if (keyword() != "metadata")
     {
         in_.clear(); // the file may end here

@@ -65,6 +65,7 @@ public:
     bool haveSameValues(const LegacyValues& first, const LegacyValues& second);
 
 private:
+    std::streamoff position();
     void skipLine();
     void skipWords(long long wordCount);
     void skipNumbers(long long valueCount);

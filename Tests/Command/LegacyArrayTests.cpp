@@ -93,6 +93,19 @@ TEST_F(LegacyArrays, NamesAreComparedAsTheyAreMeant)
     expectTwo("point", "T");
 }
 
+TEST_F(LegacyArrays, MayEndTheFileWithoutAnEndOfTheLine)
+{
+    const std::string first = "POINT_DATA 4\nFIELD FieldData 2\nwords 1 4 string\na\nb\nc\nd\n";
+    write(first + "words 1 4 string\na\nb\nc\ne");
+    expectTwo("point", "words");
+    write(first + "others 1 4 string\na\nb\nc\ne");
+    expectAccepted();
+    write("POINT_DATA 4\n" + scalars + "SCALARS T double 1\nLOOKUP_TABLE default\n1 2 3 4");
+    expectAccepted();
+    write(first + "others 1 4 string\na\nb");
+    expectFailure(runner, 65, "cannot read 'mesh.vtk': array 'others' ends after 2 of 4 values", {"info", "mesh.vtk"});
+}
+
 TEST_F(LegacyArrays, WordsWithinThemAreNoSections)
 {
     write("POINT_DATA 4\nFIELD FieldData 3\nT 1 4 double\n1 2 3 4\nMETADATA\nCOMPONENT_NAMES\n\nINFORMATION 0\n\n"
