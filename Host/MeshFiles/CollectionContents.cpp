@@ -77,9 +77,9 @@ bool haveSameArrays(vtkPointSet& first, vtkPointSet& second)
 CollectionContents readCollectionContents(const std::filesystem::path& path)
 {
     const std::vector<Step> steps = readSteps(path);
-    CollectionContents contents{
-        .steps = steps, .first = readContents(steps.front().file), .otherMeshes = {}, .otherArrays = {}};
     const vtkSmartPointer<vtkPointSet> first = readPoints(steps.front().file);
+    CollectionContents contents{
+        .steps = steps, .first = describeContents(*first, steps.front().file), .otherMeshes = {}, .otherArrays = {}};
     for (std::size_t i = 1; i < steps.size(); ++i)
     {
         const vtkSmartPointer<vtkPointSet> other = readPoints(steps[i].file);

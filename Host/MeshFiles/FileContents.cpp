@@ -106,28 +106,32 @@ std::optional<std::string> materialArrayOf(vtkPointSet& dataSet, const std::file
 
 } // namespace
 
-FileContents readContents(const std::filesystem::path& path)
+FileContents describeContents(vtkPointSet& dataSet, const std::filesystem::path& path)
 {
-    const vtkSmartPointer<vtkPointSet> dataSet = readPoints(path);
-    checkTupleCounts(*dataSet, path);
-    FileContents contents{.pointCount = dataSet->GetNumberOfPoints(),
-                          .cellCount = dataSet->GetNumberOfCells(),
-                          .cells = countCells(*dataSet),
+    checkTupleCounts(dataSet, path);
+    FileContents contents{.pointCount = dataSet.GetNumberOfPoints(),
+                          .cellCount = dataSet.GetNumberOfCells(),
+                          .cells = countCells(dataSet),
                           .min = {},
                           .max = {},
-                          .pointArrays = contentsOf(*dataSet->GetPointData()),
-                          .cellArrays = contentsOf(*dataSet->GetCellData()),
-                          .otherArrays = contentsOf(*dataSet->GetFieldData()),
-                          .materialArray = materialArrayOf(*dataSet, path),
+                          .pointArrays = contentsOf(*dataSet.GetPointData()),
+                          .cellArrays = contentsOf(*dataSet.GetCellData()),
+                          .otherArrays = contentsOf(*dataSet.GetFieldData()),
+                          .materialArray = materialArrayOf(dataSet, path),
                           .stepTimes = readStepTimes(path)};
     double bounds[6];
-    dataSet->GetBounds(bounds);
+    dataSet.GetBounds(bounds);
     for (int axis = 0; axis < 3; ++axis)
     {
         contents.min[axis] = bounds[2 * axis];
         contents.max[axis] = bounds[2 * axis + 1];
     }
     return contents;
+}
+
+FileContents readContents(const std::filesystem::path& path)
+{
+    return describeContents(*readPoints(path), path);
 }
 
 } // namespace veltrane

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+class vtkPointSet;
+
 namespace veltrane
 {
 
@@ -43,6 +45,9 @@ struct FileContents
     std::optional<std::string> materialArray;
     std::vector<double> stepTimes;
 };
+
+/// Of what has been read from a file. Throws BadFile if its arrays do not fit.
+FileContents describeContents(vtkPointSet& dataSet, const std::filesystem::path& path);
 
 /// Of a mesh file or a point file. Throws NoInput or BadFile, naming the file and what is wrong.
 FileContents readContents(const std::filesystem::path& path);

@@ -86,19 +86,25 @@ protected:
         return runner.run(options);
     }
 
+    /// Of square cuts.
+    void expectDrawnWithoutMarks(const CommandResult& result) const
+    {
+        ASSERT_EQ(result.status, 0) << result.errors;
+        EXPECT_EQ(result.errors, "");
+        EXPECT_THAT(result.progress, HasSubstr("drawing picture ...\n"));
+        std::array<int, 2> size{};
+        EXPECT_EQ(countMarked(runner.file("picture.png"), size), 0);
+        EXPECT_EQ(size[0], 1600);
+        EXPECT_GT(size[1], 700);
+    }
+
     CommandRunner runner;
 };
 
 TEST_F(Picture, ShowsSourceAndTargetSideBySide)
 {
     const CommandResult result = transfer(*makeGrid(VTK_TETRA, 3, 0.1, 0.9));
-    ASSERT_EQ(result.status, 0) << result.errors;
-    EXPECT_EQ(result.errors, "");
-    EXPECT_THAT(result.progress, HasSubstr("drawing picture ...\n"));
-    std::array<int, 2> size{};
-    EXPECT_EQ(countMarked(runner.file("picture.png"), size), 0);
-    EXPECT_EQ(size[0], 1600);
-    EXPECT_GT(size[1], 700); // square cuts
+    expectDrawnWithoutMarks(result);
 }
 
 /// The target's upper 0.04 of 0.94 are outside the source: of some 460 by 460 pixels 4 %, and half of these are marked.
@@ -144,13 +150,7 @@ TEST_F(Picture, IsDrawnOfTargetsOfSurfaces)
 TEST_F(Picture, ShowsPointsBesideTheSource)
 {
     const CommandResult result = sample("0.25,0.5,0.5\n");
-    ASSERT_EQ(result.status, 0) << result.errors;
-    EXPECT_EQ(result.errors, "");
-    EXPECT_THAT(result.progress, HasSubstr("drawing picture ...\n"));
-    std::array<int, 2> size{};
-    EXPECT_EQ(countMarked(runner.file("picture.png"), size), 0);
-    EXPECT_EQ(size[0], 1600);
-    EXPECT_GT(size[1], 700);
+    expectDrawnWithoutMarks(result);
     const long long withOne = countColoured(runner.file("picture.png"));
     EXPECT_GT(withOne, 640 * 640 * 9 / 10);
     ASSERT_EQ(sample("0.25,0.5,0.5\n0.25,0.75,0.75\n0.25,0.25,0.75\n").status, 0);
