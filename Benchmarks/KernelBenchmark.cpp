@@ -1,10 +1,10 @@
 // Single kernels, per element kind: shape functions, derivatives, the Jacobian and its inverse, the search of reference
 // coordinates, and the building of the grid.
-#include "BoundingBox.h"
 #include "BucketSpaceClass.h"
 #include "GeneratedMesh.h"
 #include "ModelClass.h"
-#include "ReferenceCoordinates.h"
+#include "Search/ElementBoxes.h"
+#include "Search/ReferenceCoordinates.h"
 
 #include <benchmark/benchmark.h>
 
@@ -25,16 +25,16 @@ template <class Kind> struct Samples
     {
         const GeneratedMesh generated =
             generateMesh({.kind = mesh, .nbCellsPerAxis = nbCellsFor(mesh, MeshCount::elements, nbSamples)});
-        UniformRandom random(1);
+        Random random(1);
         for (std::size_t i = 0; i < nbSamples; ++i)
         {
-            const auto elt = static_cast<std::size_t>(random.below(generated.nbElts()));
+            const auto elt = static_cast<std::size_t>(random.integer(0, generated.nbElts() - 1));
             nodes.push_back(gatherNodes<Kind>(generated.eltNodes[elt], generated.nodeCoords()));
             boxes.push_back(boxAround(nodes.back()));
             Vector3 reference;
             do
             {
-                std::ranges::generate(reference, [&] { return static_cast<float>(2.0 * random() - 1.0); });
+                std::ranges::generate(reference, [&] { return static_cast<float>(random.real(-1.0, 1.0)); });
             } while (!Kind::contains(reference, 0.0));
             references.push_back(reference);
             points.push_back(physicalPosition<Kind>(nodes.back(), reference));

@@ -3,7 +3,11 @@
 #include "Errors.h"
 #include "Text.h"
 
+#include "Elements/ElementKinds.h"
+
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <span>
 
@@ -14,52 +18,78 @@ namespace
 
 using Derivatives = std::array<float, 3>; // of one node's shape function, by the reference coordinates
 
-// The derivatives of the shape functions at the starting points of the search: (0, 0, 0) in the hexahedron,
-// (1/3, 1/3, 0) in the wedge, (0, 0, 0.2) in the pyramid and (1/4, 1/4, 1/4) in the tetrahedra.
-constexpr float e = 0.125F;
-constexpr std::array<Derivatives, 8> inHexahedron{
-    {{-e, -e, -e}, {e, -e, -e}, {e, e, -e}, {-e, e, -e}, {-e, -e, e}, {e, -e, e}, {e, e, e}, {-e, e, e}}};
-
-constexpr std::array<Derivatives, 4> inTetrahedron{{{-1, -1, -1}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
-
-constexpr float third = 1.0F / 3.0F;
-constexpr float half = 0.5F;
-constexpr float sixth = static_cast<float>(0.5 * third);
-constexpr float rest = static_cast<float>(0.5 * (1.0 - third - third)); // not the same float as a sixth
-constexpr std::array<Derivatives, 6> inWedge{{{-half, -half, -rest},
-                                              {half, 0, -sixth},
-                                              {0, half, -sixth},
-                                              {-half, -half, rest},
-                                              {half, 0, sixth},
-                                              {0, half, sixth}}};
-
-constexpr std::array<Derivatives, 10> inQuadraticTetrahedron{{{0, 0, 0},
-                                                              {0, 0, 0},
-                                                              {0, 0, 0},
-                                                              {0, 0, 0},
-                                                              {1, 1, 0},
-                                                              {-1, 0, -1},
-                                                              {0, -1, -1},
-                                                              {1, 0, 1},
-                                                              {0, 1, 1},
-                                                              {-1, -1, 0}}};
-
-constexpr float q = 0.25F;
-constexpr std::array<Derivatives, 5> inPyramid{{{-q, -q, -q}, {q, -q, -q}, {q, q, -q}, {-q, q, -q}, {0, 0, 1}}};
+/// Those of a kind at the starting point of the search.
+template <class Kind> constexpr auto derivativesAtGuess = derivativesAt<Kind>(Kind::initialGuess);
 
 std::span<const Derivatives> derivativesAtStart(ElementKind kind)
 {
-    switch (kind)
+    std::span<const Derivatives> derivatives;
+    visitElementKind(static_cast<int>(kind), [&]<class Kind>(Kind) { derivatives = derivativesAtGuess<Kind>; });
+    return derivatives;
+}
+
+using ExactDerivatives = std::array<double, 3>;
+
+/// Those of a kind at its corners, corner after corner.
+template <class Kind>
+constexpr auto derivativesAtCorners = []
+{
+    std::array<ExactDerivatives, Kind::nbCorners * Kind::nbNodes> result{};
+    for (std::size_t corner = 0; corner < Kind::nbCorners; ++corner)
     {
-    case ElementKind::hexahedron: return inHexahedron;
-    case ElementKind::tetrahedron: return inTetrahedron;
-    case ElementKind::wedge: return inWedge;
-    case ElementKind::quadraticTetrahedron: return inQuadraticTetrahedron;
-    case ElementKind::pyramid: return inPyramid;
-    case ElementKind::triangle:
-    case ElementKind::quadrilateral: break;
+        const auto& [xi, eta, zeta] = Kind::nodes[corner];
+        const auto derivatives = derivativesAt<Kind>(ReferencePoint{xi, eta, zeta});
+        std::ranges::copy(derivatives, result.begin() + corner * Kind::nbNodes);
     }
-    return {};
+    return result;
+}();
+
+std::span<const ExactDerivatives> allDerivativesAtCorners(ElementKind kind)
+{
+    std::span<const ExactDerivatives> derivatives;
+    visitElementKind(static_cast<int>(kind), [&]<class Kind>(Kind) { derivatives = derivativesAtCorners<Kind>; });
+    return derivatives;
+}
+
+double length(const std::array<double, 3>& v)
+{
+    return std::hypot(v[0], v[1], v[2]);
+}
+
+/// Whether the three directions in which reference coordinates grow form a left-handed system, by more than rounding.
+bool isLeftHanded(const std::array<std::array<double, 3>, 3>& d)
+{
+    constexpr double rounding = 1e-6;
+    const double determinant = d[0][0] * (d[1][1] * d[2][2] - d[1][2] * d[2][1]) -
+                               d[0][1] * (d[1][0] * d[2][2] - d[1][2] * d[2][0]) +
+                               d[0][2] * (d[1][0] * d[2][1] - d[1][1] * d[2][0]);
+    return determinant < -rounding * length(d[0]) * length(d[1]) * length(d[2]);
+}
+
+bool isInsideOutAtACorner(const Mesh& mesh, int element)
+{
+    const std::span<const int> nodes = mesh.nodesOf(element);
+    auto derivatives = allDerivativesAtCorners(mesh.kindOf(element).kind);
+    for (; !derivatives.empty(); derivatives = derivatives.subspan(nodes.size()))
+    {
+        std::array<std::array<double, 3>, 3> directions{};
+        for (std::size_t node = 0; node < nodes.size(); ++node)
+        {
+            const std::span<const float, 3> position = mesh.nodePosition(nodes[node]);
+            for (std::size_t i = 0; i < 3; ++i)
+            {
+                for (std::size_t axis = 0; axis < 3; ++axis)
+                {
+                    directions[i][axis] += derivatives[node][i] * double{position[axis]};
+                }
+            }
+        }
+        if (isLeftHanded(directions))
+        {
+            return true;
+        }
+    }
+    return false;
 }
 
 /// The determinant as the library computes it, in single precision and in this order: it takes exactly 0 for singular
@@ -125,7 +155,8 @@ std::vector<int> findInvertedElements(const Mesh& mesh)
     std::vector<int> inverted;
     for (int element = 0; element < mesh.elementCount(); ++element)
     {
-        if (mesh.kindOf(element).isVolume && jacobianDeterminantAtStart(mesh, element) < 0.0F)
+        if (mesh.kindOf(element).isVolume &&
+            (jacobianDeterminantAtStart(mesh, element) < 0.0F || isInsideOutAtACorner(mesh, element)))
         {
             inverted.push_back(element);
         }

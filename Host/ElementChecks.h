@@ -24,8 +24,8 @@ void checkSourceKinds(const Mesh& source);
 /// coordinates: it has no volume there in single precision.
 std::optional<int> findFlatElement(const Mesh& mesh);
 
-/// The volume elements whose Jacobian is negative there: their nodes are in the order of a mirrored element, or the
-/// element is folded.
+/// The volume elements whose Jacobian is negative there or at any corner: their nodes are in the order of a mirrored
+/// element, or the element is folded.
 std::vector<int> findInvertedElements(const Mesh& mesh);
 
 /// Throws InvalidData, naming the element, unless every element is a volume element with a regular Jacobian at the

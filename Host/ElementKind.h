@@ -2,7 +2,7 @@
 #ifndef VELTRANE_HOST_ELEMENT_KIND_H
 #define VELTRANE_HOST_ELEMENT_KIND_H
 
-#include <array>
+#include <span>
 #include <string_view>
 
 namespace veltrane
@@ -31,28 +31,11 @@ struct ElementKindInfo
     std::string_view plural;
 };
 
-inline constexpr std::array<ElementKindInfo, 7> elementKinds{{
-    {ElementKind::hexahedron, 8, 8, true, "hexahedron", "hexahedra"},
-    {ElementKind::tetrahedron, 4, 1, true, "tetrahedron", "tetrahedra"},
-    {ElementKind::wedge, 6, 6, true, "wedge", "wedges"},
-    {ElementKind::quadrilateral, 4, 4, false, "quadrilateral", "quadrilaterals"},
-    {ElementKind::triangle, 3, 3, false, "triangle", "triangles"},
-    {ElementKind::quadraticTetrahedron, 10, 5, true, "quadratic tetrahedron", "quadratic tetrahedra"},
-    {ElementKind::pyramid, 5, 8, true, "pyramid", "pyramids"},
-}};
+/// All kinds.
+extern const std::span<const ElementKindInfo> elementKinds;
 
 /// Null if there is no such kind, as when a code was cast to ElementKind unseen.
-constexpr const ElementKindInfo* findElementKind(ElementKind kind)
-{
-    for (const ElementKindInfo& info : elementKinds)
-    {
-        if (info.kind == kind)
-        {
-            return &info;
-        }
-    }
-    return nullptr;
-}
+const ElementKindInfo* findElementKind(ElementKind kind);
 
 } // namespace veltrane
 

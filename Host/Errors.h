@@ -50,6 +50,24 @@ public:
     explicit TargetOutside(std::string message) : TransferError(std::move(message), 2) {}
 };
 
+/// The Jacobian of a source element has become singular on the way to a target point (code 1).
+class SingularElement : public TransferError
+{
+public:
+    explicit SingularElement(int element)
+        : TransferError("the Jacobian of source element " + std::to_string(element) +
+                            " becomes singular on the way to a target point",
+                        1),
+          element_(element)
+    {
+    }
+
+    int element() const { return element_; } ///< from 0
+
+private:
+    int element_;
+};
+
 /// The progress callback asked to stop.
 class Cancelled : public Error
 {

@@ -20,6 +20,7 @@ struct ComponentStatistics
     std::size_t unusableCount;
 };
 
+/// \param field  may have values that are not usable
 /// \param component  counts from 0
 /// \param isCounted  whether a location takes part; all do if there is no such function
 ComponentStatistics statisticsOf(const Field& field, int component,

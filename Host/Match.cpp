@@ -1,10 +1,14 @@
 #include "Match.h"
 
 #include "ElementChecks.h"
-#include "LibraryCall.h"
-#include "MeshArguments.h"
+#include "EngineModel.h"
+#include "EngineTuning.h"
+#include "Errors.h"
+#include "Text.h"
+#include "ThreadWorkers.h"
 
-#include <tuple>
+#include "Map/MeshMatching.h"
+
 #include <utility>
 
 namespace veltrane
@@ -12,25 +16,47 @@ namespace veltrane
 namespace
 {
 
-constexpr const char* nodeTuningFileName = "nodToNodInputs.txt";
-constexpr const char* gaussPointTuningFileName = "GPToGPInputs.txt";
-
-/// Calls one of the two correspondence functions, which differ in the tables that they fill.
-template <typename Function, typename... Tables>
-LibraryOutcome run(const char* tuningFileName, Function function, const Mesh& source, const Mesh& target,
-                   std::vector<int> flags, const MatchOptions& options, Tables... tables)
+/// The texts that distinguish one correspondence from the other.
+struct Texts
 {
-    MeshArguments sourceArguments(source);
-    MeshArguments targetArguments(target);
-    const auto computation = [&](char* message, int* errorCode, VeltraneCallback callback)
+    const char* title;
+    const char* cancelled;
+    const char* terminated;
+};
+
+constexpr Texts nodeTexts{"Node to node correspondence computation",
+                          "Node to node correspondence computation cancelled.",
+                          "Node to node correspondence computation terminated successfully."};
+constexpr Texts gaussPointTexts{"Gauss point to Gauss point correspondence computation",
+                                "Gauss point to Gauss point correspondence computation cancelled.",
+                                "Gauss point to Gauss point correspondence computation terminated successfully."};
+
+/// Runs match(meshes, rules, tuning, workers) with its progress reported and its failures thrown.
+template <typename Matching>
+void run(const Mesh& source, const Mesh& target, const std::vector<int>& flags, const MatchOptions& options,
+         const Texts& texts, Matching match)
+{
+    const SearchTuning tuning = engineTuning(options.tuning);
+    ThreadWorkers workers(options.threads, options.progress, texts.title);
+    if (!workers.report(0, "Pretreatment"))
     {
-        std::apply(function, std::tuple_cat(sourceArguments.list(), targetArguments.list(),
-                                            std::tuple(flags.data(), tables..., message, errorCode, callback)));
-    };
-    return callLibrary(tuningFileName, options.tuning, options.progress, computation);
+        workers.throwStopped(texts.cancelled);
+    }
+    const EngineModel sourceModel(source);
+    const EngineModel targetModel(target);
+    const MapFailure failure = match(MeshPair{sourceModel.model(), targetModel.model(), flags.data()},
+                                     engineRules(options.rules), tuning, workers);
+    if (workers.isStopped() || (!failure && !workers.report(100, texts.terminated)))
+    {
+        workers.throwStopped(texts.cancelled);
+    }
+    if (failure)
+    {
+        throw TransferError(oneLine(failure.text), failure.reason);
+    }
 }
 
-/// The library counts from 1, with 0 for no partner.
+/// The engine counts from 1, with 0 for no partner.
 std::vector<int> fromZero(std::vector<int> numbers)
 {
     for (int& number : numbers)
@@ -40,54 +66,30 @@ std::vector<int> fromZero(std::vector<int> numbers)
     return numbers;
 }
 
-/// A table with a row per element and an entry per Gauss point.
-class GaussPointTable
-{
-public:
-    explicit GaussPointTable(const Mesh& mesh) : entries_(mesh.gaussPointCount(), 0)
-    {
-        rows_.reserve(static_cast<std::size_t>(mesh.elementCount()));
-        int* row = entries_.data();
-        for (int element = 0; element < mesh.elementCount(); ++element)
-        {
-            rows_.push_back(row);
-            row += mesh.kindOf(element).gaussPointCount;
-        }
-    }
-
-    int** rows() { return rows_.data(); }
-    std::vector<int> takeEntries() { return std::move(entries_); }
-
-private:
-    std::vector<int> entries_;
-    std::vector<int*> rows_;
-};
-
 } // namespace
 
 NodeMatch matchNodes(const Mesh& source, const Mesh& target, const MatchOptions& options)
 {
-    std::vector<int> flags = mappingFlags(options.targetMapping, target.materials().size());
+    const std::vector<int> flags = mappingFlags(options.targetMapping, target.materials().size());
     checkSourceKinds(source);
-
-    std::vector<int> numbers(static_cast<std::size_t>(target.nodeCount()), 0);
-    LibraryOutcome outcome = run(nodeTuningFileName, FE3DMeshToFE3DMesh_NodeToNodeMapping, source, target,
-                                 std::move(flags), options, numbers.data());
-    return {fromZero(std::move(numbers)), std::move(outcome.message), std::move(outcome.output)};
+    std::vector<int> partners(static_cast<std::size_t>(target.nodeCount()), 0);
+    run(source, target, flags, options, nodeTexts,
+        [&](const MeshPair& meshes, const EngineRules& rules, const SearchTuning& tuning, Workers& workers)
+        { return ::matchNodes(meshes, rules, tuning, workers, partners.data()); });
+    return {fromZero(std::move(partners))};
 }
 
 GaussPointMatch matchGaussPoints(const Mesh& source, const Mesh& target, const MatchOptions& options)
 {
-    std::vector<int> flags = mappingFlags(options.targetMapping, target.materials().size());
+    const std::vector<int> flags = mappingFlags(options.targetMapping, target.materials().size());
     checkSourceElements(source);
     checkVolumeElements(target, "target", "only Gauss points of volume elements can be matched", flags);
-
-    GaussPointTable elements(target);
-    GaussPointTable gaussPoints(target);
-    LibraryOutcome outcome = run(gaussPointTuningFileName, FE3DMeshToFE3DMesh_GPToGPMapping, source, target,
-                                 std::move(flags), options, elements.rows(), gaussPoints.rows());
-    return {fromZero(elements.takeEntries()), fromZero(gaussPoints.takeEntries()), std::move(outcome.message),
-            std::move(outcome.output)};
+    std::vector<int> elements(target.gaussPointCount(), 0);
+    std::vector<int> gaussPoints(target.gaussPointCount(), 0);
+    run(source, target, flags, options, gaussPointTexts,
+        [&](const MeshPair& meshes, const EngineRules& rules, const SearchTuning& tuning, Workers& workers)
+        { return ::matchGaussPoints(meshes, rules, tuning, workers, elements.data(), gaussPoints.data()); });
+    return {fromZero(std::move(elements)), fromZero(std::move(gaussPoints))};
 }
 
 } // namespace veltrane

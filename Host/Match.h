@@ -1,7 +1,6 @@
 /// Exact correspondences between two meshes that share their places: node by node, and Gauss point by Gauss point. No
 /// values are interpolated; every selected target point has its partner in the source, or there is no result.
-///
-/// Calls work as described in Transfer.h, and take turns with those.
+/// Any number of computations may run at once.
 #ifndef VELTRANE_HOST_MATCH_H
 #define VELTRANE_HOST_MATCH_H
 
@@ -25,14 +24,14 @@ struct MatchOptions
     /// The tolerance serves to find the source element around a target element's centre, so it has an effect on Gauss
     /// points only. How far apart partners may be is not to be set: a thousandth of the mean source element.
     Tuning tuning{};
+    Rules rules = asExported();
+    int threads = 1; ///< 0: as many as usableThreadCount() tells
     ProgressCallback progress{};
 };
 
 struct NodeMatch
 {
     std::vector<int> sourceNodes; ///< per target node, from 0, or noPartner
-    std::string message;          ///< the library's, in one line
-    std::string libraryOutput;    ///< what was written to standard output meanwhile
 };
 
 struct GaussPointMatch
@@ -41,15 +40,12 @@ struct GaussPointMatch
     /// element's points in the order of its kind.
     std::vector<int> sourceElements;
     std::vector<int> sourceGaussPoints; ///< the number within the source element
-    std::string message;                ///< the library's, in one line
-    std::string libraryOutput;          ///< what was written to standard output meanwhile
 };
 
 /// Finds the source node at the place of each selected target node, in a material of the same state code.
 ///
-/// Throws InvalidData or InvalidOption if the arguments do not fit each other, TransferError with the library's message
-/// if there are nodes without partners or the library does not match such meshes (MatchDiagnosis.h finds out more),
-/// Cancelled if the progress callback says so, Error if there is no place for the private directory.
+/// Throws InvalidData or InvalidOption if the arguments do not fit each other, TransferError if there are nodes without
+/// partners or meshes of such elements are not matched, Cancelled if the progress callback says so.
 NodeMatch matchNodes(const Mesh& source, const Mesh& target, const MatchOptions& options = {});
 
 /// Finds the source Gauss point at the place of each Gauss point of the selected target elements, in the source element

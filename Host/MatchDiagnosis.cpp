@@ -1,6 +1,6 @@
 #include "MatchDiagnosis.h"
 
-#include "MeshArguments.h"
+#include "EngineModel.h"
 
 #include <algorithm>
 #include <cmath>

@@ -6,6 +6,7 @@
 #include <span>
 #include <sstream>
 #include <string>
+#include <string_view>
 
 namespace veltrane
 {
@@ -17,6 +18,28 @@ template <typename... Parts> std::string text(const Parts&... parts)
     stream.imbue(std::locale::classic());
     (stream << ... << parts);
     return stream.str();
+}
+
+/// The text in one line, without blanks at its ends.
+inline std::string oneLine(std::string_view lines)
+{
+    std::string line;
+    bool gap = false;
+    for (const char character : lines)
+    {
+        if (character == '\n' || character == ' ')
+        {
+            gap = !line.empty();
+            continue;
+        }
+        if (gap)
+        {
+            line += ' ';
+            gap = false;
+        }
+        line += character;
+    }
+    return line;
 }
 
 /// "(x, y, z)"

@@ -1,46 +1,23 @@
-/// Transfers of fields from a source mesh to a target mesh or to points: the safe C++ side of the library.
+/// Transfers of fields from a source mesh to a target mesh or to points, in one call: a map that is built, applied once
+/// and forgotten.
 ///
-/// Everything that the library would answer by ending the process and that can be found out beforehand is checked here
-/// and thrown as an exception. What remains (a source element whose Jacobian becomes singular on the way to a point)
-/// ends the process too, since the library does not return from it, but never with status 0: the line of the library
-/// goes to standard error and the process ends with status 1.
-///
-/// A call works in a private temporary directory: while the library runs, it is the current directory of the whole
-/// process and standard output is redirected into it, so that neither tuning files nor logs of the user's directory are
-/// touched. Both are as they were again during each progress callback and after the call. Calls take turns; a call from
-/// within a progress callback is refused.
+/// Whatever is wrong with the arguments is thrown as an exception, and no input ends the process. Any number of
+/// transfers may run at once, also from within a progress callback.
 #ifndef VELTRANE_HOST_TRANSFER_H
 #define VELTRANE_HOST_TRANSFER_H
 
 #include "CallSettings.h"
 #include "Field.h"
+#include "Map.h"
 #include "Mesh.h"
 #include "TransferStatistics.h"
 
-#include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
 namespace veltrane
 {
-
-/// What happens to target points too far from the source to be given values from it.
-enum class OutsideMode : int
-{
-    error = 0,        ///< the transfer fails (TargetOutside)
-    defaultValue = 1, ///< nodes and points get the default value, Gauss points 0
-    propagate = 2     ///< nodes get values from neighbouring nodes, Gauss points 0; not for points
-};
-
-/// What can be said of a single field.
-struct FieldOptions
-{
-    std::optional<float> defaultValue{}; ///< instead of the one of all fields
-    /// The field exists only in materials of the state codes 1, 2, 3, 7 and 8: target points in others keep the default
-    /// value.
-    bool isClassOneOnly = false;
-};
 
 struct TransferOptions
 {
@@ -55,15 +32,17 @@ struct TransferOptions
     std::vector<FieldOptions> fieldOptions{};
     /// Whether the result tells where the values of each node or point come from.
     bool tellsOrigins = false;
+    Rules rules = asExported();
     Tuning tuning{};
+    int threads = 1; ///< 0: as many as usableThreadCount() tells
     ProgressCallback progress{};
 };
 
 enum class Outcome
 {
     done,
-    /// Nodes in regions of the target without any connection to the source were set to zero, and no Gauss-point values
-    /// were computed.
+    /// Nodes in regions of the target without any connection to the source were set to zero; with the rules of the
+    /// exported functions no Gauss-point values were computed.
     propagationWarning
 };
 
@@ -82,22 +61,35 @@ struct TransferResult
     /// One per target node or point if asked for and if there is a field at nodes, and otherwise none.
     std::vector<ValueOrigin> origins;
     Outcome outcome;
-    std::string message;                          ///< the library's, in one line
-    std::optional<TransferStatistics> statistics; ///< absent if the library could not write its log
-    std::string libraryOutput;                    ///< what was written to standard output meanwhile
+    std::string message; ///< of the outcome, in one line
+    TransferStatistics statistics;
 };
 
 /// Transfers the fields of the source to the target.
 ///
 /// Throws InvalidData or InvalidOption if the arguments do not fit each other, TargetOutside in mode `error` if a
-/// target point is too far from the source, TransferError with the library's message if it cannot do the transfer
-/// otherwise, Cancelled if the progress callback says so, Error if there is no place for the private directory.
+/// target point is too far from the source, TransferError if the transfer cannot be done otherwise, Cancelled if the
+/// progress callback says so, and what the callback throws.
 TransferResult transfer(const Mesh& source, std::span<const Field> sourceFields, const Mesh& target,
                         const TransferOptions& options = {});
 
-/// Samples the fields of the source at points; exceptions as for transfer(). Points in no source element are far.
+/// Samples the fields of the source at points; exceptions as for transfer(). Points in no source element are far,
+/// unless the rules say otherwise.
 TransferResult sample(const Mesh& source, std::span<const Field> sourceFields, const PointCloud& points,
                       const TransferOptions& options = {});
+
+/// What transfer() checks before it builds a map: throws InvalidData or InvalidOption.
+void checkTransfer(const Mesh& source, std::span<const Field> sourceFields, const TransferOptions& options);
+
+/// The options for points: all locations are those of nodes. Throws InvalidOption.
+TransferOptions atPoints(std::span<const Field> sourceFields, const TransferOptions& options);
+
+/// The options of the map that a transfer of such fields with such options uses.
+MapOptions mapOptions(std::span<const Field> sourceFields, const TransferOptions& options);
+
+/// What transfer() and sample() do once they have the map: for whoever keeps it for further fields. Of the options
+/// those of the fields count, and the threads.
+TransferResult transferWith(const Map& map, std::span<const Field> sourceFields, const TransferOptions& options);
 
 } // namespace veltrane
 

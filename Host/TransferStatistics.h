@@ -1,4 +1,4 @@
-/// The figures of the library's statistics log.
+/// The figures of a search.
 #ifndef VELTRANE_HOST_TRANSFER_STATISTICS_H
 #define VELTRANE_HOST_TRANSFER_STATISTICS_H
 
@@ -25,14 +25,15 @@ struct TransferStatistics
     float meanElementsPerUsedBucket;
     int interpolatedPointCount;
     float meanIterations; ///< per interpolated point, to find the reference coordinates; not a number if there is none
-    std::optional<OutsideCounts> nodes;       ///< mesh targets only
+    std::optional<OutsideCounts> nodes;       ///< mesh targets, and points that may be near
     std::optional<OutsideCounts> gaussPoints; ///< mesh targets only
-    std::string log;                          ///< the text itself
+    /// Points in no element that lie in the box of one in which the iteration did not converge.
+    int unconvergedPointCount = 0;
+    int singularElementCount = 0; ///< source elements that were left out for some point
 };
 
-/// Reads the log of a transfer; null if a figure is missing. After the propagation warning the log holds the sum of the
-/// iterations in the place of their mean.
-std::optional<TransferStatistics> parseStatistics(std::string log, bool holdsIterationSum);
+/// The figures as lines of text, as the library writes them into its log.
+std::string statisticsText(const TransferStatistics& statistics);
 
 } // namespace veltrane
 

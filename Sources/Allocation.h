@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <utility>
 
 /// `size` bytes of the runtime's standard allocation. An exhausted heap raises the runtime's exception; a host may have
 /// replaced the allocation by one that returns null instead, so every caller tests the result.
@@ -31,15 +32,27 @@ public:
     OwnedArray() = default;
     OwnedArray(const OwnedArray&) = delete;
     OwnedArray& operator=(const OwnedArray&) = delete;
+    OwnedArray(OwnedArray&& other) noexcept : itsValues(std::exchange(other.itsValues, nullptr)) {}
+    OwnedArray& operator=(OwnedArray&& other) noexcept
+    {
+        std::swap(itsValues, other.itsValues);
+        return *this;
+    }
     ~OwnedArray() { releaseBytes(itsValues); }
 
     /// Takes room for `count` values, undefined, in the place of what it held; false if the request cannot be met.
     bool allocate(std::int64_t count)
     {
-        releaseBytes(itsValues);
-        itsValues = nullptr;
+        release();
         itsValues = allocateArray<T>(count);
         return itsValues != nullptr;
+    }
+
+    /// Gives its memory back.
+    void release()
+    {
+        releaseBytes(itsValues);
+        itsValues = nullptr;
     }
 
     explicit operator bool() const { return itsValues != nullptr; }

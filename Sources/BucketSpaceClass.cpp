@@ -2,14 +2,18 @@
 
 #include "MappingStringUtilities.h"
 #include "ModelClass.h"
+#include "Search/ElementBoxes.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace
 {
 constexpr const char* unitName = "BucketSpaceClass";
+constexpr Stage gridStage{"Pretreatment", 0, 5};
 
 /// A box enlarged by `factor` times its own extents on each side.
 Box enlarged(Box box, float factor)
@@ -81,7 +85,7 @@ char* BucketSpaceClass::build(int mode, const ModelClass& targetModel, const Mod
         return newErrorText(buffer, "Error: please select at least one domain in the target model.\n");
     }
     layOver(selectedTarget.box(), boxMarginRatio);
-    if (targetModel.itsKind == ModelKind::mesh &&
+    if (targetModel.itsKind == ModelKind::mesh && itsRefusesOverhang &&
         !isIncludedIn(isSurveyed ? surveyed->source : boxOfElements(sourceModel)))
     {
         return newErrorText(buffer, "Error: the target mesh is not included in the source mesh.\n");
@@ -103,12 +107,15 @@ void BucketSpaceClass::fillWithElements(int nbElts, const BoxTable& boxes, float
 {
     const auto directBox = [&](int elt) { return boxValues(boxes, elt); };
     const auto enlargedBox = [&](int elt) { return BoxValues(enlarged(boxOfElement(boxes, elt), bucketFactor)); };
-    countPass(nbElts, directBox, neededEmpty, filledDirectly);
+    allocateCursors();
+    countPass(nbElts, directBox);
+    settleCounts(filledDirectly);
     // Most often every needed bucket is reached by now, and there is nothing to enlarge boxes for.
     const bool isEnlarging = itsNbNeededEmpty > 0;
     if (isEnlarging)
     {
-        countPass(nbElts, enlargedBox, neededEmpty, filledByEnlarged);
+        countPass(nbElts, enlargedBox);
+        settleCounts(filledByEnlarged);
     }
     allocateEntries();
     allocateItemFlags(nbElts, 1026);
@@ -117,16 +124,20 @@ void BucketSpaceClass::fillWithElements(int nbElts, const BoxTable& boxes, float
     {
         fillPass(nbElts, enlargedBox, filledByEnlarged);
     }
+    settleFilling();
 }
 
 /// Lists a node in every bucket that a point within `reach` of it can lie in.
 void BucketSpaceClass::fillWithNodes(const ModelClass& sourceModel, float reach)
 {
     const auto nodeBox = [&](int node) { return BoxValues(boxAroundPoint(sourceModel.itsNodeCoords[node], reach)); };
-    countPass(sourceModel.itsNbNodes, nodeBox, neededEmpty, filledDirectly);
+    allocateCursors();
+    countPass(sourceModel.itsNbNodes, nodeBox);
+    settleCounts(filledDirectly);
     allocateEntries();
     allocateItemFlags(sourceModel.itsNbNodes, 1103);
     fillPass(sourceModel.itsNbNodes, nodeBox, filledDirectly);
+    settleFilling();
 }
 
 void BucketSpaceClass::allocateItemFlags(int nbItems, int line)
@@ -149,7 +160,7 @@ RunningBox BucketSpaceClass::selectedBox(const ModelClass& targetModel, const in
         {
             if (isSelected(elt))
             {
-                running.addNodes(targetModel, elt);
+                addNodesOfElement(running, targetModel, elt);
             }
         }
     }
@@ -171,7 +182,7 @@ RunningBox BucketSpaceClass::boxOfElements(const ModelClass& sourceModel)
     RunningBox running;
     for (int elt = 0; elt < sourceModel.itsNbElts; ++elt)
     {
-        running.addNodes(sourceModel, elt);
+        addNodesOfElement(running, sourceModel, elt);
     }
     return running;
 }
@@ -268,29 +279,51 @@ void BucketSpaceClass::allocateBuckets()
     }
 }
 
+/// Calls visit(piece, first item, end) for as many pieces of the items as there are workers.
+template <class Visit> void BucketSpaceClass::forEachPiece(int nbItems, Visit visit)
+{
+    if (itsWorkers == nullptr)
+    {
+        visit(std::int64_t{0}, 0, nbItems);
+        return;
+    }
+    const Pieces pieces = onePiecePerWorker(*itsWorkers, std::max(nbItems, 0));
+    const auto visitPiece = [&](std::int64_t piece, int)
+    { visit(piece, static_cast<int>(pieces.first(piece)), static_cast<int>(pieces.end(piece))); };
+    itsWorkers->run(gridStage, pieces.count(), visitPiece);
+}
+
 /// Every target entity needs the buckets that it touches, whether its material is selected or not. `boxOf(item)` gives
 /// its box, as six values or as lanes.
 template <class BoxOf> void BucketSpaceClass::markNeededBuckets(int nbItems, BoxOf boxOf)
 {
-    int* states = itsBucketState.values();
     const BucketRanges rangeOf = ranges();
-    // Neighbours often touch the same buckets: a range inside the one marked last has nothing left to mark.
-    BucketRange last;
-    for (int item = 0; item < nbItems; ++item)
+    const auto markPiece = [&](std::int64_t, int first, int end)
     {
-        const BucketRange range = rangeOf(valuesOf(boxOf(item)));
-        if (range.isWithin(last))
+        int* states = itsBucketState.values();
+        // Neighbours often touch the same buckets: a range inside the one marked last has nothing left to mark.
+        BucketRange last;
+        for (int item = first; item < end; ++item)
         {
-            continue;
+            const BucketRange range = rangeOf(valuesOf(boxOf(item)));
+            if (range.isWithin(last))
+            {
+                continue;
+            }
+            forEachBucket(range,
+                          [&](std::int64_t bucket)
+                          {
+                              // Tested first, since threads that store into the same lines wait for each other.
+                              const std::atomic_ref state(states[bucket]);
+                              if (state.load(std::memory_order_relaxed) != neededEmpty)
+                              {
+                                  state.store(neededEmpty, std::memory_order_relaxed);
+                              }
+                          });
+            last = range;
         }
-        forEachBucket(range,
-                      [&](std::int64_t bucket)
-                      {
-                          itsNbNeededEmpty += states[bucket] == notNeeded ? 1 : 0;
-                          states[bucket] = neededEmpty;
-                      });
-        last = range;
-    }
+    };
+    forEachPiece(nbItems, markPiece);
 }
 
 void BucketSpaceClass::markTarget(const ModelClass& targetModel, const BoxTable& targetBoxes, float boxMarginRatio,
@@ -313,29 +346,72 @@ void BucketSpaceClass::markTarget(const ModelClass& targetModel, const BoxTable&
     }
 }
 
-template <class BoxOf> void BucketSpaceClass::countPass(int nbItems, BoxOf boxOf, BucketState from, BucketState to)
+/// A piece's number for a bucket: how many of its items the bucket takes, and then where its next item goes.
+int& BucketSpaceClass::cursor(std::int64_t piece, std::int64_t bucket) const
+{
+    return piece == 0 ? itsBuckets.values()[bucket].itsNbItems
+                      : itsFurtherCursors[(piece - 1) * itsBuckets.nbValues() + bucket];
+}
+
+void BucketSpaceClass::allocateCursors()
+{
+    const std::int64_t nbFurther = (nbPieces() - 1) * itsBuckets.nbValues();
+    if (nbFurther == 0)
+    {
+        return;
+    }
+    if (!itsFurtherCursors.allocate(nbFurther))
+    {
+        endProcess("Error in %s file at line %d: impossible to allocate int \n", unitName, 992);
+    }
+    std::fill_n(itsFurtherCursors.get(), nbFurther, 0);
+}
+
+template <class BoxOf> void BucketSpaceClass::countPass(int nbItems, BoxOf boxOf)
+{
+    const int* states = itsBucketState.values();
+    const BucketRanges rangeOf = ranges();
+    const auto countPiece = [&](std::int64_t piece, int first, int end)
+    {
+        for (int item = first; item < end; ++item)
+        {
+            forEachBucket(rangeOf(valuesOf(boxOf(item))),
+                          [&](std::int64_t bucket)
+                          {
+                              if (states[bucket] == neededEmpty)
+                              {
+                                  ++cursor(piece, bucket);
+                              }
+                          });
+        }
+    };
+    forEachPiece(nbItems, countPiece);
+}
+
+/// Gives the needed buckets that take items their state, and counts those that stay empty.
+void BucketSpaceClass::settleCounts(BucketState filled)
 {
     int* states = itsBucketState.values();
-    BucketClass* buckets = itsBuckets.values();
-    const BucketRanges rangeOf = ranges();
-    for (int item = 0; item < nbItems; ++item)
+    itsNbNeededEmpty = 0;
+    for (std::int64_t bucket = 0; bucket < itsBuckets.nbValues(); ++bucket)
     {
-        forEachBucket(rangeOf(valuesOf(boxOf(item))),
-                      [&](std::int64_t bucket)
-                      {
-                          if (states[bucket] == from || states[bucket] == to)
-                          {
-                              itsNbNeededEmpty -= states[bucket] == neededEmpty ? 1 : 0;
-                              states[bucket] = to;
-                              ++buckets[bucket].itsNbItems;
-                              ++itsNbEntries;
-                          }
-                      });
+        if (states[bucket] != neededEmpty)
+        {
+            continue;
+        }
+        int nbItems = 0;
+        for (std::int64_t piece = 0; piece < nbPieces(); ++piece)
+        {
+            nbItems += cursor(piece, bucket);
+        }
+        itsNbEntries += nbItems;
+        itsNbNeededEmpty += nbItems == 0 ? 1 : 0;
+        states[bucket] = nbItems == 0 ? neededEmpty : filled;
     }
 }
 
-/// Gives every used bucket its run of the shared storage, and sets its number of items back to 0 for the filling, which
-/// writes every entry.
+/// Gives every used bucket its run of the shared storage, and turns each piece's number of items into the place of its
+/// first one in that run. The filling writes every entry.
 void BucketSpaceClass::allocateEntries()
 {
     int* entries = allocateArray<int>(itsNbEntries);
@@ -350,8 +426,12 @@ void BucketSpaceClass::allocateEntries()
         if (state(bucket) == filledDirectly || state(bucket) == filledByEnlarged)
         {
             buckets[bucket].itsItems = entries;
-            entries += buckets[bucket].itsNbItems;
-            buckets[bucket].itsNbItems = 0;
+            int first = 0;
+            for (std::int64_t piece = 0; piece < nbPieces(); ++piece)
+            {
+                first += std::exchange(cursor(piece, bucket), first);
+            }
+            entries += first;
         }
     }
 }
@@ -359,21 +439,36 @@ void BucketSpaceClass::allocateEntries()
 template <class BoxOf> void BucketSpaceClass::fillPass(int nbItems, BoxOf boxOf, BucketState state)
 {
     const int* states = itsBucketState.values();
-    BucketClass* buckets = itsBuckets.values();
+    const BucketClass* buckets = itsBuckets.values();
     const BucketRanges rangeOf = ranges();
-    for (int item = 0; item < nbItems; ++item)
+    const auto fillPiece = [&](std::int64_t piece, int first, int end)
     {
-        forEachBucket(rangeOf(valuesOf(boxOf(item))),
-                      [&](std::int64_t position)
-                      {
-                          if (states[position] == state)
+        for (int item = first; item < end; ++item)
+        {
+            forEachBucket(rangeOf(valuesOf(boxOf(item))),
+                          [&](std::int64_t bucket)
                           {
-                              BucketClass& bucket = buckets[position];
-                              bucket.itsItems[bucket.itsNbItems++] = item;
-                              itsItemInGrid[item] = 1;
-                          }
-                      });
+                              if (states[bucket] == state)
+                              {
+                                  buckets[bucket].itsItems[cursor(piece, bucket)++] = item;
+                                  itsItemInGrid[item] = 1;
+                              }
+                          });
+        }
+    };
+    forEachPiece(nbItems, fillPiece);
+}
+
+/// The last piece has come to the end of each list.
+void BucketSpaceClass::settleFilling()
+{
+    const std::int64_t last = nbPieces() - 1;
+    BucketClass* buckets = itsBuckets.values();
+    for (std::int64_t bucket = 0; last > 0 && bucket < itsBuckets.nbValues(); ++bucket)
+    {
+        buckets[bucket].itsNbItems = cursor(last, bucket);
     }
+    itsFurtherCursors.release();
 }
 
 template <class Visitor> void BucketSpaceClass::forEachBucket(const BucketRange& range, Visitor visit) const

@@ -4,13 +4,17 @@
 #ifndef VELTRANE_BUCKET_SPACE_CLASS_H
 #define VELTRANE_BUCKET_SPACE_CLASS_H
 
-#include "BoundingBox.h"
-#include "BucketRange.h"
 #include "ChainedTable.h"
-#include "Prefetch.h"
+#include "Map/EngineRules.h"
+#include "Map/Workers.h"
+#include "Search/BoundingBox.h"
+#include "Search/BucketRange.h"
+#include "Search/Prefetch.h"
 
 #include <cstdint>
 #include <span>
+
+class ModelClass;
 
 class BucketClass
 {
@@ -123,11 +127,14 @@ public:
     float itsBucketSize = 0.0F;
     float itsInvBucketSize = 0.0F;
     int itsNbBuckets[3]{};
-    std::int64_t itsMaxNbBuckets = 10000000;
+    std::int64_t itsMaxNbBuckets = SearchTuning{}.maxNbBuckets;
     ChainedTable<int> itsBucketState;     ///< [nx][ny][nz] of BucketState
     ChainedTable<BucketClass> itsBuckets; ///< [nx][ny][nz]
     std::int64_t itsNbEntries = 0;
     OwnedArray<int> itsItemInGrid; ///< per source item, 1 if a bucket lists it
+
+    bool itsRefusesOverhang = true; ///< whether a target mesh must be included in the source mesh
+    Workers* itsWorkers = nullptr; ///< by whom the grid is built; null: on the caller's thread. The lists are the same.
 
 private:
     static RunningBox selectedBox(const ModelClass& targetModel, const int* targetMatlMappingFlags);
@@ -139,21 +146,32 @@ private:
     bool hasTooManyBuckets() const;
     void allocateStates();
     void allocateBuckets();
+    template <class Visit> void forEachPiece(int nbItems, Visit visit);
     template <class BoxOf> void markNeededBuckets(int nbItems, BoxOf boxOf);
     void markTarget(const ModelClass& targetModel, const BoxTable& targetBoxes, float boxMarginRatio, bool isSurveyed);
     void fillWithElements(int nbElts, const BoxTable& boxes, float bucketFactor);
     void fillWithNodes(const ModelClass& sourceModel, float reach);
+    void allocateCursors();
     void allocateEntries();
     void allocateItemFlags(int nbItems, int line);
 
-    /// One pass over the source items: countPass adds to the buckets' numbers of items, fillPass writes the items.
-    /// `boxOf(item)` gives the six values of an item's box; buckets in state `from` or `to` take the item, a counted
-    /// one goes to `to`.
-    template <class BoxOf> void countPass(int nbItems, BoxOf boxOf, BucketState from, BucketState to);
+    /// One pass over the source items: countPass counts what each bucket that is needed and still empty takes,
+    /// settleCounts gives those that take something their state, fillPass writes the items into them. `boxOf(item)`
+    /// gives the six values of an item's box.
+    template <class BoxOf> void countPass(int nbItems, BoxOf boxOf);
+    void settleCounts(BucketState filled);
     template <class BoxOf> void fillPass(int nbItems, BoxOf boxOf, BucketState state);
+    void settleFilling();
 
     BucketRanges ranges() const { return {itsMin, itsInvBucketSize, itsNbBuckets}; }
-    std::int64_t itsNbNeededEmpty = 0; ///< buckets in the state neededEmpty
+    std::int64_t nbPieces() const { return itsWorkers == nullptr ? 1 : itsWorkers->nbWorkers(); }
+    int& cursor(std::int64_t piece, std::int64_t bucket) const;
+
+    std::int64_t itsNbNeededEmpty = 0; ///< buckets in the state neededEmpty, once items were counted
+    /// Each piece of the source items counts, and then fills, with numbers of its own per bucket, so that the lists
+    /// come out in order. Those of the first piece are the buckets' numbers of items; these are the others', piece by
+    /// piece.
+    OwnedArray<int> itsFurtherCursors;
 
     template <class Visitor> void forEachBucket(const BucketRange& range, Visitor visit) const;
 };

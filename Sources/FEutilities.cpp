@@ -3,22 +3,36 @@
 #include "MappingStringUtilities.h"
 
 #include <algorithm>
-#include <iterator>
 
 namespace
 {
 constexpr const char* unitName = "FEutilities";
 
-// Types 6 and 7 are the linear quadrilateral and triangle, which serve as targets. The others without shape functions
-// still count nodes and Gauss points.
-constexpr int nbNodesPerType[nbTypeCodes] = {0, 8, 4, 6, 8, 6, 4, 3, 4, 2, 10, 12, 5, 4, 3};
-constexpr int nbGaussPointsPerType[nbTypeCodes] = {0, 8, 1, 6, 8, 6, 4, 3, 4, 2, 5, 8, 8, 0, 0};
+struct Counts
+{
+    int typeCode;
+    int nbNodes;
+    int nbGaussPoints;
+};
+
+/// Codes that are no element kind here but count nodes and Gauss points all the same.
+constexpr Counts countsOfOtherTypes[] = {{4, 8, 8},   {5, 6, 6},  {8, 4, 4}, {9, 2, 2},
+                                         {11, 12, 8}, {13, 4, 0}, {14, 3, 0}};
 } // namespace
 
 FEUtilities::FEUtilities()
 {
-    std::copy(std::begin(nbNodesPerType), std::end(nbNodesPerType), itsNbNodesPerType);
-    std::copy(std::begin(nbGaussPointsPerType), std::end(nbGaussPointsPerType), itsNbGaussPointsPerType);
+    for (const Counts& counts : countsOfOtherTypes)
+    {
+        itsNbNodesPerType[counts.typeCode] = counts.nbNodes;
+        itsNbGaussPointsPerType[counts.typeCode] = counts.nbGaussPoints;
+    }
+    ElementKinds::visitAll(
+        [this]<class Kind>(Kind)
+        {
+            itsNbNodesPerType[Kind::typeCode] = Kind::nbNodes;
+            itsNbGaussPointsPerType[Kind::typeCode] = Kind::nbGaussPoints;
+        });
     for (int typeCode = 0; typeCode < nbTypeCodes; ++typeCode)
     {
         visitElementKind(typeCode,

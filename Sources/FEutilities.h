@@ -24,8 +24,8 @@ public:
     /// A type without shape functions ends the process.
     static void shapeFunctionDerivatives(int typeCode, const Vector3& point, float* derivatives);
 
-    int itsNbNodesPerType[nbTypeCodes];
-    int itsNbGaussPointsPerType[nbTypeCodes];
+    int itsNbNodesPerType[nbTypeCodes]{};
+    int itsNbGaussPointsPerType[nbTypeCodes]{};
     /// Shape function of each node at each Gauss point; 0 for types without shape functions.
     float itsShapeValuesAtGaussPoints[nbTypeCodes][maxNbNodes][maxNbGaussPoints]{};
 

@@ -1,5 +1,6 @@
 #include "FieldClass.h"
 
+#include "Map/GaussPointAveraging.h"
 #include "MappingStringUtilities.h"
 #include "ModelClass.h"
 
@@ -80,7 +81,7 @@ char* FieldClass::interpoAtNodes(ModelClass& sourceModel)
     {
         sourceModel.countEltsPerNode();
     }
-    if (!addGaussPointsToNodes(sourceModel))
+    if (!addAllGaussPointsToNodes(sourceModel))
     {
         formatMessage(buffer.text(),
                       "Error in %s file at line %d: elements different from\nlinear or quadratic tetrahedrons, linear "
@@ -100,14 +101,15 @@ char* FieldClass::interpoAtNodes(ModelClass& sourceModel)
 }
 
 /// Adds what every element gives its nodes; false at an element kind without a rule.
-bool FieldClass::addGaussPointsToNodes(const ModelClass& sourceModel)
+bool FieldClass::addAllGaussPointsToNodes(const ModelClass& sourceModel)
 {
     std::int64_t firstGaussPoint = 0;
     for (int elt = 0; elt < sourceModel.itsNbElts; ++elt)
     {
-        const bool known =
-            visitElementKind(sourceModel.itsEltTypes[elt], [&](auto kind)
-                             { addGaussPointsToNodes(kind, sourceModel.itsConnectivity[elt], firstGaussPoint); });
+        const auto valueAt = [&](std::size_t gaussPoint, int component)
+        { return value((firstGaussPoint + static_cast<std::int64_t>(gaussPoint)) * itsNbComponents + component); };
+        const bool known = addGaussPointsToNodes(sourceModel.itsEltTypes[elt], sourceModel.itsConnectivity[elt],
+                                                 itsNbComponents, valueAt, itsValuesInterpoNode.get());
         if (!known)
         {
             return false;
@@ -115,24 +117,4 @@ bool FieldClass::addGaussPointsToNodes(const ModelClass& sourceModel)
         firstGaussPoint += sourceModel.nbGaussPointsOfElt(elt);
     }
     return true;
-}
-
-template <class Kind> void FieldClass::addGaussPointsToNodes(Kind, const int* nodeNumbers, std::int64_t firstGaussPoint)
-{
-    for (int component = 0; component < itsNbComponents; ++component)
-    {
-        NodeValues<Kind::nbGaussPoints> gaussPointValues;
-        for (std::size_t i = 0; i < Kind::nbGaussPoints; ++i)
-        {
-            const std::int64_t gaussPoint = firstGaussPoint + static_cast<std::int64_t>(i);
-            gaussPointValues[i] = value(gaussPoint * itsNbComponents + component);
-        }
-        NodeValues<Kind::nbNodes> nodeValues;
-        Kind::gaussPointsToNodes(gaussPointValues, nodeValues);
-        for (std::size_t i = 0; i < Kind::nbNodes; ++i)
-        {
-            const std::int64_t node = nodeNumbers[i];
-            itsValuesInterpoNode[node * itsNbComponents + component] += nodeValues[i];
-        }
-    }
 }

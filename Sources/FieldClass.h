@@ -81,8 +81,7 @@ public:
     OwnedArray<float> itsValuesInterpoNode;
 
 private:
-    bool addGaussPointsToNodes(const ModelClass& sourceModel);
-    template <class Kind> void addGaussPointsToNodes(Kind, const int* nodeNumbers, std::int64_t firstGaussPoint);
+    bool addAllGaussPointsToNodes(const ModelClass& sourceModel);
 };
 
 #endif

@@ -1,5 +1,8 @@
 // Gauss-point correspondence of two meshes whose Gauss points coincide.
+#include "Map/Matching.h"
+#include "Map/Survey.h"
 #include "MappingClass.h"
+#include "Search/PointBatch.h"
 
 #include <algorithm>
 
@@ -18,55 +21,52 @@ void MappingClass::GPToGPCorrespondence()
     {
         return;
     }
-    ComputationRun run(texts);
-    if (!reportStart(run) || !createElementBoxes(run))
+    ComputationRun run(*this, texts);
+    if (!run.start() || !createElementBoxes(run))
     {
         return;
     }
-    surveyTarget();
+    const Target wholeTarget = target();
+    OneWorker worker;
+    surveyTarget(wholeTarget, itsSurveyedBoxes, worker);
     const float meanSize = meanRefBoxSize();
-    if (!buildBucketSpace(BucketSpaceClass::elementBuckets, meanSize) || !reportStage(run, "Computation", 5))
+    if (!buildBucketSpace(BucketSpaceClass::elementBuckets, meanSize) || !run.enterStage("Computation", 5))
     {
         return;
     }
-    const std::int64_t nbGaussPoints = countTargetGaussPoints();
+    const std::int64_t nbGaussPoints = wholeTarget.nbSelectedGaussPoints();
     if (nbGaussPoints == 0)
     {
-        fail(run.buffer, "There is no target gauss point.\n");
+        run.fail("There is no target gauss point.\n");
         return;
     }
     const float tolerance = meanSize * single(0.001);
     ProgressCounter progress(nbGaussPoints, ProgressCounter::Arithmetic::wrapping32Bit);
-    const auto forEachCentre = [this](auto visit)
-    {
-        for (int elt = 0; elt < itsTargetMesh.itsNbElts; ++elt)
-        {
-            if (isTargetEltSelected(elt) &&
-                !visit(TargetPoint{.index = elt,
-                                   .position = targetEltCentre(elt),
-                                   .matlStateClass = itsTargetMesh.matlStateClassOfItem(elt),
-                                   .matlState = itsTargetMesh.matlStateOfItem(elt)}))
-            {
-                return false;
-            }
-        }
-        return true;
-    };
-    const auto match = [&](const TargetPoint& centre, const LocatedPoint& located)
-    {
-        if (located.elt == -1)
-        {
-            failGaussPointMatching(run);
-            return false;
-        }
-        countInversion(located);
-        return matchGaussPointsOfElt(run, progress, static_cast<int>(centre.index), located.elt, tolerance);
-    };
-    if (!locateInBatches(run, itsTargetMesh.itsNbElts, forEachCentre, match))
+    CentreCursor centres(wholeTarget);
+    PointBatch batch;
+    if (!allocateBatch(batch, itsTargetMesh.itsNbElts, run))
     {
         return;
     }
-    reportTermination(run);
+    while (batch.fill(centres))
+    {
+        batch.locate(pointLocator());
+        for (std::size_t i = 0; i < batch.size(); ++i)
+        {
+            const LocatedPoint located = takeLocated(batch, i);
+            if (located.elt == -1)
+            {
+                failGaussPointMatching(run);
+                return;
+            }
+            countInversion(located);
+            if (!matchGaussPointsOfElt(run, progress, static_cast<int>(batch.point(i).index), located.elt, tolerance))
+            {
+                return;
+            }
+        }
+    }
+    run.terminate();
 }
 
 /// Matches the Gauss points of one target element with those of the source element that holds its centre; false if the
@@ -77,7 +77,8 @@ bool MappingClass::matchGaussPointsOfElt(ComputationRun& run, ProgressCounter& p
     const int nbGaussPoints = itsTargetMesh.nbGaussPointsOfElt(elt);
     for (int i = 0; i < nbGaussPoints; ++i)
     {
-        const int refGaussPoint = matchingGaussPoint(itsTargetMesh.gaussPointPosition(elt, i), refElt, tolerance);
+        const int refGaussPoint =
+            matchingGaussPoint(itsRefMesh, refElt, itsTargetMesh.gaussPointPosition(elt, i), tolerance);
         if (refGaussPoint == 0)
         {
             failGaussPointMatching(run);
@@ -85,7 +86,7 @@ bool MappingClass::matchGaussPointsOfElt(ComputationRun& run, ProgressCounter& p
         }
         itsGPCorrespondenceA[elt][i] = refElt + 1;
         itsGPCorrespondenceB[elt][i] = refGaussPoint;
-        if (!reportProgress(run, progress))
+        if (!run.advance(progress))
         {
             return false;
         }
@@ -93,45 +94,17 @@ bool MappingClass::matchGaussPointsOfElt(ComputationRun& run, ProgressCounter& p
     return true;
 }
 
-Vector3 MappingClass::targetEltCentre(int elt) const
-{
-    const int nbNodes = itsTargetMesh.nbNodesOfElt(elt);
-    Vector3 centre{};
-    for (int i = 0; i < nbNodes; ++i)
-    {
-        const Vector3 node = itsTargetMesh.nodePosition(itsTargetMesh.itsConnectivity[elt][i]);
-        centre = {centre[0] + node[0], centre[1] + node[1], centre[2] + node[2]};
-    }
-    const float weight = single(1.0 / nbNodes);
-    return {centre[0] * weight, centre[1] * weight, centre[2] * weight};
-}
-
-/// The number, from 1, of the first Gauss point of a source element within the tolerance of a point, or 0.
-int MappingClass::matchingGaussPoint(const Vector3& point, int refElt, float tolerance) const
-{
-    const int nbGaussPoints = itsRefMesh.nbGaussPointsOfElt(refElt);
-    for (int i = 0; i < nbGaussPoints; ++i)
-    {
-        if (isWithin(point, itsRefMesh.gaussPointPosition(refElt, i), tolerance))
-        {
-            return i + 1;
-        }
-    }
-    return 0;
-}
-
 /// Takes all matches of selected elements back.
 void MappingClass::failGaussPointMatching(ComputationRun& run)
 {
     for (int elt = 0; elt < itsTargetMesh.itsNbElts; ++elt)
     {
-        if (isTargetEltSelected(elt))
+        if (itsTargetMatlMappingFlags[itsTargetMesh.itsMatlIdPerItem[elt]] == 1)
         {
             const int nbGaussPoints = itsTargetMesh.nbGaussPointsOfElt(elt);
             std::fill_n(itsGPCorrespondenceA[elt], nbGaussPoints, 0);
             std::fill_n(itsGPCorrespondenceB[elt], nbGaussPoints, 0);
         }
     }
-    fail(run.buffer, "At least one gauss point of the target mesh does not correspond to one gauss point of the source "
-                     "mesh.\n");
+    run.fail("%s", unmatchedGaussPointText);
 }

@@ -1,5 +1,9 @@
 // The driver of a transfer: preparation, the visit to every target node and Gauss point, far nodes.
+#include "Map/FieldsAtPoints.h"
+#include "Map/Propagation.h"
+#include "Map/Survey.h"
 #include "MappingClass.h"
+#include "Search/Prefetch.h"
 
 #include <algorithm>
 
@@ -22,34 +26,36 @@ void MappingClass::interpolation()
     {
         return;
     }
-    ComputationRun run(itsTransferType == meshToPointCloud ? pointCloudTexts : meshTexts);
-    if (!reportStart(run) || !createElementBoxes(run) || !averageGaussPointFields())
+    ComputationRun run(*this, itsTransferType == meshToPointCloud ? pointCloudTexts : meshTexts);
+    if (!run.start() || !createElementBoxes(run) || !averageGaussPointFields())
     {
         return;
     }
     scanTargetLocations();
-    if (!allocateTargetMaterials(run))
+    if (!assignTargetMaterials(run))
     {
         return;
     }
-    assignTargetMaterials();
-    if (!buildBucketSpace(BucketSpaceClass::elementBuckets, meanRefBoxSize()) || !reportStage(run, "Computation", 5))
+    if (!buildBucketSpace(BucketSpaceClass::elementBuckets, meanRefBoxSize()) || !run.enterStage("Computation", 5))
     {
         return;
     }
     const std::int64_t nbPoints = countTargetPoints();
     if (nbPoints == 0)
     {
-        fail(run.buffer, "There is no target point where fields should be interpolated.\n");
+        run.fail("There is no target point where fields should be interpolated.\n");
         return;
     }
     ProgressCounter progress(nbPoints);
-    if (!interpolateAtNodes(run, progress) || !treatFarNodes() || !interpolateAtGaussPoints(run, progress))
+    const Target wholeTarget = target();
+    if ((itsInterpoAtNodes != 0 && !interpolateAt(atNodes, run, progress, NodeCursor(wholeTarget))) ||
+        !treatFarNodes() ||
+        (itsInterpoAtGPs != 0 && !interpolateAt(atGaussPoints, run, progress, GaussPointCursor(wholeTarget))))
     {
         return;
     }
     itsMeanIterations = itsMeanIterations / static_cast<float>(itsNbInterpolatedPoints);
-    reportTermination(run);
+    run.terminate();
 }
 
 /// Gives every source field at Gauss points its values at nodes.
@@ -83,115 +89,89 @@ void MappingClass::scanTargetLocations()
     }
 }
 
-/// Room for the material of every target node, if there are fields at nodes.
-bool MappingClass::allocateTargetMaterials(ComputationRun& run)
+/// The material of every node of a target mesh, if there are fields at nodes, and the box of what is selected. For a
+/// cloud, whose points have materials of their own, the tables are room that is taken and not filled.
+bool MappingClass::assignTargetMaterials(ComputationRun& run)
 {
-    return itsInterpoAtNodes == 0 ||
-           (allocatePerNode(itsTargetMeshMatlIdPerNode, itsTargetMesh, "itsTargetMeshMatlIdPerNode", run) &&
-            allocatePerNode(itsTargetMeshMatlStatePerNode, itsTargetMesh, "itsTargetMeshMatlStatePerNode", run) &&
-            allocatePerNode(itsTargetMeshMappingAtNode, itsTargetMesh, "itsTargetMeshMappingAtNode", run));
-}
-
-/// Surveys a target mesh: the box of what is selected, and the material of every node if there are fields at nodes.
-void MappingClass::assignTargetMaterials()
-{
-    if (isCloudTarget())
+    if (itsInterpoAtNodes != 0 &&
+        (!allocatePerNode(itsTargetMeshMatlIdPerNode, itsTargetMesh, "itsTargetMeshMatlIdPerNode", run) ||
+         !allocatePerNode(itsTargetMeshMatlStatePerNode, itsTargetMesh, "itsTargetMeshMatlStatePerNode", run) ||
+         !allocatePerNode(itsTargetMeshMappingAtNode, itsTargetMesh, "itsTargetMeshMappingAtNode", run)))
     {
-        return;
+        return false;
     }
-    if (itsInterpoAtNodes == 0)
+    const Target wholeTarget = target();
+    if (wholeTarget.isCloud())
     {
-        surveyTarget();
-        return;
+        return true;
     }
-    const int nbNodes = itsTargetMesh.itsNbNodes;
-    std::fill_n(itsTargetMeshMatlIdPerNode.get(), nbNodes, -1);
-    std::fill_n(itsTargetMeshMatlStatePerNode.get(), nbNodes, -1);
-    std::fill_n(itsTargetMeshMappingAtNode.get(), nbNodes, 0);
-    for (int elt = 0; elt < itsTargetMesh.itsNbElts; ++elt)
+    if (itsInterpoAtNodes != 0)
     {
-        const int matlId = itsTargetMesh.itsMatlIdPerItem[elt];
-        assignMaterials(itsTargetMesh, elt, itsTargetMeshMatlStatePerNode.get(),
-                        [&](int node)
-                        {
-                            itsTargetMeshMatlIdPerNode[node] = matlId;
-                            itsTargetMeshMappingAtNode[node] = itsTargetMatlMappingFlags[matlId];
-                        });
+        assignMaterialsToNodes(itsTargetMesh, itsTargetMatlMappingFlags, wholeTarget.nodes);
     }
-    surveyTargetNodes();
+    OneWorker worker;
+    surveyTarget(wholeTarget, itsSurveyedBoxes, worker);
+    return true;
 }
 
 std::int64_t MappingClass::countTargetPoints() const
 {
-    std::int64_t count = 0;
-    for (int node = 0; itsInterpoAtNodes != 0 && node < itsTargetMesh.itsNbNodes; ++node)
+    return (itsInterpoAtNodes != 0 ? target().nbMappedNodes() : 0) +
+           (itsInterpoAtGPs != 0 ? target().nbSelectedGaussPoints() : 0);
+}
+
+/// Locates points batch by batch, and gives each of them its values in the order of the points. False if the run has
+/// ended.
+template <class Cursor>
+bool MappingClass::interpolateAt(Location pointKind, ComputationRun& run, ProgressCounter& progress, Cursor cursor)
+{
+    PointBatch batch;
+    if (!allocateBatch(batch, progress.total(), run))
     {
-        count += isTargetNodeMapped(node) ? 1 : 0;
+        return false;
     }
-    return itsInterpoAtGPs != 0 ? count + countTargetGaussPoints() : count;
-}
-
-/// Locates points, and then gives each of them its values in the order of the points. False if the run has ended.
-template <class ForEachPoint>
-bool MappingClass::interpolateAt(Location pointKind, ComputationRun& run, ProgressCounter& progress,
-                                 ForEachPoint forEachPoint)
-{
-    return locateInBatches(run, progress.total(), forEachPoint,
-                           [&](const TargetPoint& point, const LocatedPoint& located)
-                           {
-                               int farOutside = 0;
-                               interpolateLocatedPoint(pointKind, point, located, farOutside);
-                               return itsErrorCode == success &&
-                                      (farOutside == 0 || countFarPoint(pointKind, run, point.index)) &&
-                                      reportProgress(run, progress);
-                           });
-}
-
-bool MappingClass::interpolateAtNodes(ComputationRun& run, ProgressCounter& progress)
-{
-    const auto forEachNode = [this](auto visit)
+    while (batch.fill(cursor))
     {
-        for (int node = 0; node < itsTargetMesh.itsNbNodes; ++node)
+        batch.locate(pointLocator());
+        for (std::size_t i = 0; i < batch.size(); ++i)
         {
-            if (isTargetNodeMapped(node) &&
-                !visit(TargetPoint{.index = node,
-                                   .position = itsTargetMesh.nodePosition(node),
-                                   .matlStateClass = itsTargetMesh.itsMatlStateClasses[matlIdOfTargetNode(node)],
-                                   .matlState = matlStateOfTargetNode(node)}))
+            if (batch.isJumping())
+            {
+                prefetchAhead(batch.locatedFrom(i));
+            }
+            int farOutside = 0;
+            interpolateLocatedPoint(pointKind, batch.point(i), takeLocated(batch, i), farOutside);
+            if (itsErrorCode != success || (farOutside != 0 && !countFarPoint(pointKind, run, batch.point(i).index)) ||
+                !run.advance(progress))
             {
                 return false;
             }
         }
-        return true;
-    };
-    return itsInterpoAtNodes == 0 || interpolateAt(atNodes, run, progress, forEachNode);
+    }
+    return true;
 }
 
-/// Gauss points are numbered over all target elements, whether they are selected or not.
-bool MappingClass::interpolateAtGaussPoints(ComputationRun& run, ProgressCounter& progress)
+/// Asks, step by step, for what the points that follow the first of `located` need: each step finds the address that
+/// the next one reads.
+void MappingClass::prefetchAhead(std::span<const LocatedPoint> located) const
 {
-    const auto forEachGaussPoint = [this](auto visit)
+    constexpr std::size_t step = 6;
+    const auto eltAhead = [&](std::size_t nbSteps)
+    { return nbSteps * step < located.size() ? located[nbSteps * step].elt : -1; };
+    if (const int elt = eltAhead(3); elt != -1)
     {
-        std::int64_t firstGaussPoint = 0;
-        for (int elt = 0; elt < itsTargetMesh.itsNbElts; ++elt)
-        {
-            const int nbGaussPoints = itsTargetMesh.nbGaussPointsOfElt(elt);
-            const bool isSelected = isTargetEltSelected(elt);
-            for (int i = 0; isSelected && i < nbGaussPoints; ++i)
-            {
-                if (!visit(TargetPoint{.index = firstGaussPoint + i,
-                                       .position = itsTargetMesh.gaussPointPosition(elt, i),
-                                       .matlStateClass = itsTargetMesh.matlStateClassOfItem(elt),
-                                       .matlState = itsTargetMesh.matlStateOfItem(elt)}))
-                {
-                    return false;
-                }
-            }
-            firstGaussPoint += nbGaussPoints;
-        }
-        return true;
-    };
-    return itsInterpoAtGPs == 0 || interpolateAt(atGaussPoints, run, progress, forEachGaussPoint);
+        prefetch(itsRefMesh.itsConnectivity + elt);
+        prefetch(itsRefMesh.itsEltTypes + elt);
+    }
+    if (const int elt = eltAhead(2); elt != -1)
+    {
+        const auto nodes = nodesOfElt(itsRefMesh, elt);
+        prefetchRange(nodes.data(), nodes.data() + nodes.size());
+    }
+    if (const int elt = eltAhead(1); elt != -1)
+    {
+        prefetchFields(itsRefFields, nodesOfElt(itsRefMesh, elt));
+    }
 }
 
 bool MappingClass::countFarPoint(Location pointKind, ComputationRun& run, std::int64_t index)
@@ -201,24 +181,18 @@ bool MappingClass::countFarPoint(Location pointKind, ComputationRun& run, std::i
         ++itsNbTargetGPsFarOutside;
         return true;
     }
-    return markFarNode(run, index);
-}
-
-bool MappingClass::markFarNode(ComputationRun& run, std::int64_t node)
-{
     ++itsNbTargetNodesFarOutside;
     if (!itsTargetNodesFarOutside)
     {
         if (!itsTargetNodesFarOutside.allocate(itsTargetMesh.itsNbNodes))
         {
             // The blank and the other function's name are part of the text that hosts know.
-            fail(run.buffer, "Allocation of itsTargetNodesFarOutside is not possible in MappingClass:: "
-                             "interpolationAtPoint() function.\n");
-            return false;
+            return run.fail("Allocation of itsTargetNodesFarOutside is not possible in MappingClass:: "
+                            "interpolationAtPoint() function.\n");
         }
         std::fill_n(itsTargetNodesFarOutside.get(), itsTargetMesh.itsNbNodes, static_cast<unsigned char>(0));
     }
-    itsTargetNodesFarOutside[node] = 1;
+    itsTargetNodesFarOutside[index] = 1;
     return true;
 }
 
@@ -228,7 +202,7 @@ bool MappingClass::treatFarNodes()
     {
         if (itsInterpoMode == defaultAtFarNodes)
         {
-            fillFarNodesWithDefaults();
+            fillFarNodes([](const FieldClass& field) { return field.defaultValue(); });
         }
         else if (itsInterpoMode == propagateToFarNodes)
         {
@@ -238,27 +212,69 @@ bool MappingClass::treatFarNodes()
     return itsErrorCode == success;
 }
 
-void MappingClass::fillFarNodesWithDefaults()
+/// Writes a value into every field at nodes that exists on the material of a node that is still far.
+void MappingClass::fillFarNodes(float (*valueFor)(const FieldClass&))
 {
+    const Target wholeTarget = target();
     for (int node = 0; node < itsTargetMesh.itsNbNodes; ++node)
     {
-        if (itsTargetNodesFarOutside[node] == 1 && isTargetNodeMapped(node))
+        if (itsTargetNodesFarOutside[node] == 1 && wholeTarget.isNodeMapped(node))
         {
-            fillNodeFields(node, [](const FieldClass& field) { return field.defaultValue(); });
+            fillFields(itsTargetFields, atNodes, node, wholeTarget.matlStateClassOfNode(node), valueFor);
         }
     }
 }
 
-/// Writes a value into every field at nodes that exists on the node's material.
-void MappingClass::fillNodeFields(int node, float (*valueFor)(const FieldClass&))
+void MappingClass::nodeFieldsPropagation()
 {
-    const int matlStateClass = itsTargetMesh.itsMatlStateClasses[matlIdOfTargetNode(node)];
-    for (FieldClass& field : itsTargetFields.fields())
+    MessageBuffer buffer("MappingClass::nodeFieldsPropagation()");
+    unsigned char* isFar = itsTargetNodesFarOutside.get();
+    const int nbOpen = listOpenElements(target(), isFar, nullptr);
+    OwnedArray<int> openElts;
+    if (!openElts.allocate(nbOpen))
     {
-        if (field.itsLocation == atNodes && field.existsOn(matlStateClass))
+        fail(buffer, "Allocation of the open elements is not possible in MappingClass::nodeFieldsPropagation() "
+                     "function.\n");
+        return;
+    }
+    listOpenElements(target(), isFar, openElts.get());
+    const auto fillElement = [&](int elt, const ElementFront& front)
+    {
+        const auto forEachNode = [&](bool isWantedFar, auto visit)
         {
-            field.fillLocation(node, valueFor(field));
+            for (const int node : nodesOfElt(itsTargetMesh, elt))
+            {
+                if ((isFar[node] == 1) == isWantedFar)
+                {
+                    visit(node);
+                }
+            }
+        };
+        for (FieldClass& field : itsTargetFields.fields())
+        {
+            // A field that does not exist on the element's material keeps its values.
+            const bool isConcerned =
+                field.itsLocation == atNodes && field.existsOn(itsTargetMesh.matlStateClassOfItem(elt));
+            for (int component = 0; isConcerned && component < field.itsNbComponents; ++component)
+            {
+                const auto indexOf = [&](int node)
+                { return static_cast<std::int64_t>(node) * field.itsNbComponents + component; };
+                spreadMean([&](auto visit) { forEachNode(false, visit); },
+                           [&](auto visit) { forEachNode(true, visit); }, front.nbFilled,
+                           [&](int node) { return field.value(indexOf(node)); },
+                           [&](int node, float mean) { field.setValue(indexOf(node), mean); });
+            }
         }
+    };
+    const int remaining = propagate(itsTargetMesh, isFar, itsNbTargetNodesFarOutside,
+                                    {openElts.get(), static_cast<std::size_t>(nbOpen)}, fillElement);
+    if (remaining != 0)
+    {
+        fillFarNodes([](const FieldClass&) { return 0.0F; });
+        formatMessage(buffer.text(), "Warning: propagation is not possible for nodes located in a region\nthat is not "
+                                     "connected to an already interpolated region.\nFields are set to zero in these "
+                                     "regions.\n");
+        adoptErrorText(buffer.release(), cancelledOrWarned);
     }
 }
 
@@ -266,14 +282,15 @@ void MappingClass::fillNodeFields(int node, float (*valueFor)(const FieldClass&)
 /// among them the default lands on the first Gauss points of the field. Hosts rely on it as it is.
 void MappingClass::fillTargetsWithDefault()
 {
-    const std::int64_t nbSelectedGaussPoints = itsInterpoAtGPs != 0 ? countTargetGaussPoints() : 0;
+    const Target wholeTarget = target();
+    const std::int64_t nbSelectedGaussPoints = itsInterpoAtGPs != 0 ? wholeTarget.nbSelectedGaussPoints() : 0;
     for (FieldClass& field : itsTargetFields.fields())
     {
         if (field.itsLocation == atNodes && itsInterpoAtNodes != 0 && itsTargetMeshMappingAtNode)
         {
             for (int node = 0; node < itsTargetMesh.itsNbNodes; ++node)
             {
-                if (isTargetNodeMapped(node))
+                if (wholeTarget.isNodeMapped(node))
                 {
                     field.fillLocation(node, itsDefaultValue);
                 }

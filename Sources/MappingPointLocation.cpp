@@ -1,7 +1,7 @@
-// Location of one target point in the source mesh: the search of its bucket, and the near-miss fallback.
+// One target point of a transfer: where it lies, the fallbacks if it is in no element, its values.
+#include "Map/FieldsAtPoints.h"
+#include "Map/NearestElement.h"
 #include "MappingClass.h"
-
-#include <algorithm>
 
 namespace
 {
@@ -12,7 +12,8 @@ const PointLocator& MappingClass::pointLocator()
 {
     if (!itsPointLocator)
     {
-        itsPointLocator.emplace(itsRefMesh, itsRefMeshBoxPerElt, itsBucketSpace, itsRefCoordTolerance);
+        itsPointLocator.emplace(itsRefMesh, itsRefMeshBoxPerElt, itsBucketSpace, itsRefCoordTolerance,
+                                asExported().singularElements);
     }
     return *itsPointLocator;
 }
@@ -48,59 +49,10 @@ char* MappingClass::createBaryPerRefElt()
     }
     for (int elt = 0; elt < nbElts; ++elt)
     {
-        float* centre = itsRefMeshBaryValues.get() + 3 * static_cast<std::int64_t>(elt);
-        itsRefMeshBaryPerElt[elt] = centre;
-        std::fill_n(centre, 3, 0.0F);
-        const int nbNodes = itsRefMesh.nbNodesOfElt(elt);
-        for (int i = 0; i < nbNodes; ++i)
-        {
-            const float(&coords)[3] = itsRefMesh.itsNodeCoords[itsRefMesh.itsConnectivity[elt][i]];
-            for (int axis = 0; axis < 3; ++axis)
-            {
-                centre[axis] += coords[axis];
-            }
-        }
-        for (int axis = 0; axis < 3; ++axis)
-        {
-            centre[axis] /= static_cast<float>(nbNodes);
-        }
+        itsRefMeshBaryPerElt[elt] = itsRefMeshBaryValues.get() + 3 * static_cast<std::int64_t>(elt);
+        computeCentre(itsRefMesh, elt, itsRefMeshBaryPerElt[elt]);
     }
     return nullptr;
-}
-
-/// The element of the point's bucket, whatever the bucket's state, whose centre is nearest; of equally near ones the
-/// last. No element if the inversion there does not converge.
-LocatedPoint MappingClass::nearestElement(const TargetPoint& point)
-{
-    int nearest = -1;
-    float nearestDistance = 0.0F;
-    for (const int elt : itsBucketSpace.items(itsBucketSpace.bucketOfPoint(point.position)))
-    {
-        if (itsRefMesh.matlStateOfItem(elt) != point.matlState)
-        {
-            continue;
-        }
-        const float distance = squaredDistance(point.position, itsRefMeshBaryPerElt[elt]);
-        if (nearest == -1 || nearestDistance >= distance)
-        {
-            nearest = elt;
-            nearestDistance = distance;
-        }
-    }
-    if (nearest == -1)
-    {
-        return {};
-    }
-    const Inversion inversion = itsRefMesh.referenceCoordinates(nearest, boxValues(itsRefMeshBoxPerElt, nearest),
-                                                                point.position, itsRefCoordTolerance);
-    if (inversion.result == Inversion::notConverged)
-    {
-        return {};
-    }
-    return {.elt = nearest,
-            .referenceCoords = inversion.referenceCoords,
-            .nbIterations = inversion.nbIterations,
-            .isNearMiss = true};
 }
 
 void MappingClass::interpolationAtPoint(Location pointKind, std::int64_t pointIndex, const Vector3& point,
@@ -124,12 +76,16 @@ void MappingClass::interpolateLocatedPoint(Location pointKind, const TargetPoint
         return;
     }
     countInversion(located);
-    ShapeValues shape = shapeValuesAt(located);
+    ShapeValues shape = shapeValuesAt(itsRefMesh, located);
     if (located.isNearMiss && !normaliseNearMiss(shape))
     {
+        MessageBuffer buffer(pointFunctionName);
+        formatMessage(buffer.text(), "Error in %s file at line %d: division by zero .", "MappingClass", 1937);
+        adoptErrorText(buffer.release(), failure);
         return;
     }
-    evaluateFields(pointKind, point.index, point.matlStateClass, itsRefMesh.itsConnectivity[located.elt], shape);
+    evaluateFields(itsRefFields, itsTargetFields, pointKind, point.index, point.matlStateClass,
+                   {itsRefMesh.itsConnectivity[located.elt], shape.values, shape.nbNodes});
 }
 
 /// What follows the search for a point of a mesh: a point in no element goes to the nearest one of its bucket, or is
@@ -149,7 +105,13 @@ bool MappingClass::locateInMesh(LocatedPoint& located, Location pointKind, const
             return false;
         }
     }
-    located = nearestElement(point);
+    const NearestElement nearest(itsRefMesh, itsRefMeshBoxPerElt, itsBucketSpace, itsRefCoordTolerance,
+                                 itsRefMeshBaryValues.get(), asExported().singularElements);
+    located = nearest.find(point.position, point.matlState);
+    if (located.isSingular)
+    {
+        leaveOnSingularJacobian(located.elt);
+    }
     if (located.elt != -1)
     {
         return true;
@@ -164,7 +126,8 @@ bool MappingClass::locateInMesh(LocatedPoint& located, Location pointKind, const
     if (pointKind == atGaussPoints)
     {
         // A node's number has no meaning in fields at Gauss points, and far nodes are filled later.
-        zeroGaussPoint(point.index, point.matlStateClass);
+        fillFields(itsTargetFields, atGaussPoints, point.index, point.matlStateClass,
+                   [](const FieldClass&) { return 0.0F; });
     }
     farOutside = 1;
     return false;
@@ -186,37 +149,4 @@ bool MappingClass::locateInCloud(const LocatedPoint& located, int& farOutside)
     }
     farOutside = 1;
     return false;
-}
-
-ShapeValues MappingClass::shapeValuesAt(const LocatedPoint& located) const
-{
-    ShapeValues shape;
-    shape.nbNodes = itsRefMesh.nbNodesOfElt(located.elt);
-    FEUtilities::shapeFunctions(itsRefMesh.itsEltTypes[located.elt], located.referenceCoords, shape.values);
-    return shape;
-}
-
-/// Brings the weights of a point outside its element back into [0, 1] with sum 1; false, and an error, if all are 0.
-bool MappingClass::normaliseNearMiss(ShapeValues& shape)
-{
-    float sum = 0.0F;
-    for (int i = 0; i < shape.nbNodes; ++i)
-    {
-        float& value = shape.values[i];
-        value = value < 0.0F ? 0.0F : value;
-        value = value > 1.0F ? 1.0F : value;
-        sum += value;
-    }
-    if (sum == 0.0F)
-    {
-        MessageBuffer buffer(pointFunctionName);
-        formatMessage(buffer.text(), "Error in %s file at line %d: division by zero .", "MappingClass", 1937);
-        adoptErrorText(buffer.release(), failure);
-        return false;
-    }
-    for (int i = 0; i < shape.nbNodes; ++i)
-    {
-        shape.values[i] /= sum;
-    }
-    return true;
 }

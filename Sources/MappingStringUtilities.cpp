@@ -1,9 +1,9 @@
 #include "MappingStringUtilities.h"
 
 #include "Allocation.h"
+#include "Fault.h"
 
 #include <cstdarg>
-#include <cstdlib>
 
 namespace
 {
@@ -45,11 +45,12 @@ void printMessage(const char* format, ...)
 
 void endProcess(const char* format, ...)
 {
+    char line[messageCapacity];
     std::va_list arguments;
     va_start(arguments, format);
-    std::vprintf(format, arguments);
+    std::vsnprintf(line, sizeof line, format, arguments);
     va_end(arguments);
-    std::exit(0);
+    leaveOnFault({line});
 }
 
 void formatMessage(char* buffer, const char* format, ...)

@@ -1,4 +1,4 @@
-/// Message buffers, formatted output, and the messages that end the process.
+/// Message buffers, formatted output, and the messages of faults.
 #ifndef VELTRANE_MAPPING_STRING_UTILITIES_H
 #define VELTRANE_MAPPING_STRING_UTILITIES_H
 
@@ -17,7 +17,8 @@ void releaseString(char* text) noexcept;
 /// printf
 [[gnu::format(printf, 1, 2)]] void printMessage(const char* format, ...);
 
-/// Prints and ends the process with status 0: the answer to faults in the data that a host hands over.
+/// Leaves the computation because of a fault in the data that a host hands over; in the library this prints the text
+/// and ends the process with status 0.
 [[noreturn, gnu::format(printf, 1, 2)]] void endProcess(const char* format, ...);
 
 /// sprintf into a message buffer, of which messageCapacity bytes are never exceeded.

@@ -90,6 +90,16 @@ Vector3 ModelClass::gaussPointPosition(int elt, int gaussPoint) const
 
 Inversion ModelClass::referenceCoordinates(int elt, const float* box, const Vector3& point, float precisionFactor) const
 {
+    const Inversion inversion = inversionIn(elt, box, point, precisionFactor);
+    if (inversion.result == Inversion::singular)
+    {
+        leaveOnSingularJacobian(elt);
+    }
+    return inversion;
+}
+
+Inversion ModelClass::inversionIn(int elt, const float* box, const Vector3& point, float precisionFactor) const
+{
     Inversion inversion;
     if (elt == -1)
     {
@@ -104,11 +114,7 @@ Inversion ModelClass::referenceCoordinates(int elt, const float* box, const Vect
                          });
     if (!known)
     {
-        FEUtilities::shapeFunctions(itsEltTypes[elt], inversion.referenceCoords, nullptr); // ends the process
-    }
-    if (inversion.result == Inversion::singular)
-    {
-        endOnSingularJacobian();
+        FEUtilities::shapeFunctions(itsEltTypes[elt], inversion.referenceCoords, nullptr); // leaves
     }
     return inversion;
 }

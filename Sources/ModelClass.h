@@ -4,7 +4,7 @@
 
 #include "Allocation.h"
 #include "FEutilities.h"
-#include "ReferenceCoordinates.h"
+#include "Search/ReferenceCoordinates.h"
 
 enum class ModelKind
 {
@@ -44,8 +44,12 @@ public:
     Vector3 gaussPointPosition(int elt, int gaussPoint) const;
 
     /// Reference coordinates of `point` in element `elt`, whose inflated box is `box` (minimum, maximum); see
-    /// invertPoint. Element -1 is no element: not converged. A type without shape functions ends the process.
+    /// invertPoint. Element -1 is no element: not converged. A type without shape functions and a singular Jacobian
+    /// leave the computation.
     Inversion referenceCoordinates(int elt, const float* box, const Vector3& point, float precisionFactor) const;
+
+    /// The same, except that a singular Jacobian is returned as such.
+    Inversion inversionIn(int elt, const float* box, const Vector3& point, float precisionFactor) const;
 
     ModelKind itsKind = ModelKind::none;
     int itsNbElts = 0;

@@ -1,13 +1,13 @@
 #include "GeneratedMesh.h"
 
+#include "CellGrid.h"
 #include "Elements/ElementKinds.h"
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdlib>
-#include <initializer_list>
 #include <numeric>
+#include <span>
 #include <utility>
 
 namespace benchmarks
@@ -16,18 +16,11 @@ namespace
 {
 constexpr double midEdgeDistortion = 0.2; // of the corner nodes' distortion
 
-/// What the cells at one x position of the grid are made of. All kinds fit together on common faces: a face of a cell
-/// is one quadrilateral, or two triangles that meet in the diagonal from its lowest to its highest corner.
-enum class Filling
-{
-    hexahedron,
-    wedges,
-    pyramids,
-    pyramidsBesideTetrahedra, ///< pyramids, but two tetrahedra on the face towards higher x
-    tetrahedra,
-    quadraticTetrahedra
-};
+using meshes::CellGrid;
+using meshes::Filling;
+using meshes::Position;
 
+/// What the cells at one x position of the grid are made of.
 Filling fillingAt(MeshKind kind, int nbCells, int i)
 {
     switch (kind)
@@ -50,19 +43,8 @@ Filling fillingAt(MeshKind kind, int nbCells, int i)
     }
 }
 
-/// A cell's corners are numbered by bits: 1 is the step in x, 2 in y, 4 in z.
-using Corners = std::array<int, 8>;
-
-/// The faces' corners, counter-clockwise seen from the cell's centre.
-constexpr std::array<std::array<std::size_t, 4>, 6> faces{
-    {{0, 1, 3, 2}, {4, 6, 7, 5}, {0, 2, 6, 4}, {1, 5, 7, 3}, {0, 4, 5, 1}, {2, 3, 7, 6}}};
-constexpr std::size_t faceTowardsHigherX = 3;
-
-/// Six tetrahedra per cell around the diagonal from corner 0 to corner 7, one per order of the axes.
-constexpr std::array<std::array<std::size_t, 4>, 6> tetrahedraOfCell{
-    {{0, 1, 3, 7}, {0, 3, 2, 7}, {0, 2, 6, 7}, {0, 6, 4, 7}, {0, 4, 5, 7}, {0, 5, 1, 7}}};
-
-class MeshGenerator
+/// The cells of the grid count along y first, then z, then x: slabs of a mix follow each other.
+class MeshGenerator : public meshes::MeshSink
 {
 public:
     explicit MeshGenerator(const MeshOptions& options)
@@ -72,19 +54,19 @@ public:
 
     GeneratedMesh generate()
     {
-        placeCorners();
-        for (int i = 0; i < itsNbCells; ++i)
+        CellGrid grid;
+        grid.cells = {itsNbCells, itsNbCells, itsNbCells};
+        grid.corner = [this](int j, int k, int i)
         {
-            itsMaterial = i < itsOptions.secondMaterial * itsNbCells ? 1 : 0;
-            const Filling filling = fillingAt(itsOptions.kind, itsNbCells, i);
-            for (int j = 0; j < itsNbCells; ++j)
-            {
-                for (int k = 0; k < itsNbCells; ++k)
-                {
-                    fillCell(filling, i, j, k);
-                }
-            }
-        }
+            const auto at = [&](int index) { return static_cast<double>(index) / itsNbCells; };
+            return moved({at(i), at(j), at(k)}, isInner(i) && isInner(j) && isInner(k));
+        };
+        grid.filling = [this](int, int, int i) { return fillingAt(itsOptions.kind, itsNbCells, i); };
+        grid.matl = [this](int, int, int i) { return i < itsOptions.secondMaterial * itsNbCells ? 1 : 0; };
+        grid.apex = [this](const Position& centre) { return moved(centre, true); };
+        grid.midEdge = [this](const Position& middle, int a, int b)
+        { return moved(middle, isCurved(gridIndex(a), gridIndex(b)), midEdgeDistortion); };
+        meshes::cut(grid, *this);
         if (itsOptions.secondMaterial > 0.0)
         {
             itsMesh.matlStates = {1, 4};
@@ -93,155 +75,55 @@ public:
         return std::move(itsMesh);
     }
 
-private:
-    using Position = std::array<double, 3>;
-
-    int cornerNode(int i, int j, int k) const { return (i * (itsNbCells + 1) + j) * (itsNbCells + 1) + k; }
-    bool isInner(int index) const { return 0 < index && index < itsNbCells; }
-
-    double displacement(double factor)
+    void addNode(const Position& position) override
     {
-        return (2.0 * itsRandom() - 1.0) * factor * itsOptions.distortion / itsNbCells;
+        for (const double coordinate : position)
+        {
+            itsMesh.coords.push_back(static_cast<float>(coordinate));
+        }
     }
 
-    int addNode(Position position, bool isMoved, double factor = 1.0)
+    void addElement(int typeCode, std::span<const int> nodes, int matl) override
+    {
+        itsMesh.eltTypes.push_back(typeCode);
+        itsMesh.matlIdPerElt.push_back(matl);
+        itsFirstNode.push_back(itsMesh.connectivity.size());
+        itsMesh.connectivity.insert(itsMesh.connectivity.end(), nodes.begin(), nodes.end());
+    }
+
+private:
+    using GridIndex = std::array<int, 3>;
+
+    bool isInner(int index) const { return 0 < index && index < itsNbCells; }
+
+    Position moved(Position position, bool isMoved, double factor = 1.0)
     {
         for (double& coordinate : position)
         {
-            const double moved = coordinate + displacement(factor);
-            itsMesh.coords.push_back(static_cast<float>(isMoved ? moved : coordinate));
+            const double way = itsRandom.real(-1.0, 1.0) * factor * itsOptions.distortion / itsNbCells;
+            coordinate += isMoved ? way : 0.0;
         }
-        return itsMesh.nbNodes() - 1;
+        return position;
     }
 
-    void placeCorners()
+    /// Inner edges are curved; those on the cube's faces, or on a face that linear tetrahedra share, stay straight.
+    bool isCurved(const GridIndex& from, const GridIndex& to) const
     {
-        for (int i = 0; i <= itsNbCells; ++i)
+        for (std::size_t axis = 0; axis < 3; ++axis)
         {
-            for (int j = 0; j <= itsNbCells; ++j)
+            if (from[axis] == to[axis] && !isInner(from[axis]))
             {
-                for (int k = 0; k <= itsNbCells; ++k)
-                {
-                    const auto at = [&](int index) { return static_cast<double>(index) / itsNbCells; };
-                    addNode({at(i), at(j), at(k)}, isInner(i) && isInner(j) && isInner(k));
-                }
+                return false;
             }
         }
+        return from[0] != to[0] || fillingAt(itsOptions.kind, itsNbCells, from[0] - 1) == Filling::quadraticTetrahedra;
     }
 
-    void fillCell(Filling filling, int i, int j, int k)
-    {
-        Corners corners;
-        for (std::size_t corner = 0; corner < corners.size(); ++corner)
-        {
-            const auto bits = static_cast<int>(corner);
-            corners[corner] = cornerNode(i + (bits & 1), j + ((bits >> 1) & 1), k + ((bits >> 2) & 1));
-        }
-        const auto& c = corners;
-        switch (filling)
-        {
-        case Filling::hexahedron:
-            addElement(LinearHexahedron::typeCode, {c[0], c[1], c[3], c[2], c[4], c[5], c[7], c[6]});
-            break;
-        case Filling::wedges:
-            addElement(LinearWedge::typeCode, {c[0], c[1], c[3], c[4], c[5], c[7]});
-            addElement(LinearWedge::typeCode, {c[0], c[3], c[2], c[4], c[7], c[6]});
-            break;
-        case Filling::pyramids: addPyramids(c, i, j, k, false); break;
-        case Filling::pyramidsBesideTetrahedra: addPyramids(c, i, j, k, true); break;
-        case Filling::tetrahedra:
-            for (const auto& t : tetrahedraOfCell)
-            {
-                addElement(LinearTetrahedron::typeCode, {c[t[0]], c[t[1]], c[t[2]], c[t[3]]});
-            }
-            break;
-        case Filling::quadraticTetrahedra:
-            for (const auto& t : tetrahedraOfCell)
-            {
-                addQuadraticTetrahedron({c[t[0]], c[t[1]], c[t[2]], c[t[3]]});
-            }
-            break;
-        }
-    }
-
-    void addPyramids(const Corners& c, int i, int j, int k, bool isBesideTetrahedra)
-    {
-        const auto middle = [&](int index) { return (index + 0.5) / itsNbCells; };
-        const int centre = addNode({middle(i), middle(j), middle(k)}, true);
-        for (std::size_t face = 0; face < faces.size(); ++face)
-        {
-            const auto& f = faces[face];
-            if (isBesideTetrahedra && face == faceTowardsHigherX)
-            {
-                addElement(LinearTetrahedron::typeCode, {c[f[0]], c[f[1]], c[f[2]], centre});
-                addElement(LinearTetrahedron::typeCode, {c[f[0]], c[f[2]], c[f[3]], centre});
-                continue;
-            }
-            addElement(LinearPyramid::typeCode, {c[f[0]], c[f[1]], c[f[2]], c[f[3]], centre});
-        }
-    }
-
-    void addQuadraticTetrahedron(const std::array<int, 4>& c)
-    {
-        addElement(QuadraticTetrahedron::typeCode,
-                   {c[0], c[1], c[2], c[3], midEdgeNode(c[0], c[1]), midEdgeNode(c[1], c[2]), midEdgeNode(c[0], c[2]),
-                    midEdgeNode(c[0], c[3]), midEdgeNode(c[1], c[3]), midEdgeNode(c[2], c[3])});
-    }
-
-    /// The node in the middle of the edge between two corners of a cell, made when it is first asked for. Inner edges
-    /// are curved; those on the cube's faces, or on a face that linear tetrahedra share, stay straight.
-    int midEdgeNode(int a, int b)
-    {
-        const int low = std::min(a, b);
-        const int high = std::max(a, b);
-        const auto from = gridIndex(low);
-        const auto to = gridIndex(high);
-        const auto direction =
-            static_cast<std::size_t>((to[0] - from[0]) + 2 * (to[1] - from[1]) + 4 * (to[2] - from[2]));
-        if (itsMidEdgeNodes.empty())
-        {
-            const auto nbCorners = static_cast<std::size_t>(itsNbCells + 1);
-            itsMidEdgeNodes.assign(nbCorners * nbCorners * nbCorners, {-1, -1, -1, -1, -1, -1, -1, -1});
-        }
-        int& node = itsMidEdgeNodes[static_cast<std::size_t>(low)][direction];
-        if (node == -1)
-        {
-            bool isStraight = false;
-            Position position;
-            for (std::size_t axis = 0; axis < 3; ++axis)
-            {
-                const bool isInPlane = from[axis] == to[axis];
-                isStraight = isStraight || (isInPlane && !isInner(from[axis]));
-                position[axis] = 0.5 * (coordinate(low, axis) + coordinate(high, axis));
-            }
-            isStraight = isStraight || (from[0] == to[0] && touchesOtherKind(from[0]));
-            node = addNode(position, !isStraight, midEdgeDistortion);
-        }
-        return node;
-    }
-
-    bool touchesOtherKind(int i) const
-    {
-        return fillingAt(itsOptions.kind, itsNbCells, i - 1) != Filling::quadraticTetrahedra;
-    }
-
-    std::array<int, 3> gridIndex(int corner) const
+    /// Of a corner of cells, along x, y and z.
+    GridIndex gridIndex(int corner) const
     {
         const int row = itsNbCells + 1;
-        return {corner / (row * row), corner / row % row, corner % row};
-    }
-
-    double coordinate(int node, std::size_t axis) const
-    {
-        return static_cast<double>(itsMesh.coords[3 * static_cast<std::size_t>(node) + axis]);
-    }
-
-    void addElement(int typeCode, std::initializer_list<int> nodes)
-    {
-        itsMesh.eltTypes.push_back(typeCode);
-        itsMesh.matlIdPerElt.push_back(itsMaterial);
-        itsFirstNode.push_back(itsMesh.connectivity.size());
-        itsMesh.connectivity.insert(itsMesh.connectivity.end(), nodes);
+        return {corner / (row * row), corner % row, corner / row % row};
     }
 
     void linkElements()
@@ -259,11 +141,9 @@ private:
 
     MeshOptions itsOptions;
     int itsNbCells;
-    UniformRandom itsRandom;
-    int itsMaterial = 0;
+    Random itsRandom;
     GeneratedMesh itsMesh;
     std::vector<std::size_t> itsFirstNode;
-    std::vector<std::array<int, 8>> itsMidEdgeNodes; ///< per lower corner and direction of the edge
 };
 
 /// Nodes and Gauss points of a type code.
@@ -301,8 +181,8 @@ LayerCounts layerCounts(Filling filling, std::int64_t n)
     case Filling::pyramidsBesideTetrahedra: return {nbCells, 7 * nbCells, 42 * nbCells};
     case Filling::tetrahedra: return {0, 6 * nbCells, 6 * nbCells};
     case Filling::quadraticTetrahedra: return {nbMidEdgeNodes, 6 * nbCells, 30 * nbCells};
+    default: return {};
     }
-    return {};
 }
 
 std::int64_t approximateCount(MeshKind kind, MeshCount count, int nbCells)
@@ -322,17 +202,6 @@ std::int64_t approximateCount(MeshKind kind, MeshCount count, int nbCells)
     }
     return 0;
 }
-
-std::vector<int> randomOrder(int n, UniformRandom& random)
-{
-    std::vector<int> order(static_cast<std::size_t>(n));
-    std::iota(order.begin(), order.end(), 0);
-    for (int i = n - 1; i > 0; --i)
-    {
-        std::swap(order[static_cast<std::size_t>(i)], order[static_cast<std::size_t>(random.below(i + 1))]);
-    }
-    return order;
-}
 } // namespace
 
 std::int64_t GeneratedMesh::nbGaussPoints() const
@@ -348,10 +217,10 @@ GeneratedMesh generateMesh(const MeshOptions& options)
 
 RenumberedMesh renumber(const GeneratedMesh& mesh, std::uint32_t seed)
 {
-    UniformRandom random(seed);
+    Random random(seed);
     RenumberedMesh renumbered;
-    renumbered.originalNode = randomOrder(mesh.nbNodes(), random);
-    renumbered.originalElt = randomOrder(mesh.nbElts(), random);
+    renumbered.originalNode = random.permutation(mesh.nbNodes());
+    renumbered.originalElt = random.permutation(mesh.nbElts());
     const bool hasOneType = std::ranges::count(mesh.eltTypes, mesh.eltTypes.front()) == mesh.nbElts();
     if (!hasOneType)
     {

@@ -2,6 +2,8 @@
 #ifndef VELTRANE_BENCHMARKS_GENERATED_MESH_H
 #define VELTRANE_BENCHMARKS_GENERATED_MESH_H
 
+#include "Random.h"
+
 #include <cstdint>
 #include <string_view>
 #include <vector>
@@ -76,28 +78,6 @@ RenumberedMesh renumber(const GeneratedMesh& mesh, std::uint32_t seed);
 int nbCellsFor(MeshKind kind, MeshCount count, std::int64_t wanted);
 
 std::string_view nameOf(MeshKind kind);
-
-/// Uniform random numbers in [0, 1), the same on every platform.
-class UniformRandom
-{
-public:
-    explicit UniformRandom(std::uint32_t seed) : itsState(seed) {}
-
-    double operator()() { return static_cast<double>(bits() >> 11U) * 0x1p-53; }
-    /// 0 to n - 1.
-    int below(int n) { return static_cast<int>((*this)() * n); }
-
-private:
-    /// SplitMix64.
-    std::uint64_t bits()
-    {
-        std::uint64_t z = (itsState += 0x9e3779b97f4a7c15U);
-        z = (z ^ (z >> 30U)) * 0xbf58476d1ce4e5b9U;
-        z = (z ^ (z >> 27U)) * 0x94d049bb133111ebU;
-        return z ^ (z >> 31U);
-    }
-    std::uint64_t itsState;
-};
 } // namespace benchmarks
 
 #endif

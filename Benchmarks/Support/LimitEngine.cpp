@@ -5,7 +5,7 @@
 // left, in single precision on the host's arrays. No checks, no materials, no messages, no progress.
 #include "TransferCase.h"
 
-#include "ReferenceCoordinates.h"
+#include "Search/ReferenceCoordinates.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,5 +1,7 @@
 #include "Measurement.h"
 
+#include "TemporaryDirectory.h"
+
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -45,33 +47,6 @@ void resetPeakMemory()
 {
     std::ofstream("/proc/self/clear_refs") << "5";
 }
-
-class TemporaryFolder
-{
-public:
-    TemporaryFolder()
-    {
-        std::string path = (std::filesystem::temp_directory_path() / "veltrane_benchmark_XXXXXX").string();
-        if (mkdtemp(path.data()) == nullptr)
-        {
-            throw std::runtime_error("cannot make a temporary folder in " +
-                                     std::filesystem::temp_directory_path().string());
-        }
-        itsPath = path;
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    ~TemporaryFolder()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(itsPath, ignored);
-    }
-
-    const std::filesystem::path& path() const { return itsPath; }
-
-private:
-    std::filesystem::path itsPath;
-};
 
 /// What the child does; it never returns into the parent's code.
 [[noreturn]] void runAsChild(const Engine& engine, const std::filesystem::path& folder, int resultEnd)
@@ -119,7 +94,7 @@ Measurement Meter::stop() const
 
 Measurement measureInChild(const Engine& engine)
 {
-    const TemporaryFolder folder;
+    const TemporaryDirectory folder;
     std::array<int, 2> ends{};
     if (pipe(ends.data()) != 0)
     {

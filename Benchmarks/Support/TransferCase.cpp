@@ -129,9 +129,9 @@ void TransferCase::makeTarget()
 
 void TransferCase::makeCloud()
 {
-    UniformRandom random(options.seed + 1);
+    Random random(options.seed + 1);
     otherPoints.resize(3 * static_cast<std::size_t>(options.nbPoints));
-    std::ranges::generate(otherPoints, [&] { return static_cast<float>(random()); });
+    std::ranges::generate(otherPoints, [&] { return static_cast<float>(random.real(0.0, 1.0)); });
 }
 
 void TransferCase::placeGaussPoints()

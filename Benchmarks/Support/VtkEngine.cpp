@@ -5,7 +5,6 @@
 #include "VtkThreads.h"
 
 #include <vtkCellLocatorStrategy.h>
-#include <vtkCellType.h>
 #include <vtkDoubleArray.h>
 #include <vtkGenericCell.h>
 #include <vtkIdTypeArray.h>
@@ -26,20 +25,6 @@ namespace benchmarks
 namespace
 {
 constexpr int mostNodes = maxNbNodes;
-
-/// Both number the nodes of these cells alike.
-int vtkCellType(int typeCode)
-{
-    switch (typeCode)
-    {
-    case LinearHexahedron::typeCode: return VTK_HEXAHEDRON;
-    case LinearTetrahedron::typeCode: return VTK_TETRA;
-    case LinearWedge::typeCode: return VTK_WEDGE;
-    case QuadraticTetrahedron::typeCode: return VTK_QUADRATIC_TETRA;
-    case LinearPyramid::typeCode: return VTK_PYRAMID;
-    default: return VTK_EMPTY_CELL;
-    }
-}
 
 vtkSmartPointer<vtkPoints> singlePrecisionPoints(std::span<const float> coords)
 {
@@ -69,12 +54,15 @@ vtkSmartPointer<vtkUnstructuredGrid> sourceGrid(const TransferCase& transfer)
     for (std::size_t elt = 0; elt < source.eltTypes.size(); ++elt)
     {
         visitElementKind(source.eltTypes[elt],
-                         [&](auto kind)
+                         [&]<class Kind>(Kind)
                          {
-                             constexpr int nbNodes = decltype(kind)::nbNodes;
-                             vtkIdType ids[nbNodes];
-                             std::copy_n(source.eltNodes[elt], nbNodes, ids);
-                             grid->InsertNextCell(vtkCellType(source.eltTypes[elt]), nbNodes, ids);
+                             const auto& cell = Kind::vtkCells.front();
+                             vtkIdType ids[Kind::nbNodes];
+                             for (std::size_t node = 0; node < Kind::nbNodes; ++node)
+                             {
+                                 ids[cell.nodeOrder[node]] = source.eltNodes[elt][node];
+                             }
+                             grid->InsertNextCell(cell.cellType, Kind::nbNodes, ids);
                          });
     }
     grid->GetPointData()->AddArray(array("scalar", 1, transfer.sourceFields.scalar));

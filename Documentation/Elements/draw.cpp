@@ -1,5 +1,5 @@
-// Draws the reference elements with their node and Gauss-point numbers, from the library's own shape functions and
-// Gauss points.
+// Draws the reference elements with their node and Gauss-point numbers, from what the library itself
+// knows about them.
 #include "Drawing.h"
 #include "Elements/ElementKinds.h"
 
@@ -9,8 +9,10 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
-#include <stdexcept>
+#include <functional>
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace
@@ -28,15 +30,7 @@ struct Edge
 {
     std::size_t from;
     std::size_t to;
-    bool isHidden = false;
-};
-
-/// What the library keeps in its shape functions and what is not in it.
-struct Shape
-{
-    std::string name;
-    std::vector<Place> nodes;
-    std::vector<Edge> edges;
+    bool isHidden;
 };
 
 using Pixel = std::array<double, 2>;
@@ -91,23 +85,35 @@ private:
     Pixel middle_{};
 };
 
-/// Node i is where the i-th shape function is one and the others are zero.
-template <class Kind> void checkNodes(const Shape& shape)
+/// Whether one looks at the inner side of a face.
+bool isBehind(const ElementFace& face, const std::vector<Place>& nodes)
 {
-    for (std::size_t i = 0; i < shape.nodes.size(); ++i)
+    const Pixel a = project(nodes[face.nodes[0]]);
+    const Pixel b = project(nodes[face.nodes[1]]);
+    const Pixel c = project(nodes[face.nodes[2]]);
+    // Pixels count downwards, so that what runs counter-clockwise in space has a negative area here.
+    return (b[0] - a[0]) * (c[1] - a[1]) - (b[1] - a[1]) * (c[0] - a[0]) > 0;
+}
+
+/// The edges are the sides of the faces; those of faces behind are hidden unless another face shows them.
+template <class Kind> std::vector<Edge> edgesOf(const std::vector<Place>& nodes)
+{
+    std::map<std::pair<std::size_t, std::size_t>, bool> isHidden;
+    for (const ElementFace& face : Kind::faces)
     {
-        const Place& node = shape.nodes[i];
-        const Vector3 place{static_cast<float>(node[0]), static_cast<float>(node[1]), static_cast<float>(node[2])};
-        NodeValues<Kind::nbNodes> values{};
-        Kind::shapeFunctions(place, values);
-        for (std::size_t j = 0; j < values.size(); ++j)
+        for (std::size_t i = 0; i < face.nbCorners; ++i)
         {
-            if (std::abs(values[j] - (i == j ? 1.0F : 0.0F)) > 1e-6F)
-            {
-                throw std::logic_error("the " + shape.name + " has its node " + std::to_string(i + 1) + " elsewhere");
-            }
+            const auto ends = std::minmax(face.nodes[i], face.nodes[(i + 1) % face.nbCorners]);
+            bool& edgeIsHidden = isHidden.try_emplace({ends.first, ends.second}, true).first->second;
+            edgeIsHidden = edgeIsHidden && isBehind(face, nodes);
         }
     }
+    std::vector<Edge> edges;
+    for (const auto& [ends, edgeIsHidden] : isHidden)
+    {
+        edges.push_back({ends.first, ends.second, edgeIsHidden});
+    }
+    return edges;
 }
 
 void drawLine(veltrane::Drawing& drawing, const Pixel& from, const Pixel& to, double lineWidth,
@@ -132,45 +138,26 @@ void drawAxes(veltrane::Drawing& drawing)
     }
 }
 
-void drawEdges(veltrane::Drawing& drawing, const View& view, const Shape& shape)
+/// The hidden ones first, so that the others cross them.
+void drawEdges(veltrane::Drawing& drawing, const View& view, const std::vector<Place>& nodes, std::vector<Edge> edges)
 {
-    for (const Edge& edge : shape.edges)
+    std::stable_partition(edges.begin(), edges.end(), std::mem_fn(&Edge::isHidden));
+    for (const Edge& edge : edges)
     {
-        drawLine(drawing, view(shape.nodes[edge.from]), view(shape.nodes[edge.to]), edge.isHidden ? 1 : 2.2,
+        drawLine(drawing, view(nodes[edge.from]), view(nodes[edge.to]), edge.isHidden ? 1 : 2.2,
                  edge.isHidden ? grey : ink);
     }
 }
 
-void drawNodes(veltrane::Drawing& drawing, const View& view, const Shape& shape)
+void drawNodes(veltrane::Drawing& drawing, const View& view, const std::vector<Place>& nodes)
 {
-    for (std::size_t i = 0; i < shape.nodes.size(); ++i)
+    for (std::size_t i = 0; i < nodes.size(); ++i)
     {
-        const auto place = view(shape.nodes[i]);
+        const auto place = view(nodes[i]);
         drawLine(drawing, place, place, 11, ink); // a dot
         const Pixel label = view.beside(place, 22);
         drawing.text(label[0], label[1] + 8, std::to_string(i + 1), 21, veltrane::Align::centre, true);
     }
-}
-
-/// Where the shape functions put the Gauss points among the nodes.
-template <class Kind> std::vector<Place> gaussPointsOf(const Shape& shape)
-{
-    std::vector<Place> places;
-    for (std::size_t point = 0; point < Kind::nbGaussPoints; ++point)
-    {
-        NodeValues<Kind::nbNodes> values{};
-        Kind::shapeFunctionsAtGaussPoint(point, values);
-        Place place{};
-        for (std::size_t node = 0; node < values.size(); ++node)
-        {
-            for (std::size_t i = 0; i < 3; ++i)
-            {
-                place[i] += double{values[node]} * shape.nodes[node][i];
-            }
-        }
-        places.push_back(place);
-    }
-    return places;
 }
 
 void drawGaussPoints(veltrane::Drawing& drawing, const View& view, const std::vector<Place>& points)
@@ -185,67 +172,28 @@ void drawGaussPoints(veltrane::Drawing& drawing, const View& view, const std::ve
     }
 }
 
-template <class Kind> void draw(const Shape& shape, const std::filesystem::path& folder)
+template <class Kind> void draw(const std::filesystem::path& folder)
 {
-    checkNodes<Kind>(shape);
-    const View view(shape.nodes);
+    std::vector<Place> nodes;
+    for (const Vector3& node : Kind::nodes)
+    {
+        nodes.push_back({node[0], node[1], node[2]});
+    }
+    const View view(nodes);
     veltrane::Drawing drawing(width, height);
-    drawing.text(20, 36, shape.name, 22, veltrane::Align::left, true);
+    std::string name(Kind::name);
+    drawing.text(20, 36, name, 22, veltrane::Align::left, true);
     drawAxes(drawing);
-    drawEdges(drawing, view, shape);
-    drawGaussPoints(drawing, view, gaussPointsOf<Kind>(shape));
-    drawNodes(drawing, view, shape);
-    std::string fileName = shape.name;
-    std::ranges::replace(fileName, ' ', '_');
-    drawing.write(folder / (fileName + ".png"));
+    drawEdges(drawing, view, nodes, edgesOf<Kind>(nodes));
+    drawGaussPoints(drawing, view, {Kind::gaussRule.points.begin(), Kind::gaussRule.points.end()});
+    drawNodes(drawing, view, nodes);
+    std::ranges::replace(name, ' ', '_');
+    drawing.write(folder / (name + ".png"));
 }
 
 void drawAll(const std::filesystem::path& folder)
 {
-    constexpr bool hidden = true;
-    const Shape hexahedron{
-        .name = "hexahedron",
-        .nodes = {{-1, -1, -1}, {1, -1, -1}, {1, 1, -1}, {-1, 1, -1}, {-1, -1, 1}, {1, -1, 1}, {1, 1, 1}, {-1, 1, 1}},
-        .edges = {{0, 1, hidden},
-                  {0, 3, hidden},
-                  {0, 4, hidden},
-                  {1, 2},
-                  {2, 3},
-                  {4, 5},
-                  {5, 6},
-                  {6, 7},
-                  {7, 4},
-                  {1, 5},
-                  {2, 6},
-                  {3, 7}}};
-    const Shape tetrahedron{.name = "tetrahedron",
-                            .nodes = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}},
-                            .edges = {{0, 1, hidden}, {0, 2, hidden}, {0, 3, hidden}, {1, 2}, {1, 3}, {2, 3}}};
-    const Shape wedge{
-        .name = "wedge",
-        .nodes = {{0, 0, -1}, {1, 0, -1}, {0, 1, -1}, {0, 0, 1}, {1, 0, 1}, {0, 1, 1}},
-        .edges = {{0, 1, hidden}, {0, 2, hidden}, {0, 3, hidden}, {1, 2}, {3, 4}, {4, 5}, {5, 3}, {1, 4}, {2, 5}}};
-    const Shape pyramid{
-        .name = "pyramid",
-        .nodes = {{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}, {0, 0, 1}},
-        .edges = {{0, 1, hidden}, {0, 3, hidden}, {0, 4, hidden}, {1, 2}, {2, 3}, {1, 4}, {2, 4}, {3, 4}}};
-    const Shape quadraticTetrahedron{.name = "quadratic tetrahedron",
-                                     .nodes = {{1, 0, 0},
-                                               {0, 1, 0},
-                                               {0, 0, 0},
-                                               {0, 0, 1},
-                                               {0.5, 0.5, 0},
-                                               {0, 0.5, 0},
-                                               {0.5, 0, 0},
-                                               {0.5, 0, 0.5},
-                                               {0, 0.5, 0.5},
-                                               {0, 0, 0.5}},
-                                     .edges = {{2, 0, hidden}, {2, 1, hidden}, {2, 3, hidden}, {0, 1}, {0, 3}, {1, 3}}};
-    draw<LinearHexahedron>(hexahedron, folder);
-    draw<LinearTetrahedron>(tetrahedron, folder);
-    draw<LinearWedge>(wedge, folder);
-    draw<LinearPyramid>(pyramid, folder);
-    draw<QuadraticTetrahedron>(quadraticTetrahedron, folder);
+    VolumeElementKinds::visitAll([&]<class Kind>(Kind) { draw<Kind>(folder); });
 }
 
 } // namespace

@@ -105,11 +105,11 @@ Json describeGaussPoints(const TransferRecord& record)
 {
     const bool areTargets = std::ranges::any_of(record.result.fields, [](const Field& field)
                                                 { return field.location() == Location::gaussPoints; });
-    if (!areTargets || !record.result.statistics || !record.result.statistics->gaussPoints)
+    if (!areTargets || !record.result.statistics.gaussPoints)
     {
         return nullptr;
     }
-    const OutsideCounts& outside = *record.result.statistics->gaussPoints;
+    const OutsideCounts& outside = *record.result.statistics.gaussPoints;
     return {{"all", record.targetMesh()->mesh().gaussPointCount()}, {"near", outside.near}, {"far", outside.far}};
 }
 
@@ -118,17 +118,13 @@ std::string_view locationName(const Field& field)
     return field.location() == Location::nodes ? "nodes" : "Gauss points";
 }
 
-Json describeSearch(const std::optional<TransferStatistics>& statistics)
+Json describeSearch(const TransferStatistics& statistics)
 {
-    if (!statistics)
-    {
-        return nullptr;
-    }
-    return {{"buckets", statistics->bucketCount},
-            {"usedBuckets", statistics->usedBucketCount},
-            {"meanElementsPerUsedBucket", statistics->meanElementsPerUsedBucket},
-            {"locatedPoints", statistics->interpolatedPointCount},
-            {"meanIterations", statistics->meanIterations}};
+    return {{"buckets", statistics.bucketCount},
+            {"usedBuckets", statistics.usedBucketCount},
+            {"meanElementsPerUsedBucket", statistics.meanElementsPerUsedBucket},
+            {"locatedPoints", statistics.interpolatedPointCount},
+            {"meanIterations", statistics.meanIterations}};
 }
 
 Json describeStages(const StageTimes& times)

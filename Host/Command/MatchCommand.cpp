@@ -175,7 +175,8 @@ ExitStatus run(const Sort& sort, const MeshPairArguments& files)
     }
     MatchOptions options{.targetMapping = files.materials.select(target.mesh().materials(),
                                                                  target.materialArray().has_value(), target.path()),
-                         .tuning = {.tolerance = files.tolerance}};
+                         .tuning = {.tolerance = files.tolerance},
+                         .threads = files.threads};
     files.checkOverlap(source.mesh().boundingBox(), target.mesh().boundingBox(options.targetMapping));
     if (const auto missing = matchMaterials(files.materials, source, target, options.targetMapping))
     {
@@ -256,6 +257,7 @@ void MatchCommand::addOptions(Request& request, std::string_view points, const s
     }
     request.files.addSkipUnsupported(command);
     request.files.addReplace(command, "let the numbers found replace the target's arrays of the same names");
+    request.files.addThreads(command);
     request.files.addQuiet(command, "print no result line and no progress");
 }
 

@@ -68,6 +68,15 @@ void MeshPairArguments::addReplace(CLI::App& command, const std::string& help)
     command.add_flag("--replace", replace, help);
 }
 
+void MeshPairArguments::addThreads(CLI::App& command)
+{
+    command
+        .add_option("--threads", threads,
+                    "threads for the computation (0: all cores that may be\nused); results do not depend on it")
+        ->type_name("N")
+        ->check(CLI::Range(0, 1024));
+}
+
 void MeshPairArguments::addQuiet(CLI::App& command, const std::string& help)
 {
     command.add_flag("--quiet", quiet, help);

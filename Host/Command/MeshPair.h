@@ -75,6 +75,7 @@ struct MeshPairArguments
     bool skipUnsupported = false;
     bool replace = false;
     bool quiet = false;
+    int threads = 0; ///< 0: all cores that the process may use
 
     void addFiles(CLI::App& command, const std::string& sourceHelp, const std::string& targetHelp,
                   const std::string& outputHelp, const std::string& targetName = "TARGET");
@@ -82,6 +83,7 @@ struct MeshPairArguments
     void addTolerance(CLI::App& command, const std::string& help);
     void addReplace(CLI::App& command, const std::string& help);
     void addQuiet(CLI::App& command, const std::string& help);
+    void addThreads(CLI::App& command);
 
     /// Throws CannotWrite if it could not be written.
     OutputFile openOutput() const;

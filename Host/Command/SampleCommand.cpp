@@ -60,6 +60,7 @@ SampleCommand::SampleCommand(CLI::App& app)
     files_.addReplace(*command_, "let sampled fields replace the points' arrays of the same names");
     recordFiles_.addTo(*command_,
                        "the source and show the points as they\nare seen from across it, with those outside");
+    files_.addThreads(*command_);
     files_.addQuiet(*command_, "print no summary and no progress");
     command_->footer(
         text("Example:\n"
@@ -88,10 +89,10 @@ ExitStatus SampleCommand::run() const
     arguments_.options(!files_.materials.states.empty()); // each step would find the same fault
     checkOutput(formatOf(files_.output) == FileFormat::collection);
     return runSteps(series_, files_, partEnding(files_.target),
-                    [&](const MeshPairArguments& files) { return sampleOne(files); });
+                    [&](const MeshPairArguments& files, MapCache& maps) { return sampleOne(files, maps); });
 }
 
-ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files) const
+ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files, MapCache& maps) const
 {
     TransferOptions options = arguments_.options(!files.materials.states.empty());
     const OutputFile output = files.openOutput();
@@ -120,9 +121,10 @@ ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files) const
                                                  haveMaterials, options.targetMapping),
                            options.mode);
 
+    options.threads = files.threads;
     options.progress = progress.callback("sampling");
     const TransferResult result =
-        explainingFailures([&] { return sample(source.mesh(), fields, points.points(), options); },
+        explainingFailures([&] { return maps.sample(source.mesh(), fields, points.points(), options); },
                            "--outside default gives such points the default value", sourceBox, pointBox);
     progress.beginStage("writing output");
     const IntegerArray mask = validPointMask(result.origins);

@@ -92,7 +92,8 @@ public:
     }
 
     /// Until one of them has ended. If one has failed, or all is to be cancelled, the others end, too.
-    void wait()
+    /// `meanwhile` is called again and again.
+    void wait(const std::function<void()>& meanwhile)
     {
         constexpr std::chrono::milliseconds pause(10);
         const std::size_t before = processes_.size();
@@ -105,6 +106,7 @@ public:
             collect();
             if (processes_.size() == before)
             {
+                meanwhile();
                 std::this_thread::sleep_for(pause);
             }
         }
@@ -234,7 +236,12 @@ void SeriesArguments::addTo(CLI::App& command)
                     "or numbers from 1, separated by commas (all if the output\n"
                     "is a collection, otherwise last)")
         ->type_name("STEPS");
-    command.add_option("--jobs", jobs, "processes for the steps (1)")->type_name("N")->check(CLI::Range(1, 1024));
+    command
+        .add_option(
+            "--jobs", jobs,
+            "processes for the steps (1); those of one process share\na search as long as they share the meshes")
+        ->type_name("N")
+        ->check(CLI::Range(1, 1024));
 }
 
 std::vector<Step> SeriesArguments::select(const std::filesystem::path& source, bool isCollectionWanted) const
@@ -262,6 +269,19 @@ std::vector<Step> SeriesArguments::select(const std::filesystem::path& source, b
     return selected;
 }
 
+/// Every stride-th step, from `first` on, until one fails.
+template <typename PartOf>
+ExitStatus workOnSteps(const std::vector<Step>& steps, std::size_t first, std::size_t stride, const PartOf& partOf,
+                       const StepWork& work)
+{
+    ExitStatus outcome = ExitStatus::done;
+    for (std::size_t i = first; i < steps.size() && !isFailure(outcome) && !isInterrupted(); i += stride)
+    {
+        outcome = worse(outcome, work(steps[i], partOf(i)));
+    }
+    return outcome;
+}
+
 ExitStatus runSeries(const std::vector<Step>& steps, int jobs, const std::filesystem::path& collection,
                      const OutputFile& output, const std::string& partEnding, bool isQuiet, const StepWork& work)
 {
@@ -271,24 +291,36 @@ ExitStatus runSeries(const std::vector<Step>& steps, int jobs, const std::filesy
     Workers workers;
     {
         ProgressBar progress(!isQuiet);
-        for (std::size_t i = 0; i < steps.size(); ++i)
+        const auto partOf = [&](std::size_t i) { return parts.path() / partName(collection, i, partEnding); };
+        const std::size_t stride = std::min(steps.size(), static_cast<std::size_t>(jobs));
+        // The steps of a process share its map, so each process has its steps from the beginning. That there is one at
+        // all is for the readers' sake: one that crashes on a file takes nothing else with it.
+        for (std::size_t first = 0; first < stride; ++first)
         {
-            if (workers.count() == jobs)
-            {
-                workers.wait();
-            }
-            if (isFailure(workers.outcome()) || isInterrupted())
-            {
-                break;
-            }
-            progress.beginStage(text("step ", i + 1, " of ", steps.size()));
-            const std::filesystem::path part = parts.path() / partName(collection, i, partEnding);
-            workers.start([&] { return work(steps[i], part); });
-            written.push_back({collection.stem() / part.filename(), std::nullopt, steps[i].time});
+            workers.start([&] { return workOnSteps(steps, first, stride, partOf, work); });
         }
+        std::size_t shown = 0;
+        // As many steps have begun as are finished, and one more per process.
+        const auto showStep = [&]
+        {
+            std::size_t finished = 0;
+            for (std::size_t i = 0; i < steps.size(); ++i)
+            {
+                finished += std::filesystem::exists(partOf(i)) ? 1 : 0;
+            }
+            while (shown < std::min(finished + stride, steps.size()))
+            {
+                progress.beginStage(text("step ", ++shown, " of ", steps.size()));
+            }
+        };
         while (workers.count() > 0)
         {
-            workers.wait();
+            showStep();
+            workers.wait(showStep);
+        }
+        for (std::size_t i = 0; i < steps.size(); ++i)
+        {
+            written.push_back({collection.stem() / partOf(i).filename(), std::nullopt, steps[i].time});
         }
     }
     throwIfInterrupted();
@@ -309,16 +341,17 @@ ExitStatus runSeries(const std::vector<Step>& steps, int jobs, const std::filesy
 }
 
 ExitStatus runSteps(const SeriesArguments& series, const MeshPairArguments& files, const std::string& partEnding,
-                    const std::function<ExitStatus(const MeshPairArguments&)>& work)
+                    const std::function<ExitStatus(const MeshPairArguments&, MapCache&)>& work)
 {
     const bool isCollection = formatOf(files.output) == FileFormat::collection;
+    MapCache maps;
     if (!isCollection && series.jobs > 1)
     {
         throw InvalidOption("--jobs has an effect only if the output is a collection, named .pvd");
     }
     if (!isCollection && series.steps.empty() && formatOf(files.source) != FileFormat::collection)
     {
-        return work(files);
+        return work(files, maps);
     }
     const auto filesOf = [&](const Step& step, const std::string& output)
     {
@@ -331,13 +364,13 @@ ExitStatus runSteps(const SeriesArguments& series, const MeshPairArguments& file
     const std::vector<Step> steps = series.select(files.source, isCollection);
     if (!isCollection)
     {
-        return work(filesOf(steps.front(), files.output));
+        return work(filesOf(steps.front(), files.output), maps);
     }
     const auto workOnStep = [&](const Step& step, const std::filesystem::path& part)
     {
         MeshPairArguments ofStep = filesOf(step, part.string());
         ofStep.quiet = true;
-        return runReportingFailures([&] { return work(ofStep); }, CancellationReport::none);
+        return runReportingFailures([&] { return work(ofStep, maps); }, CancellationReport::none);
     };
     return runSeries(steps, series.jobs, files.output, files.openOutput(), partEnding, files.quiet, workOnStep);
 }

@@ -4,6 +4,7 @@
 
 #include "Collection.h"
 #include "ExitStatus.h"
+#include "MapCache.h"
 #include "MeshPair.h"
 #include "OutputFile.h"
 
@@ -47,9 +48,10 @@ ExitStatus runSeries(const std::vector<Step>& steps, int jobs, const std::filesy
                      const OutputFile& output, const std::string& partEnding, bool isQuiet, const StepWork& work);
 
 /// Does the work on the files as they are given or, if the source has steps, on the one that is wanted or as
-/// runSeries() does. Throws InvalidOption if the options do not fit, and what the work throws.
+/// runSeries() does; the steps of one process share a map as long as they share the meshes. Throws InvalidOption if the
+/// options do not fit, and what the work throws.
 ExitStatus runSteps(const SeriesArguments& series, const MeshPairArguments& files, const std::string& partEnding,
-                    const std::function<ExitStatus(const MeshPairArguments&)>& work);
+                    const std::function<ExitStatus(const MeshPairArguments&, MapCache&)>& work);
 
 } // namespace veltrane
 

@@ -270,12 +270,8 @@ IntegerArray validPointMask(const std::vector<ValueOrigin>& origins)
 
 void writeLog(const TransferResult& result, const std::filesystem::path& path)
 {
-    if (!result.statistics)
-    {
-        throw CannotWrite("the library has not written its log");
-    }
     std::ofstream stream(path);
-    stream << result.statistics->log;
+    stream << statisticsText(result.statistics);
     stream.close();
     if (!stream)
     {

@@ -69,7 +69,7 @@ inline constexpr const char* validPointMaskHelp =
     "points of no cell or of materials that are not mapped, which hold the default value, and at those\n"
     "that propagation could not reach, which hold 0.\n\n";
 
-/// Writes the library's statistics log. Throws CannotWrite with nothing but the reason.
+/// Writes the statistics of the search. Throws CannotWrite with nothing but the reason.
 void writeLog(const TransferResult& result, const std::filesystem::path& path);
 
 } // namespace veltrane

@@ -27,6 +27,7 @@ TransferCommand::TransferCommand(CLI::App& app)
     files_.addSkipUnsupported(*command_);
     files_.addReplace(*command_, "let transferred fields replace the target's arrays of the same names");
     recordFiles_.addTo(*command_, "source and target, with what of the\ntarget is outside");
+    files_.addThreads(*command_);
     files_.addQuiet(*command_, "print no summary and no progress");
     command_->footer(
         text("Example:\n"
@@ -59,10 +60,11 @@ ExitStatus TransferCommand::run() const
 {
     checkOptions(formatOf(files_.output) == FileFormat::collection);
     arguments_.options(!files_.materials.states.empty()); // each step would find the same fault
-    return runSteps(series_, files_, ".vtu", [&](const MeshPairArguments& files) { return transferOne(files); });
+    return runSteps(series_, files_, ".vtu",
+                    [&](const MeshPairArguments& files, MapCache& maps) { return transferOne(files, maps); });
 }
 
-ExitStatus TransferCommand::transferOne(const MeshPairArguments& files) const
+ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache& maps) const
 {
     TransferOptions options = arguments_.options(!files.materials.states.empty());
     const OutputFile output = files.openOutput();
@@ -90,9 +92,10 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files) const
     files.checkOverlap(sourceBox, target.mesh().boundingBox(options.targetMapping));
     reportMissingMaterials(matchMaterials(files.materials, source, target, options.targetMapping), options.mode);
 
+    options.threads = files.threads;
     options.progress = progress.callback("interpolating");
     const TransferResult result = explainingFailures(
-        [&] { return transfer(source.mesh(), fields, target.mesh(), options); },
+        [&] { return maps.transfer(source.mesh(), fields, target.mesh(), options); },
         "--outside default gives such nodes the default value, --outside propagate the values of neighbouring nodes",
         sourceBox, target.mesh().boundingBox());
     if (const std::string hint = unitHint(sourceBox, target.mesh().boundingBox()); !hint.empty())

@@ -3,6 +3,7 @@
 #define VELTRANE_COMMAND_TRANSFER_COMMAND_H
 
 #include "ExitStatus.h"
+#include "MapCache.h"
 #include "MeshPair.h"
 #include "RecordFiles.h"
 #include "Series.h"
@@ -29,7 +30,7 @@ public:
 
 private:
     void checkOptions(bool isCollection) const;
-    ExitStatus transferOne(const MeshPairArguments& files) const;
+    ExitStatus transferOne(const MeshPairArguments& files, MapCache& maps) const;
 
     CLI::App* command_;
     MeshPairArguments files_;

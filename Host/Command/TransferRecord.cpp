@@ -39,14 +39,14 @@ const PointFile* TransferRecord::targetPoints() const
 
 std::optional<NodeCounts> countNodes(const TransferRecord& record)
 {
-    if (record.targetMesh() == nullptr || !record.result.statistics || record.result.origins.empty())
+    if (record.targetMesh() == nullptr || record.result.origins.empty())
     {
         return std::nullopt;
     }
     const Mesh& mesh = record.targetMesh()->mesh();
     const long long inCells = countNodesInElements(mesh);
     const long long withElement = std::ranges::count(record.result.origins, ValueOrigin::element);
-    const OutsideCounts outside = record.result.statistics->nodes.value_or(OutsideCounts{0, 0});
+    const OutsideCounts outside = record.result.statistics.nodes.value_or(OutsideCounts{0, 0});
     return NodeCounts{.all = mesh.nodeCount(),
                       .inNoCell = mesh.nodeCount() - inCells,
                       .notMapped = inCells - withElement - outside.far,

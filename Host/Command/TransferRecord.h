@@ -41,7 +41,7 @@ struct NodeCounts
     long long far;
 };
 
-/// Nothing without the library's statistics, or if the values are not at nodes.
+/// Nothing if the values are not at nodes.
 std::optional<NodeCounts> countNodes(const TransferRecord& record);
 
 /// Where points lie.

@@ -140,14 +140,11 @@ void printCounts(std::ostream& stream, const TransferRecord& record)
     {
         printNodeCounts(stream, *nodes, record.options.mode);
     }
-    else if (record.result.statistics && record.result.statistics->gaussPoints)
+    else if (record.result.statistics.gaussPoints)
     {
-        printGaussPointCounts(stream, record.targetMesh()->mesh(), *record.result.statistics->gaussPoints);
+        printGaussPointCounts(stream, record.targetMesh()->mesh(), *record.result.statistics.gaussPoints);
     }
-    if (record.result.statistics)
-    {
-        printSearch(stream, *record.result.statistics);
-    }
+    printSearch(stream, record.result.statistics);
 }
 
 void printSeconds(std::ostream& stream, const std::string& label, double seconds)

@@ -2,10 +2,12 @@
 
 #include "Text.h"
 
-#include <vtkCellType.h>
+#include "Elements/ElementKinds.h"
+
 #include <vtkCellTypes.h>
 
 #include <algorithm>
+#include <array>
 #include <string_view>
 
 namespace veltrane
@@ -13,19 +15,27 @@ namespace veltrane
 namespace
 {
 
-constexpr std::array<VtkCellKind, 9> cellKinds{{
-    {VTK_TETRA, ElementKind::tetrahedron, {0, 1, 2, 3}},
-    {VTK_HEXAHEDRON, ElementKind::hexahedron, {0, 1, 2, 3, 4, 5, 6, 7}},
-    // Voxels and pixels count their nodes row by row, elements around their faces.
-    {VTK_VOXEL, ElementKind::hexahedron, {0, 1, 3, 2, 4, 5, 7, 6}},
-    {VTK_PIXEL, ElementKind::quadrilateral, {0, 1, 3, 2}},
-    {VTK_WEDGE, ElementKind::wedge, {0, 1, 2, 3, 4, 5}},
-    {VTK_PYRAMID, ElementKind::pyramid, {0, 1, 2, 3, 4}},
-    // The origin of the reference tetrahedron is VTK's first corner and the element's third one.
-    {VTK_QUADRATIC_TETRA, ElementKind::quadraticTetrahedron, {1, 2, 0, 3, 5, 6, 4, 8, 9, 7}},
-    {VTK_TRIANGLE, ElementKind::triangle, {0, 1, 2}},
-    {VTK_QUAD, ElementKind::quadrilateral, {0, 1, 2, 3}},
-}};
+template <class... Kinds> struct CellKinds
+{
+    static constexpr std::size_t size = (Kinds::vtkCells.size() + ...);
+
+    static constexpr std::array<VtkCellKind, size> values = []
+    {
+        std::array<VtkCellKind, size> cellKinds{};
+        std::size_t count = 0;
+        const auto addCellsOf = [&]<class Kind>(Kind)
+        {
+            for (const auto& cell : Kind::vtkCells)
+            {
+                cellKinds[count++] = {cell.cellType, static_cast<ElementKind>(Kind::typeCode), cell.nodeOrder};
+            }
+        };
+        (addCellsOf(Kinds{}), ...);
+        return cellKinds;
+    }();
+};
+
+constexpr const auto& cellKinds = ElementKinds::Into<CellKinds>::values;
 
 } // namespace
 
@@ -33,6 +43,11 @@ const VtkCellKind* findVtkCellKind(int cellType)
 {
     const auto found = std::ranges::find(cellKinds, cellType, &VtkCellKind::cellType);
     return found == cellKinds.end() ? nullptr : &*found;
+}
+
+const VtkCellKind& vtkCellKindOf(ElementKind kind)
+{
+    return *std::ranges::find(cellKinds, kind, &VtkCellKind::kind);
 }
 
 std::string vtkCellName(int cellType)

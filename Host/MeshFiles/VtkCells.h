@@ -4,7 +4,7 @@
 
 #include "ElementKind.h"
 
-#include <array>
+#include <span>
 #include <string>
 
 namespace veltrane
@@ -17,11 +17,14 @@ struct VtkCellKind
     ElementKind kind;
     /// Element node i is cell node nodeOrder[i]. Nodes of the same place in the reference cell and the reference
     /// element correspond, so orientation is kept.
-    std::array<int, 10> nodeOrder;
+    std::span<const int> nodeOrder;
 };
 
 /// Null for other cell types.
 const VtkCellKind* findVtkCellKind(int cellType);
+
+/// The cell type in which elements of a kind are written.
+const VtkCellKind& vtkCellKindOf(ElementKind kind);
 
 /// The name of a cell type, whatever it is.
 std::string vtkCellName(int cellType);

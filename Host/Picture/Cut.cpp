@@ -4,7 +4,6 @@
 
 #include <vtkCellArray.h>
 #include <vtkCellData.h>
-#include <vtkCellType.h>
 #include <vtkCutter.h>
 #include <vtkDoubleArray.h>
 #include <vtkIdTypeArray.h>
@@ -26,24 +25,11 @@ namespace
 constexpr const char* valueName = "value";
 constexpr const char* elementName = "element";
 
-const VtkCellKind& cellKindOf(ElementKind kind)
-{
-    for (const int cellType : {VTK_TETRA, VTK_HEXAHEDRON, VTK_WEDGE, VTK_PYRAMID, VTK_QUADRATIC_TETRA, VTK_TRIANGLE})
-    {
-        const VtkCellKind* cellKind = findVtkCellKind(cellType);
-        if (cellKind->kind == kind)
-        {
-            return *cellKind;
-        }
-    }
-    return *findVtkCellKind(VTK_QUAD);
-}
-
 void addElement(vtkUnstructuredGrid& grid, const Mesh& mesh, int element)
 {
-    const VtkCellKind& kind = cellKindOf(mesh.kindOf(element).kind);
+    const VtkCellKind& kind = vtkCellKindOf(mesh.kindOf(element).kind);
     const std::span<const int> nodes = mesh.nodesOf(element);
-    std::array<vtkIdType, 10> cellNodes{};
+    std::vector<vtkIdType> cellNodes(nodes.size());
     for (std::size_t i = 0; i < nodes.size(); ++i)
     {
         cellNodes[static_cast<std::size_t>(kind.nodeOrder[i])] = nodes[i];

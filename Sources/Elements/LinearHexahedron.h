@@ -10,13 +10,27 @@
 struct LinearHexahedron
 {
     static constexpr int typeCode = 1;
+    static constexpr std::string_view name = "hexahedron";
+    static constexpr std::string_view plural = "hexahedra";
+    static constexpr int dimension = 3;
     static constexpr int nbNodes = 8;
+    static constexpr int nbCorners = 8;
     static constexpr int nbGaussPoints = 8;
     static constexpr Vector3 initialGuess{0.0F, 0.0F, 0.0F};
 
-    static constexpr float a = gaussAbscissa;
-    static constexpr std::array<Vector3, nbGaussPoints> gaussPoints{
-        {{-a, -a, -a}, {a, -a, -a}, {a, a, -a}, {-a, a, -a}, {-a, -a, a}, {a, -a, a}, {a, a, a}, {-a, a, a}}};
+    static constexpr std::array<Vector3, nbNodes> nodes{
+        {{-1, -1, -1}, {1, -1, -1}, {1, 1, -1}, {-1, 1, -1}, {-1, -1, 1}, {1, -1, 1}, {1, 1, 1}, {-1, 1, 1}}};
+    static constexpr std::array faces{faceOf(4, 0, 3, 2, 1), faceOf(4, 4, 5, 6, 7), faceOf(4, 0, 1, 5, 4),
+                                      faceOf(4, 1, 2, 6, 5), faceOf(4, 2, 3, 7, 6), faceOf(4, 3, 0, 4, 7)};
+    /// The second is the voxel, which counts its nodes row by row.
+    static constexpr std::array<VtkCell<nbNodes>, 2> vtkCells{
+        {{12, inOrder<nbNodes>()}, {11, {0, 1, 3, 2, 4, 5, 7, 6}}}};
+
+    static constexpr double a = gaussAbscissa;
+    static constexpr GaussRule<nbGaussPoints> gaussRule{
+        {{{-a, -a, -a}, {a, -a, -a}, {a, a, -a}, {-a, a, -a}, {-a, -a, a}, {a, -a, a}, {a, a, a}, {-a, a, a}}},
+        {1, 1, 1, 1, 1, 1, 1, 1}};
+    static constexpr auto gaussPoints = rounded(gaussRule.points);
 
     template <class Number>
     static constexpr void shapeFunctions(const std::array<Number, 3>& point, NodeValues<nbNodes, Number>& values)
@@ -24,14 +38,14 @@ struct LinearHexahedron
         const auto xi = wide(point[0]);
         const auto eta = wide(point[1]);
         const auto zeta = wide(point[2]);
-        values[0] = single(0.125 * (1.0 - xi) * (1.0 - eta) * (1.0 - zeta));
-        values[1] = single(0.125 * (1.0 + xi) * (1.0 - eta) * (1.0 - zeta));
-        values[2] = single(0.125 * (1.0 + xi) * (1.0 + eta) * (1.0 - zeta));
-        values[3] = single(0.125 * (1.0 - xi) * (1.0 + eta) * (1.0 - zeta));
-        values[4] = single(0.125 * (1.0 - xi) * (1.0 - eta) * (1.0 + zeta));
-        values[5] = single(0.125 * (1.0 + xi) * (1.0 - eta) * (1.0 + zeta));
-        values[6] = single(0.125 * (1.0 + xi) * (1.0 + eta) * (1.0 + zeta));
-        values[7] = single(0.125 * (1.0 - xi) * (1.0 + eta) * (1.0 + zeta));
+        values[0] = stored<Number>(0.125 * (1.0 - xi) * (1.0 - eta) * (1.0 - zeta));
+        values[1] = stored<Number>(0.125 * (1.0 + xi) * (1.0 - eta) * (1.0 - zeta));
+        values[2] = stored<Number>(0.125 * (1.0 + xi) * (1.0 + eta) * (1.0 - zeta));
+        values[3] = stored<Number>(0.125 * (1.0 - xi) * (1.0 + eta) * (1.0 - zeta));
+        values[4] = stored<Number>(0.125 * (1.0 - xi) * (1.0 - eta) * (1.0 + zeta));
+        values[5] = stored<Number>(0.125 * (1.0 + xi) * (1.0 - eta) * (1.0 + zeta));
+        values[6] = stored<Number>(0.125 * (1.0 + xi) * (1.0 + eta) * (1.0 + zeta));
+        values[7] = stored<Number>(0.125 * (1.0 - xi) * (1.0 + eta) * (1.0 + zeta));
     }
 
     template <class Number>

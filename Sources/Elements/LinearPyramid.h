@@ -10,26 +10,37 @@
 struct LinearPyramid
 {
     static constexpr int typeCode = 12;
+    static constexpr std::string_view name = "pyramid";
+    static constexpr std::string_view plural = "pyramids";
+    static constexpr int dimension = 3;
     static constexpr int nbNodes = 5;
+    static constexpr int nbCorners = 5;
     static constexpr int nbGaussPoints = 8;
     static constexpr Vector3 initialGuess{0.0F, 0.0F, single(0.2)};
 
-    /// Two layers of 2 x 2 points: the upper one, then the lower one, each in the order of the base nodes.
-    static constexpr std::array<Vector3, nbGaussPoints> gaussPoints = []
+    static constexpr std::array<Vector3, nbNodes> nodes{{{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}, {0, 0, 1}}};
+    static constexpr std::array faces{faceOf(4, 0, 3, 2, 1), faceOf(3, 0, 1, 4), faceOf(3, 1, 2, 4), faceOf(3, 2, 3, 4),
+                                      faceOf(3, 3, 0, 4)};
+    static constexpr std::array<VtkCell<nbNodes>, 1> vtkCells{{{14, inOrder<nbNodes>()}}};
+
+    /// Two layers of 2 x 2 points: the upper one, then the lower one, each in the order of the base nodes. Along the
+    /// axis it is the rule of two points for the square of the section.
+    static constexpr GaussRule<nbGaussPoints> gaussRule = []
     {
-        constexpr std::array<double, 2> layers{0.455848155988, 0.8774851773445};
-        constexpr std::array<std::array<float, 2>, 4> base{{{-gaussAbscissa, -gaussAbscissa},
-                                                            {gaussAbscissa, -gaussAbscissa},
-                                                            {gaussAbscissa, gaussAbscissa},
-                                                            {-gaussAbscissa, gaussAbscissa}}};
-        std::array<Vector3, nbGaussPoints> points{};
+        constexpr std::array<double, 2> sections{0.455848155988775, 0.877485177344559};
+        constexpr std::array<double, 2> weights{0.100785882079825, 0.232547451253508};
+        GaussRule<nbGaussPoints> rule{};
         for (std::size_t i = 0; i < nbGaussPoints; ++i)
         {
-            const double scale = layers[i / 4];
-            points[i] = {single(scale * base[i % 4][0]), single(scale * base[i % 4][1]), single(1.0 - scale)};
+            const double section = sections[i / 4];
+            const auto& corner = nodes[i % 4];
+            rule.points[i] = {section * gaussAbscissa * wide(corner[0]), section * gaussAbscissa * wide(corner[1]),
+                              1.0 - section};
+            rule.weights[i] = weights[i / 4];
         }
-        return points;
+        return rule;
     }();
+    static constexpr auto gaussPoints = rounded(gaussRule.points);
 
     template <class Number>
     static constexpr void shapeFunctions(const std::array<Number, 3>& point, NodeValues<nbNodes, Number>& values)
@@ -37,10 +48,10 @@ struct LinearPyramid
         const auto xi = wide(point[0]);
         const auto eta = wide(point[1]);
         const auto zeta = wide(point[2]);
-        values[0] = single(((1.0 - xi) * (1.0 - eta) - zeta) / 4.0);
-        values[1] = single(((1.0 + xi) * (1.0 - eta) - zeta) / 4.0);
-        values[2] = single(((1.0 + xi) * (1.0 + eta) - zeta) / 4.0);
-        values[3] = single(((1.0 - xi) * (1.0 + eta) - zeta) / 4.0);
+        values[0] = stored<Number>(((1.0 - xi) * (1.0 - eta) - zeta) / 4.0);
+        values[1] = stored<Number>(((1.0 + xi) * (1.0 - eta) - zeta) / 4.0);
+        values[2] = stored<Number>(((1.0 + xi) * (1.0 + eta) - zeta) / 4.0);
+        values[3] = stored<Number>(((1.0 - xi) * (1.0 + eta) - zeta) / 4.0);
         values[4] = point[2];
     }
 

@@ -10,10 +10,20 @@
 struct LinearTetrahedron
 {
     static constexpr int typeCode = 2;
+    static constexpr std::string_view name = "tetrahedron";
+    static constexpr std::string_view plural = "tetrahedra";
+    static constexpr int dimension = 3;
     static constexpr int nbNodes = 4;
+    static constexpr int nbCorners = 4;
     static constexpr int nbGaussPoints = 1;
     static constexpr Vector3 initialGuess{0.25F, 0.25F, 0.25F};
-    static constexpr std::array<Vector3, nbGaussPoints> gaussPoints{{{0.25F, 0.25F, 0.25F}}};
+
+    static constexpr std::array<Vector3, nbNodes> nodes{{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
+    static constexpr std::array faces{faceOf(3, 0, 2, 1), faceOf(3, 0, 1, 3), faceOf(3, 1, 2, 3), faceOf(3, 2, 0, 3)};
+    static constexpr std::array<VtkCell<nbNodes>, 1> vtkCells{{{10, inOrder<nbNodes>()}}};
+
+    static constexpr GaussRule<nbGaussPoints> gaussRule{{{{0.25, 0.25, 0.25}}}, {1.0 / 6.0}};
+    static constexpr auto gaussPoints = rounded(gaussRule.points);
 
     template <class Number>
     static constexpr void shapeFunctions(const std::array<Number, 3>& point, NodeValues<nbNodes, Number>& values)
@@ -21,7 +31,7 @@ struct LinearTetrahedron
         const auto xi = wide(point[0]);
         const auto eta = wide(point[1]);
         const auto zeta = wide(point[2]);
-        values[0] = single(1.0 - xi - eta - zeta);
+        values[0] = stored<Number>(1.0 - xi - eta - zeta);
         values[1] = point[0];
         values[2] = point[1];
         values[3] = point[2];

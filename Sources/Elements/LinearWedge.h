@@ -10,13 +10,26 @@
 struct LinearWedge
 {
     static constexpr int typeCode = 3;
+    static constexpr std::string_view name = "wedge";
+    static constexpr std::string_view plural = "wedges";
+    static constexpr int dimension = 3;
     static constexpr int nbNodes = 6;
+    static constexpr int nbCorners = 6;
     static constexpr int nbGaussPoints = 6;
     static constexpr Vector3 initialGuess{single(1.0 / 3.0), single(1.0 / 3.0), 0.0F};
 
-    static constexpr float a = gaussAbscissa;
-    static constexpr std::array<Vector3, nbGaussPoints> gaussPoints{
-        {{0.5F, 0.0F, -a}, {0.5F, 0.5F, -a}, {0.0F, 0.5F, -a}, {0.5F, 0.0F, a}, {0.5F, 0.5F, a}, {0.0F, 0.5F, a}}};
+    static constexpr std::array<Vector3, nbNodes> nodes{
+        {{0, 0, -1}, {1, 0, -1}, {0, 1, -1}, {0, 0, 1}, {1, 0, 1}, {0, 1, 1}}};
+    static constexpr std::array faces{faceOf(3, 0, 2, 1), faceOf(3, 3, 4, 5), faceOf(4, 0, 1, 4, 3),
+                                      faceOf(4, 1, 2, 5, 4), faceOf(4, 2, 0, 3, 5)};
+    static constexpr std::array<VtkCell<nbNodes>, 1> vtkCells{{{13, inOrder<nbNodes>()}}};
+
+    static constexpr double a = gaussAbscissa;
+    static constexpr double weight = 1.0 / 6.0;
+    static constexpr GaussRule<nbGaussPoints> gaussRule{
+        {{{0.5, 0, -a}, {0.5, 0.5, -a}, {0, 0.5, -a}, {0.5, 0, a}, {0.5, 0.5, a}, {0, 0.5, a}}},
+        {weight, weight, weight, weight, weight, weight}};
+    static constexpr auto gaussPoints = rounded(gaussRule.points);
 
     template <class Number>
     static constexpr void shapeFunctions(const std::array<Number, 3>& point, NodeValues<nbNodes, Number>& values)
@@ -24,12 +37,12 @@ struct LinearWedge
         const auto xi = wide(point[0]);
         const auto eta = wide(point[1]);
         const auto zeta = wide(point[2]);
-        values[0] = single(0.5 * (1.0 - xi - eta) * (1.0 - zeta));
-        values[1] = single(0.5 * xi * (1.0 - zeta));
-        values[2] = single(0.5 * eta * (1.0 - zeta));
-        values[3] = single(0.5 * (1.0 - xi - eta) * (1.0 + zeta));
-        values[4] = single(0.5 * xi * (1.0 + zeta));
-        values[5] = single(0.5 * eta * (1.0 + zeta));
+        values[0] = stored<Number>(0.5 * (1.0 - xi - eta) * (1.0 - zeta));
+        values[1] = stored<Number>(0.5 * xi * (1.0 - zeta));
+        values[2] = stored<Number>(0.5 * eta * (1.0 - zeta));
+        values[3] = stored<Number>(0.5 * (1.0 - xi - eta) * (1.0 + zeta));
+        values[4] = stored<Number>(0.5 * xi * (1.0 + zeta));
+        values[5] = stored<Number>(0.5 * eta * (1.0 + zeta));
     }
 
     template <class Number>

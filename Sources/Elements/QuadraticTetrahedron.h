@@ -11,18 +11,45 @@
 struct QuadraticTetrahedron
 {
     static constexpr int typeCode = 10;
+    static constexpr std::string_view name = "quadratic tetrahedron";
+    static constexpr std::string_view plural = "quadratic tetrahedra";
+    static constexpr int dimension = 3;
     static constexpr int nbNodes = 10;
+    static constexpr int nbCorners = 4;
     static constexpr int nbGaussPoints = 5;
     static constexpr Vector3 initialGuess{0.25F, 0.25F, 0.25F};
 
-    static constexpr float sixth = single(1.0 / 6.0);
+    static constexpr std::array<Vector3, nbNodes> nodes{{{1, 0, 0},
+                                                         {0, 1, 0},
+                                                         {0, 0, 0},
+                                                         {0, 0, 1},
+                                                         {0.5F, 0.5F, 0},
+                                                         {0, 0.5F, 0},
+                                                         {0.5F, 0, 0},
+                                                         {0.5F, 0, 0.5F},
+                                                         {0, 0.5F, 0.5F},
+                                                         {0, 0, 0.5F}}};
+    static constexpr std::array faces{faceOf(3, 0, 2, 1, 6, 5, 4), faceOf(3, 0, 1, 3, 4, 8, 7),
+                                      faceOf(3, 1, 2, 3, 5, 9, 8), faceOf(3, 2, 0, 3, 6, 7, 9)};
+    /// The origin of the reference tetrahedron is VTK's first corner and the third one here.
+    static constexpr std::array<VtkCell<nbNodes>, 1> vtkCells{{{24, {1, 2, 0, 3, 5, 6, 4, 8, 9, 7}}}};
+
+    static constexpr double sixth = 1.0 / 6.0;
+    static constexpr double nearCorner = 3.0 / 40.0;
+    static constexpr GaussRule<nbGaussPoints> gaussRule{
+        {{{0.25, 0.25, 0.25}, {0.5, sixth, sixth}, {sixth, 0.5, sixth}, {sixth, sixth, 0.5}, {sixth, sixth, sixth}}},
+        {-2.0 / 15.0, nearCorner, nearCorner, nearCorner, nearCorner}};
     /// Volume coordinates (xi, eta, zeta, 1 - xi - eta - zeta). The fourth is stored, not one minus the others.
-    static constexpr std::array<std::array<float, 4>, nbGaussPoints> gaussPointVolumeCoords{
-        {{0.25F, 0.25F, 0.25F, 0.25F},
-         {0.5F, sixth, sixth, sixth},
-         {sixth, 0.5F, sixth, sixth},
-         {sixth, sixth, 0.5F, sixth},
-         {sixth, sixth, sixth, 0.5F}}};
+    static constexpr std::array<std::array<float, 4>, nbGaussPoints> gaussPointVolumeCoords = []
+    {
+        std::array<std::array<float, 4>, nbGaussPoints> coords{};
+        for (std::size_t i = 0; i < nbGaussPoints; ++i)
+        {
+            const auto& [xi, eta, zeta] = gaussRule.points[i];
+            coords[i] = {single(xi), single(eta), single(zeta), single(1.0 - xi - eta - zeta)};
+        }
+        return coords;
+    }();
 
     template <class Number>
     static constexpr void shapeFunctions(const std::array<Number, 3>& point, NodeValues<nbNodes, Number>& values)
@@ -45,7 +72,7 @@ struct QuadraticTetrahedron
         const auto eta = wide(point[1]);
         const auto zeta = wide(point[2]);
         const auto l = 1.0 - xi - eta - zeta;
-        const Number origin(single(1.0 - 4.0 * l));
+        const auto origin = stored<Number>(1.0 - 4.0 * l);
         const Number zero{};
         const Number one(1.0F);
         derivatives[0] = {fourXi - one, zero, zero};
@@ -53,11 +80,11 @@ struct QuadraticTetrahedron
         derivatives[2] = {origin, origin, origin};
         derivatives[3] = {zero, zero, fourZeta - one};
         derivatives[4] = {fourEta, fourXi, zero};
-        derivatives[5] = {-fourEta, single(4.0 * (l - eta)), -fourEta};
-        derivatives[6] = {single(4.0 * (l - xi)), -fourXi, -fourXi};
+        derivatives[5] = {-fourEta, stored<Number>(4.0 * (l - eta)), -fourEta};
+        derivatives[6] = {stored<Number>(4.0 * (l - xi)), -fourXi, -fourXi};
         derivatives[7] = {fourZeta, zero, fourXi};
         derivatives[8] = {zero, fourZeta, fourEta};
-        derivatives[9] = {-fourZeta, -fourZeta, single(4.0 * (l - zeta))};
+        derivatives[9] = {-fourZeta, -fourZeta, stored<Number>(4.0 * (l - zeta))};
     }
 
     static constexpr bool isConstantAlong(std::size_t node, std::size_t axis)
@@ -109,16 +136,16 @@ private:
     static constexpr void shapeFunctionsInVolumeCoords(const Wide& xi, const Wide& eta, const Wide& zeta, const Wide& l,
                                                        NodeValues<nbNodes, Number>& values)
     {
-        values[0] = single((2.0 * xi - 1.0) * xi);
-        values[1] = single((2.0 * eta - 1.0) * eta);
-        values[2] = single((2.0 * l - 1.0) * l);
-        values[3] = single((2.0 * zeta - 1.0) * zeta);
-        values[4] = single(4.0 * xi * eta);
-        values[5] = single(4.0 * eta * l);
-        values[6] = single(4.0 * xi * l);
-        values[7] = single(4.0 * xi * zeta);
-        values[8] = single(4.0 * eta * zeta);
-        values[9] = single(4.0 * zeta * l);
+        values[0] = stored<Number>((2.0 * xi - 1.0) * xi);
+        values[1] = stored<Number>((2.0 * eta - 1.0) * eta);
+        values[2] = stored<Number>((2.0 * l - 1.0) * l);
+        values[3] = stored<Number>((2.0 * zeta - 1.0) * zeta);
+        values[4] = stored<Number>(4.0 * xi * eta);
+        values[5] = stored<Number>(4.0 * eta * l);
+        values[6] = stored<Number>(4.0 * xi * l);
+        values[7] = stored<Number>(4.0 * xi * zeta);
+        values[8] = stored<Number>(4.0 * eta * zeta);
+        values[9] = stored<Number>(4.0 * zeta * l);
     }
 };
 

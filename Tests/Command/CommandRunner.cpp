@@ -12,8 +12,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <regex>
 #include <sstream>
 #include <stdexcept>
@@ -36,12 +34,6 @@ int statusOf(pid_t process)
     {
     }
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-std::string contents(const std::filesystem::path& file)
-{
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 /// A line that tells of a stage of the work: "reading source ...", "interpolating ... 40 %, 12 s left".
@@ -96,7 +88,7 @@ void CommandRunner::becomeCommand(const std::vector<std::string>& arguments) con
 
 CommandResult CommandRunner::run(const std::vector<std::string>& arguments, std::optional<rlim_t> maxFileSize) const
 {
-    const TestDirectory streams;
+    const TemporaryDirectory streams;
     const pid_t process = ::fork();
     if (process == 0)
     {
@@ -111,13 +103,13 @@ CommandResult CommandRunner::run(const std::vector<std::string>& arguments, std:
         becomeCommand(arguments);
     }
     const int status = statusOf(process);
-    return resultOf(status, contents(streams / "output"), contents(streams / "errors"));
+    return resultOf(status, contentsOf(streams / "output"), contentsOf(streams / "errors"));
 }
 
 CommandResult CommandRunner::runAndInterrupt(const std::vector<std::string>& arguments, int signal,
                                              const std::string& awaited) const
 {
-    const TestDirectory streams;
+    const TemporaryDirectory streams;
     const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
     if (terminal < 0 || ::grantpt(terminal) != 0 || ::unlockpt(terminal) != 0)
     {
@@ -144,7 +136,7 @@ CommandResult CommandRunner::runAndInterrupt(const std::vector<std::string>& arg
     }
     ::close(terminal);
     const int status = statusOf(process);
-    return {status, contents(streams / "output"), errors, ""};
+    return {status, contentsOf(streams / "output"), errors, ""};
 }
 
 void expectFailure(const CommandRunner& runner, int status, const std::string& sentence,

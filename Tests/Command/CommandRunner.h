@@ -2,7 +2,7 @@
 #ifndef VELTRANE_TESTS_COMMAND_RUNNER_H
 #define VELTRANE_TESTS_COMMAND_RUNNER_H
 
-#include "TestDirectory.h"
+#include "TemporaryDirectory.h"
 
 #include <sys/resource.h>
 
@@ -31,7 +31,7 @@ public:
     CommandResult runAndInterrupt(const std::vector<std::string>& arguments, int signal,
                                   const std::string& awaited) const;
 
-    const TestDirectory& directory() const { return directory_; }
+    const TemporaryDirectory& directory() const { return directory_; }
     std::filesystem::path file(const std::string& name) const { return directory_ / name; }
 
     /// What the command has left where temporary files go.
@@ -40,8 +40,8 @@ public:
 private:
     [[noreturn]] void becomeCommand(const std::vector<std::string>& arguments) const;
 
-    TestDirectory directory_;
-    TestDirectory temporary_;
+    TemporaryDirectory directory_;
+    TemporaryDirectory temporary_;
 };
 
 /// Expects the command to fail with a status and one sentence, to print nothing else and to leave nothing behind.

@@ -167,7 +167,7 @@ private:
         return isAccepted(file_);
     }
 
-    TestDirectory directory_;
+    TemporaryDirectory directory_;
     std::filesystem::path file_ = directory_ / "mesh.e";
 };
 

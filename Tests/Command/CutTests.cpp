@@ -1,5 +1,5 @@
 // The pieces that pictures are made of: cuts, their choice, pixels and colours.
-#include "TestDirectory.h"
+#include "TemporaryDirectory.h"
 #include "TestGrids.h"
 
 #include "ColourScale.h"
@@ -35,7 +35,7 @@ struct SampledMesh
 {
     SampledMesh(vtkUnstructuredGrid& grid, const PointFunction& function)
     {
-        const TestDirectory directory;
+        const TemporaryDirectory directory;
         writeGrid(grid, directory / "mesh.vtu");
         file = std::make_unique<veltrane::MeshFile>(directory / "mesh.vtu", veltrane::MeshRole::target);
         for (vtkIdType i = 0; i < grid.GetNumberOfPoints(); ++i)

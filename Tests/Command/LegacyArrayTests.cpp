@@ -192,8 +192,7 @@ TEST_F(LegacyArrays, AreFoundBehindOthersOfAllSorts)
         ASSERT_EQ(writer->Write(), 1);
         expectAccepted();
 
-        std::ifstream in(runner.file("mesh.vtk"), std::ios::binary);
-        std::string content{std::istreambuf_iterator<char>(in), {}};
+        std::string content = contentsOf(runner.file("mesh.vtk"));
         const std::size_t name = content.find("\nV 1 8 double");
         ASSERT_NE(name, std::string::npos);
         content.replace(name, 2, "\nT");

@@ -53,8 +53,6 @@ TEST(MatchNodes, CountsFromZero)
     const Mesh mesh = cubesOfMaterials({1, 2});
     const NodeMatch match = matchNodes(mesh, mesh);
     EXPECT_EQ(match.sourceNodes, numbersFrom(0, 16));
-    EXPECT_EQ(match.message, "Node to Node correspondence computation normal termination.");
-    EXPECT_EQ(match.libraryOutput, "");
 }
 
 TEST(MatchGaussPoints, CountsFromZeroInEachElement)
@@ -67,8 +65,6 @@ TEST(MatchGaussPoints, CountsFromZeroInEachElement)
         EXPECT_EQ(match.sourceElements[i], static_cast<int>(i / 8));
         EXPECT_EQ(match.sourceGaussPoints[i], static_cast<int>(i % 8));
     }
-    EXPECT_EQ(match.message, "Gauss point to Gauss point correspondence computation normal termination.");
-    EXPECT_EQ(match.libraryOutput, "");
 }
 
 TEST(Match, LeavesOutWhatIsNotSelected)

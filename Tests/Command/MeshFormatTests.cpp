@@ -153,7 +153,7 @@ class MeshFormatRoundTrip : public testing::TestWithParam<std::tuple<std::string
 TEST_P(MeshFormatRoundTrip, ChangesNoValueAndLosesNoArray)
 {
     const auto& [from, to] = GetParam();
-    const TestDirectory directory;
+    const TemporaryDirectory directory;
     const auto grid = richGrid();
     if (from == ".vtk")
     {

@@ -42,11 +42,7 @@ protected:
         std::ofstream(runner.file(name)) << content;
     }
 
-    std::string textOf(const std::string& name) const
-    {
-        std::ifstream stream(runner.file(name));
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
+    std::string textOf(const std::string& name) const { return contentsOf(runner.file(name)); }
 
     CommandResult sample(const std::string& points, const std::string& output,
                          std::vector<std::string> options = {}) const

@@ -125,11 +125,7 @@ protected:
         EXPECT_THAT(valuesOf(*readGrid(runner.file(file)), "T"), testing::Each(testing::DoubleNear(time, 1e-6)));
     }
 
-    std::string textOf(const std::string& name) const
-    {
-        std::ifstream stream(runner.file(name));
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
+    std::string textOf(const std::string& name) const { return contentsOf(runner.file(name)); }
 
     CommandRunner runner;
 };
@@ -422,7 +418,7 @@ TEST_F(Series, PartsDoNotTakeThePlacesOfInputs)
 
 TEST_F(Series, AStepThatIsKilledIsToldOf)
 {
-    const TestDirectory streams;
+    const TemporaryDirectory streams;
     // A file that is too large ends the process that writes it.
     const std::string command = "cd '" + runner.directory().path().string() + "' && ulimit -c 0 && ulimit -f 1 && '" +
                                 VELTRANE_COMMAND + "' transfer source.pvd target.vtu -o out.pvd --quiet 2>'" +
@@ -431,8 +427,7 @@ TEST_F(Series, AStepThatIsKilledIsToldOf)
     const int status = std::system(command.c_str());
     ASSERT_TRUE(WIFEXITED(status));
     EXPECT_EQ(WEXITSTATUS(status), 1);
-    std::ifstream stream(streams / "errors");
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(stream), {}),
+    EXPECT_EQ(contentsOf(streams / "errors"),
               "veltrane: the process of a step has been ended by a signal: File size limit exceeded\n");
     EXPECT_EQ(runner.directory().names(), before);
 }

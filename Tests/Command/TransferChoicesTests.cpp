@@ -309,8 +309,7 @@ TEST_F(SearchChoice, BucketsCanBeLimited)
 TEST_F(SearchChoice, LogIsKeptOnRequest)
 {
     ASSERT_EQ(transfer({"--quiet", "--log", "search.log"}).status, 0);
-    std::ifstream stream(runner.file("search.log"));
-    const std::string log{std::istreambuf_iterator<char>(stream), {}};
+    const std::string log = contentsOf(runner.file("search.log"));
     EXPECT_EQ(std::ranges::count(log, '='), 12); // its figures
     EXPECT_THAT(runner.directory().names(),
                 testing::UnorderedElementsAre("source.vtu", "target.vtu", "out.vtu", "search.log"));

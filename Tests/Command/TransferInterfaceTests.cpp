@@ -1,6 +1,6 @@
 // The C++ interface to the library.
 #include "Errors.h"
-#include "TestDirectory.h"
+#include "TemporaryDirectory.h"
 #include "TestMeshes.h"
 #include "Transfer.h"
 
@@ -67,12 +67,6 @@ const std::vector<float>& floatsOf(const Field& field)
     return std::get<std::vector<float>>(field.values());
 }
 
-std::string contents(const std::filesystem::path& file)
-{
-    std::ifstream stream(file);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 /// Sets an environment variable for some time.
 class TemporarySetting
 {
@@ -90,20 +84,6 @@ public:
 private:
     const char* name_;
     std::optional<std::string> previous_;
-};
-
-/// Makes a directory the current one for some time.
-class TemporaryCurrentDirectory
-{
-public:
-    explicit TemporaryCurrentDirectory(const std::filesystem::path& path) : previous_(std::filesystem::current_path())
-    {
-        std::filesystem::current_path(path);
-    }
-    ~TemporaryCurrentDirectory() { std::filesystem::current_path(previous_); }
-
-private:
-    std::filesystem::path previous_;
 };
 
 TEST(Transfer, ReproducesALinearFieldInItsPrecision)
@@ -126,7 +106,6 @@ TEST(Transfer, ReproducesALinearFieldInItsPrecision)
     EXPECT_EQ(result.outcome, Outcome::done);
     EXPECT_EQ(result.fields[1].name(), "linear");
     EXPECT_EQ(result.message, "FE 3D Mesh to FE 3D Mesh interpolation normal termination.");
-    EXPECT_EQ(result.libraryOutput, "");
 }
 
 TEST(Transfer, CountsTargetPointsByWhereTheyAre)
@@ -141,15 +120,13 @@ TEST(Transfer, CountsTargetPointsByWhereTheyAre)
         outside += *std::ranges::max_element(position) > 1.005F ? 1 : 0;
     }
     const TransferResult result = transfer(source, std::vector{constantField(source, 3)}, target);
-    ASSERT_TRUE(result.statistics);
-    ASSERT_TRUE(result.statistics->nodes);
-    EXPECT_EQ(result.statistics->nodes->near, outside);
-    EXPECT_EQ(result.statistics->nodes->far, 0);
-    EXPECT_EQ(result.statistics->interpolatedPointCount, target.nodeCount());
-    EXPECT_EQ(result.statistics->bucketCount,
-              result.statistics->usedBucketCount + result.statistics->unusedBucketCount);
-    EXPECT_FLOAT_EQ(result.statistics->meanIterations, 1);
-    EXPECT_THAT(result.statistics->log, testing::StartsWith("Total number of buckets = "));
+    ASSERT_TRUE(result.statistics.nodes);
+    EXPECT_EQ(result.statistics.nodes->near, outside);
+    EXPECT_EQ(result.statistics.nodes->far, 0);
+    EXPECT_EQ(result.statistics.interpolatedPointCount, target.nodeCount());
+    EXPECT_EQ(result.statistics.bucketCount, result.statistics.usedBucketCount + result.statistics.unusedBucketCount);
+    EXPECT_FLOAT_EQ(result.statistics.meanIterations, 1);
+    EXPECT_THAT(statisticsText(result.statistics), testing::StartsWith("Total number of buckets = "));
 }
 
 TEST(Transfer, GaussPointFieldsGoToGaussPointsOrToNodes)
@@ -191,7 +168,7 @@ TEST(Transfer, NodesFarFromTheSourceGetTheDefaultValue)
     {
         EXPECT_FLOAT_EQ(floatsOf(result.fields[0])[node], node < 8 ? 4.0F : -7.0F) << "node " << node;
     }
-    EXPECT_EQ(result.statistics->nodes->far, 8);
+    EXPECT_EQ(result.statistics.nodes->far, 8);
 }
 
 TEST(Transfer, RegionsOutOfReachOfPropagationAreZeroAndReported)
@@ -208,8 +185,8 @@ TEST(Transfer, RegionsOutOfReachOfPropagationAreZeroAndReported)
     {
         EXPECT_FLOAT_EQ(floatsOf(result.fields[0])[node], node < 8 ? 4.0F : 0.0F) << "node " << node;
     }
-    // One iteration for each of the 8 nodes in the source, although the log holds their sum.
-    EXPECT_FLOAT_EQ(result.statistics->meanIterations, 1);
+    // One iteration for each of the 8 nodes in the source.
+    EXPECT_FLOAT_EQ(result.statistics.meanIterations, 1);
 }
 
 TEST(Transfer, OnlySelectedMaterialsReceiveValues)
@@ -246,9 +223,8 @@ TEST(Sample, ReproducesALinearFieldAtPoints)
     const TransferResult result = sample(source, std::vector{linearField<float>(source)}, points);
     EXPECT_NEAR(floatsOf(result.fields[0])[0], linearAt(&points.coordinates()[0]), 1e-5F);
     EXPECT_NEAR(floatsOf(result.fields[0])[1], linearAt(&points.coordinates()[3]), 1e-5F);
-    ASSERT_TRUE(result.statistics);
-    EXPECT_FALSE(result.statistics->nodes);
-    EXPECT_EQ(result.statistics->interpolatedPointCount, 2);
+    EXPECT_FALSE(result.statistics.nodes);
+    EXPECT_EQ(result.statistics.interpolatedPointCount, 2);
 }
 
 TEST(Sample, PointsOutsideFollowTheMode)
@@ -323,46 +299,42 @@ TEST(Transfer, LetsTheProgressCallbackWorkInTheUsersSurroundings)
     testing::internal::CaptureStdout();
     const TransferResult result = transfer(source, std::vector{constantField(source, 4)}, source, options);
     EXPECT_THAT(testing::internal::GetCapturedStdout(), testing::HasSubstr("Interpolation terminated successfully.\n"));
-    EXPECT_EQ(result.libraryOutput, "");
 }
 
-TEST(Transfer, CannotBeStartedFromAProgressCallback)
+TEST(Transfer, MayBeStartedFromAProgressCallback)
 {
     const Mesh source = cubeGrid(2);
     const std::vector<Field> fields{constantField(source, 4)};
+    int nbInner = 0;
     TransferOptions options;
     options.progress = [&](const Progress&)
     {
-        transfer(source, fields, source);
+        nbInner += transfer(source, fields, source).outcome == Outcome::done ? 1 : 0;
         return true;
     };
-    EXPECT_THAT([&] { transfer(source, fields, source, options); },
-                Throws<Error>(Property(&Error::what, StrEq("a progress callback cannot start another computation"))));
-    EXPECT_EQ(transfer(source, fields, source).outcome, Outcome::done); // the next one works again
+    EXPECT_EQ(transfer(source, fields, source, options).outcome, Outcome::done);
+    EXPECT_GT(nbInner, 0);
 }
 
 TEST(Transfer, TouchesNothingInTheCurrentDirectoryAndLeavesNothingBehind)
 {
-    const TestDirectory current;
-    const TestDirectory temporary;
-    std::ofstream(current / "mappingInputs.txt") << "0.1 0.001 1\n";
-    std::ofstream(current / "interpoLog.txt") << "of another run\n";
+    const WorkingDirectory current({{"mappingInputs.txt", "0.1 0.001 1\n"}, {"interpoLog.txt", "of another run\n"}});
+    const TemporaryDirectory temporary;
     const Mesh source = cubeGrid(3);
-    const TemporaryCurrentDirectory here(current.path());
     const TemporarySetting place("TMPDIR", temporary.path().string());
     const TransferResult result = transfer(source, std::vector{constantField(source, 4)}, source);
 
-    EXPECT_GT(result.statistics->bucketCount, 1); // the user's tuning file would have allowed one
+    EXPECT_GT(result.statistics.bucketCount, 1); // the user's tuning file would have allowed one
     EXPECT_THAT(current.names(), testing::ElementsAre("interpoLog.txt", "mappingInputs.txt"));
-    EXPECT_EQ(contents(current / "interpoLog.txt"), "of another run\n");
+    EXPECT_EQ(contentsOf(current / "interpoLog.txt"), "of another run\n");
     EXPECT_THAT(temporary.names(), testing::IsEmpty());
 }
 
-TEST(Transfer, SaysIfThereIsNoPlaceForItsFiles)
+TEST(Transfer, NeedsNoPlaceForFiles)
 {
     const Mesh source = cubeGrid(1);
     const TemporarySetting place("TMPDIR", "/nowhere");
-    EXPECT_THROW(transfer(source, std::vector{constantField(source, 4)}, source), Error);
+    EXPECT_EQ(transfer(source, std::vector{constantField(source, 4)}, source).outcome, Outcome::done);
 }
 
 TEST(Transfer, IsTunedByItsOptions)
@@ -371,7 +343,7 @@ TEST(Transfer, IsTunedByItsOptions)
     TransferOptions options;
     options.tuning.maxBuckets = 1;
     const TransferResult result = transfer(source, std::vector{constantField(source, 4)}, source, options);
-    EXPECT_EQ(result.statistics->bucketCount, 1);
+    EXPECT_EQ(result.statistics.bucketCount, 1);
 
     // Twice the tolerance counts as inside: 0.2 in the reference cube, a 20th of this one's edge.
     const Mesh cube = cubes({{0, 0, 0}}, 1);
@@ -444,8 +416,10 @@ TEST(Transfer, SourceElementsMustHaveAVolume)
     };
     for (const Mesh& mesh : flat)
     {
-        EXPECT_THAT([&] { transfer(mesh, std::vector{constantField(mesh, 1)}, mesh); },
-                    Throws<InvalidData>(Property(&InvalidData::what, testing::EndsWith("its Jacobian is singular"))))
+        TransferOptions options;
+        options.rules = {.leavesOutSingularElements = false};
+        EXPECT_THAT([&] { transfer(mesh, std::vector{constantField(mesh, 1)}, mesh, options); },
+                    Throws<SingularElement>(Property(&SingularElement::element, 0)))
             << mesh.kindOf(0).name;
     }
 }
@@ -461,30 +435,27 @@ TEST(Transfer, GaussPointFieldsNeedATargetOfVolumeElements)
 
 /// A cube whose upper side is drawn together to one point: its Jacobian is regular but for that side. The first step of
 /// the search for (0.01, 0, 1) leads exactly there, 0.01 away from the point.
-TEST(TransferDeathTest, TheLibrarysEndIsNeverTakenForSuccess)
+TEST(Transfer, ASingularElementIsNamed)
 {
     const Mesh source = oneElement(ElementKind::hexahedron,
                                    {-1, -1, -1, 1, -1, -1, 1, 1, -1, -1, 1, -1, 0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 1});
     const Mesh target =
         oneElement(ElementKind::tetrahedron, {0.01F, 0, 1, 0.1F, 0, 0, -0.1F, 0.1F, 0, 0, -0.1F, -0.5F});
-    const TestDirectory temporary;
-    const TemporarySetting place("TMPDIR", temporary.path().string());
-    EXPECT_EXIT(transfer(source, std::vector{constantField(source, 1)}, target), testing::ExitedWithCode(1),
-                "^veltrane: the library ended the computation: A 3\\*3 Matrix is not inversable in "
-                "invMatrix33\\(\\) function\\.\n$");
-    EXPECT_THAT(temporary.names(), testing::IsEmpty());
+    EXPECT_THAT(
+        [&] { transfer(source, std::vector{constantField(source, 1)}, target); },
+        Throws<SingularElement>(
+            AllOf(Property(&SingularElement::element, 0),
+                  Property(&SingularElement::what,
+                           StrEq("the Jacobian of source element 0 becomes singular on the way to a target point")))));
 }
 
 TEST(TransferDeathTest, ACallbackMayEndTheProcess)
 {
     const Mesh source = cubeGrid(1);
-    const TestDirectory temporary;
-    const TemporarySetting place("TMPDIR", temporary.path().string());
     TransferOptions options;
     options.progress = [](const Progress&) -> bool { std::exit(7); };
     EXPECT_EXIT(transfer(source, std::vector{constantField(source, 1)}, source, options), testing::ExitedWithCode(7),
                 "^$");
-    EXPECT_THAT(temporary.names(), testing::IsEmpty());
 }
 
 } // namespace

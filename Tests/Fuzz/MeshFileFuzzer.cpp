@@ -2,17 +2,15 @@
 // file. A reader gives what the file holds or throws an exception of the host side; nothing else may come of a file.
 #include "MeshFile.h"
 #include "PointFile.h"
+#include "TemporaryDirectory.h"
 
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <new>
 #include <optional>
 #include <string>
 #include <string_view>
-
-#include <unistd.h>
 
 namespace
 {
@@ -59,7 +57,8 @@ bool isCompressed(std::string_view file)
     return file.find("compressor") != std::string_view::npos;
 }
 
-std::filesystem::path directory;
+/// For the files, removed at the end.
+const TemporaryDirectory directory;
 } // namespace
 
 /// Files that say that they are enormous meet the end of the memory, as they do without sanitizers, whose own operator
@@ -84,14 +83,6 @@ extern "C" const char* __asan_default_options()
     return "allocator_may_return_null=1:max_allocation_size_mb=1024:alloc_dealloc_mismatch=0:detect_leaks=0";
 }
 
-extern "C" int LLVMFuzzerInitialize(int*, char***)
-{
-    directory = std::filesystem::temp_directory_path() / ("mesh_file_fuzzer_" + std::to_string(getpid()));
-    std::filesystem::create_directory(directory);
-    std::atexit([] { std::filesystem::remove_all(directory); });
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const std::string_view file(reinterpret_cast<const char*>(data), size);
@@ -100,7 +91,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (!isCompressed(file) && file.starts_with(format.letter))
         {
             const std::filesystem::path path = directory / (std::string("input") + format.ending);
-            std::ofstream(path, std::ios::binary) << file.substr(1);
+            writeFile(path, std::string(file.substr(1)));
             try
             {
                 format.read(path);

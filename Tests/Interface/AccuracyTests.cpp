@@ -53,7 +53,7 @@ protected:
     static double bound(const Mesh& source, double tolerance)
     {
         float largest = 0.0F;
-        for (const std::vector<int>& nodes : source.elements)
+        for (const std::vector<int>& nodes : source.connectivity)
         {
             float smallest = 1e30F;
             for (std::size_t axis = 0; axis < 3; ++axis)
@@ -108,7 +108,7 @@ TEST_F(Accuracy, holdsAtNodesAndGaussPointsOfADistortedTarget)
     // A tetrahedron's Gauss point is the mean of its nodes, and so is a linear field's value there.
     const std::vector<double> atTargetNodes = atNodes(target, linear);
     std::vector<double> atTargetGaussPoints;
-    for (const std::vector<int>& nodes : target.elements)
+    for (const std::vector<int>& nodes : target.connectivity)
     {
         double sum = 0.0;
         for (const int node : nodes)

@@ -264,7 +264,7 @@ protected:
 TEST_F(NoTargetPoint, whenAllNodesOfTheSelectedElementBelongToAnEarlierOne)
 {
     Mesh target = unitHexahedron({1, 1, 1});
-    target.elements.push_back(target.elements[0]);
+    target.connectivity.push_back(target.connectivity[0]);
     target.types.push_back(element::hexahedron);
     Transfer transfer = transferOf(linear, roomySource(), withMaterials(target, {0, 1}, {1, 1}));
     transfer.flags = {0, 1};

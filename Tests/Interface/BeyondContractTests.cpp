@@ -34,7 +34,7 @@ protected:
     }
 
 private:
-    TemporaryDirectory itsDirectory; // calls write their log into the current directory
+    WorkingDirectory itsDirectory; // calls write their log into the current directory
 };
 
 TEST_F(BeyondContract, moreThanNineComponentsAreAveragedAndTransferred)

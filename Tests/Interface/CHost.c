@@ -1,6 +1,5 @@
 /* A host program in C: the public header compiles as C, the records have the layout of the interface, and the functions
  * with C linkage are called by name. Exits with 0 when every call did what it should. */
-#define _XOPEN_SOURCE 700
 #include "Veltrane.h"
 
 #include <assert.h>
@@ -9,7 +8,6 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
-#include <unistd.h>
 
 static_assert(sizeof(int) == 4 && sizeof(void*) == 8, "the interface is that of a 64-bit platform");
 static_assert(sizeof(FieldsSetStruct) == 16, "size of a field set");
@@ -122,19 +120,11 @@ static void checkGaussPoints(void)
 
 int main(void)
 {
-    /* The transfer leaves its log in the working directory. */
-    char directory[] = "/tmp/c_host_XXXXXX";
-    if (mkdtemp(directory) == NULL || chdir(directory) != 0)
-    {
-        perror(directory);
-        return EXIT_FAILURE;
-    }
     check(strcmp(Veltrane_get_module_info(0), "Dynamic linked library") == 0, "kind of the module");
     check(strcmp(Veltrane_get_module_info(1), "24.0.0.79dbf165755") == 0, "version of the module");
     checkTransfer();
     check(remove("interpoLog.txt") == 0, "log of the transfer");
     checkNodes();
     checkGaussPoints();
-    check(chdir("/") == 0 && rmdir(directory) == 0, "nothing but the log is left");
     return nbFailures == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

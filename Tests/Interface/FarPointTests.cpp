@@ -104,7 +104,7 @@ TEST_F(FarPoints, fieldsOfStateClassOneKeepTheirValuesOnMaterialsOfClassTwo)
 TEST_F(FarPoints, fieldsOfStateClassOneTakeTheirDefaultOnOtherMaterialsOfClassOne)
 {
     Transfer transfer = partlyFar();
-    transfer.target.stateCodes = {1, 7};
+    transfer.target.matlStates = {1, 7};
     transfer.targetFields = {{.stateFlag = 1, .defaultValue = 5.5F}};
     expectNear(run(transfer).fields[0], expectedAtNodes(transfer, 5.5), 1e-5);
 }

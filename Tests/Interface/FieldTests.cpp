@@ -343,7 +343,7 @@ TEST_F(GaussPointSource, averagesAcrossElementKindsAndMaterials)
     Mesh source;
     source.nodes = {{0, 0, 0}, {1, -1, 0}, {1, 0, 0}, {0, 0, 1}, {1, -1, 1},
                     {1, 0, 1}, {1, 1, 0},  {0, 1, 0}, {1, 1, 1}, {0, 1, 1}};
-    source.elements = {{0, 1, 2, 3, 4, 5}, {0, 2, 6, 7, 3, 5, 8, 9}};
+    source.connectivity = {{0, 1, 2, 3, 4, 5}, {0, 2, 6, 7, 3, 5, 8, 9}};
     source.types = {element::wedge, element::hexahedron};
     source = withMaterials(source, {0, 1}, {1, 1});
     std::vector<double> values = constant(6, 2.0);

@@ -28,7 +28,7 @@ class GaussPointCorrespondence : public Host
 protected:
     static Matching between(Mesh source, Mesh target)
     {
-        const std::vector<int> flags(target.stateCodes.size(), 1);
+        const std::vector<int> flags(target.matlStates.size(), 1);
         return {.kind = Correspondence::gaussPoints,
                 .source = std::move(source),
                 .target = std::move(target),
@@ -82,7 +82,7 @@ protected:
 
     static std::vector<int> sameOrder(const Mesh& mesh)
     {
-        std::vector<int> order(mesh.elements.size());
+        std::vector<int> order(mesh.connectivity.size());
         std::iota(order.begin(), order.end(), 0);
         return order;
     }
@@ -128,8 +128,8 @@ TEST_F(GaussPointCorrespondence, findsTheGaussPointsOfATurnedElement)
 {
     // The target's hexahedron begins at another corner: the four Gauss points of each layer move on by one.
     Mesh target = unitHexahedron({0, 0, 0});
-    const std::vector<int> n = target.elements[0];
-    target.elements[0] = {n[1], n[2], n[3], n[0], n[5], n[6], n[7], n[4]};
+    const std::vector<int> n = target.connectivity[0];
+    target.connectivity[0] = {n[1], n[2], n[3], n[0], n[5], n[6], n[7], n[4]};
     const Outcome outcome = run(between(unitHexahedron({0, 0, 0}), target));
     EXPECT_EQ(outcome.code, 0);
     EXPECT_EQ(outcome.pointsOfGaussPoints, (Table{{2, 3, 4, 1, 6, 7, 8, 5}}));
@@ -261,7 +261,7 @@ TEST_F(GaussPointCorrespondence, aCentreInNoSourceElementFails)
     const Mesh source = joined(unitHexahedron({0, 0, 0}), unitHexahedron({5, 0, 0}));
     const Mesh target = joined(unitHexahedron({0, 0, 0}), unitHexahedron({2.5F, 0, 0}));
     Matching matching = between(source, target);
-    matching.source.stateCodes = {1, 1};
+    matching.source.matlStates = {1, 1};
     const Outcome outcome = run(matching);
     expectFailure(outcome, noPartner, constantTable(target, 0));
     // The eight Gauss points of the first element were reported.
@@ -439,9 +439,9 @@ TEST_F(TypesOfTheGaussPointCorrespondence, aSourcePyramidNeedsATargetPyramidAtIt
 TEST_F(TypesOfTheGaussPointCorrespondence, anySourceTypePassesWhereTheTargetHasAPyramid)
 {
     Mesh twoPyramids = pyramid();
-    twoPyramids.elements.push_back(twoPyramids.elements[0]);
+    twoPyramids.connectivity.push_back(twoPyramids.connectivity[0]);
     twoPyramids.types.push_back(element::pyramid);
-    twoPyramids.materials.push_back(0);
+    twoPyramids.matlIds.push_back(0);
     Mesh source = joined(quadrilateral(), pyramid());
     expectMatched(run(between(source, twoPyramids)), twoPyramids, {1, 1});
     expectRefused(run(between(joined(quadrilateral(), unitHexahedron({0, 0, 0})), unitHexahedron({0, 0, 0}))),

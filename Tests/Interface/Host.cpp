@@ -1,33 +1,16 @@
 #include "Host.h"
 
 #include "GuardedArray.h"
-#include "LibraryUnderTest.h"
+#include "TemporaryDirectory.h"
 
 #include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <functional>
 #include <iterator>
 #include <limits>
 #include <memory>
 #include <optional>
-#include <ostream>
-#include <sstream>
-
-#include <sys/wait.h>
-#include <unistd.h>
-
-namespace fs = std::filesystem;
-
-std::ostream& operator<<(std::ostream& stream, const Report& report)
-{
-    return stream << '(' << report.progress << ", \"" << report.title << "\", \"" << report.text << "\", "
-                  << report.kind << ')';
-}
 
 namespace
 {
@@ -42,14 +25,14 @@ class MeshArguments
 {
 public:
     explicit MeshArguments(const Mesh& mesh)
-        : itsCoordinates(std::span<const Point>(mesh.nodes)), itsTypes(mesh.types), itsMaterials(mesh.materials),
-          itsStateCodes(mesh.stateCodes), nbElements(mesh.nbElements()), nbNodes(mesh.nbNodes()),
-          nbMaterials(static_cast<int>(mesh.stateCodes.size()))
+        : itsCoordinates(std::span<const Point>(mesh.nodes)), itsTypes(mesh.types), itsMaterials(mesh.matlIds),
+          itsStateCodes(mesh.matlStates), nbElements(mesh.nbElts()), nbNodes(mesh.nbNodes()),
+          nbMaterials(static_cast<int>(mesh.matlStates.size()))
     {
         std::vector<int*> rows;
         if (nbElements <= maxElementsWithOwnArray)
         {
-            for (const std::vector<int>& nodes : mesh.elements)
+            for (const std::vector<int>& nodes : mesh.connectivity)
             {
                 itsNodes.emplace_back(nodes);
                 rows.push_back(itsNodes.back().data());
@@ -58,13 +41,13 @@ public:
         else
         {
             std::vector<int> allNodes;
-            for (const std::vector<int>& nodes : mesh.elements)
+            for (const std::vector<int>& nodes : mesh.connectivity)
             {
                 allNodes.insert(allNodes.end(), nodes.begin(), nodes.end());
             }
             itsNodes.emplace_back(allNodes);
             int* row = itsNodes.back().data();
-            for (const std::vector<int>& nodes : mesh.elements)
+            for (const std::vector<int>& nodes : mesh.connectivity)
             {
                 rows.push_back(row);
                 row += nodes.size();
@@ -76,8 +59,8 @@ public:
     float (*coordinates() const)[3] { return reinterpret_cast<float(*)[3]>(itsCoordinates.data()); }
     int** connectivity() const { return itsRows->data(); }
     int* types() const { return itsTypes.data(); }
-    int* materials() const { return itsMaterials.data(); }
-    int* stateCodes() const { return itsStateCodes.data(); }
+    int* matlIds() const { return itsMaterials.data(); }
+    int* matlStates() const { return itsStateCodes.data(); }
 
 private:
     InputArray<Point> itsCoordinates;
@@ -163,7 +146,7 @@ public:
         for (const Field& field : fields)
         {
             const std::size_t rows = field.location == atGaussPointsLocation ? gaussPointsOf(target)
-                                     : field.location == atElementsLocation  ? target.elements.size()
+                                     : field.location == atElementsLocation  ? target.connectivity.size()
                                                                              : target.nodes.size();
             const std::size_t nbValues = rows * static_cast<std::size_t>(field.components);
             auto* valuesFloat = static_cast<float*>(forbiddenAddress());
@@ -270,120 +253,19 @@ private:
 // ---------------------------------------------------------------------------------------------------------------------
 // The callback
 
-struct Conversation
+VeltraneCallback callbackFor(const Circumstances& circumstances)
 {
-    const Circumstances* circumstances;
-    std::vector<Report> transcript;
-    int nbProgressReports;
-};
-Conversation conversation;
-
-int answerCallback(int progress, char* title, char* text, int kind)
-{
-    conversation.transcript.push_back({progress, title, text, kind});
-    if (kind != 1)
-    {
-        return 0;
-    }
-    ++conversation.nbProgressReports;
-    return conversation.nbProgressReports == conversation.circumstances->cancelAt ? 0
-                                                                                  : conversation.circumstances->answer;
-}
-
-// ---------------------------------------------------------------------------------------------------------------------
-// Working directory and standard output
-
-std::string contentsOf(const fs::path& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-/// A new directory that is the current one while this object lives.
-class WorkingDirectory
-{
-public:
-    explicit WorkingDirectory(const std::map<std::string, std::string>& files) : itsPrevious(fs::current_path())
-    {
-        std::string name = (fs::temp_directory_path() / "interface_tests_XXXXXX").string();
-        if (mkdtemp(name.data()) == nullptr)
+    return callbackAnswering(
+        [&circumstances, nbProgressReports = 0](const Report& report) mutable
         {
-            std::abort();
-        }
-        itsPath = name;
-        for (const auto& [file, contents] : files)
-        {
-            fs::create_directories((itsPath / file).parent_path());
-            std::ofstream(itsPath / file, std::ios::binary) << contents;
-        }
-        fs::current_path(itsPath);
-    }
-
-    WorkingDirectory(const WorkingDirectory&) = delete;
-    WorkingDirectory& operator=(const WorkingDirectory&) = delete;
-
-    ~WorkingDirectory()
-    {
-        fs::current_path(itsPrevious);
-        fs::remove_all(itsPath);
-    }
-
-    std::map<std::string, std::string> files() const
-    {
-        std::map<std::string, std::string> all;
-        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(itsPath))
-        {
-            if (entry.is_regular_file())
+            if (report.kind != 1)
             {
-                all[fs::relative(entry.path(), itsPath).string()] = contentsOf(entry.path());
+                return 0;
             }
-        }
-        return all;
-    }
-
-private:
-    fs::path itsPrevious;
-    fs::path itsPath;
-};
-
-/// Sends standard output to a file while it is diverted.
-class DivertedOutput
-{
-public:
-    DivertedOutput() : itsFile(std::tmpfile()) {}
-    DivertedOutput(const DivertedOutput&) = delete;
-    DivertedOutput& operator=(const DivertedOutput&) = delete;
-    ~DivertedOutput() { std::fclose(itsFile); }
-
-    void divert()
-    {
-        std::fflush(stdout);
-        itsSaved = dup(STDOUT_FILENO);
-        dup2(fileno(itsFile), STDOUT_FILENO);
-    }
-
-    void restore()
-    {
-        std::fflush(stdout);
-        dup2(itsSaved, STDOUT_FILENO);
-        close(itsSaved);
-    }
-
-    std::string text() const
-    {
-        std::string all;
-        std::rewind(itsFile);
-        for (int c = std::fgetc(itsFile); c != EOF; c = std::fgetc(itsFile))
-        {
-            all.push_back(static_cast<char>(c));
-        }
-        return all;
-    }
-
-private:
-    std::FILE* itsFile;
-    int itsSaved = -1;
-};
+            ++nbProgressReports;
+            return nbProgressReports == circumstances.cancelAt ? 0 : circumstances.answer;
+        });
+}
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Calls
@@ -416,67 +298,31 @@ struct OutcomeCells
 
 using Call = std::function<void(VeltraneCallback)>;
 
-/// The output of the call that is running in the test process itself.
-DivertedOutput* outputOfRunningCall = nullptr;
-
-/// A fatal fault ends the process with status 0, which would pass for success.
-void failWhenACallEndsTheProcess()
-{
-    if (outputOfRunningCall != nullptr)
-    {
-        outputOfRunningCall->restore();
-        std::fprintf(stderr, "the library ended the process: %s\n", outputOfRunningCall->text().c_str());
-        std::_Exit(EXIT_FAILURE);
-    }
-}
-
 /// Makes the call itself, with all that the host has to prepare done.
 void makeCall(const Call& call, const Circumstances& circumstances)
 {
-    const std::function<void()> plainCall = [&] { call(circumstances.withCallback ? answerCallback : nullptr); };
+    const VeltraneCallback callback = callbackFor(circumstances);
+    const std::function<void()> plainCall = [&] { call(circumstances.withCallback ? callback : nullptr); };
     circumstances.around ? circumstances.around(plainCall) : plainCall();
 }
 
 void performCall(const Call& call, const Circumstances& circumstances, const OutcomeCells& cells, Outcome& outcome)
 {
     const WorkingDirectory directory(circumstances.files);
-    conversation = {&circumstances, {}, 0};
-    DivertedOutput output;
-    static const int registered = std::atexit(failWhenACallEndsTheProcess);
-    EXPECT_EQ(registered, 0);
-    outputOfRunningCall = &output;
-    output.divert();
-    makeCall(call, circumstances);
-    output.restore();
-    outputOfRunningCall = nullptr;
-    EXPECT_EQ(output.text(), circumstances.printed);
+    EXPECT_EQ(printedByReturningCall("a call of the test", [&] { makeCall(call, circumstances); }),
+              circumstances.printed);
     outcome.code = cells.code[0];
     outcome.message = cells.text();
-    outcome.transcript = conversation.transcript;
+    outcome.transcript = transcript();
     outcome.files = directory.files();
     EXPECT_TRUE(cells.restOfMessageUntouched());
 }
 
 Ending performCallInChild(const Call& call, const Circumstances& circumstances)
 {
-    constexpr int statusOfReturn = 99;
     const WorkingDirectory directory(circumstances.files);
-    conversation = {&circumstances, {}, 0};
-    DivertedOutput output;
-    // What is still in the buffers must not be written twice.
-    std::fflush(nullptr);
-    const pid_t child = fork();
-    if (child == 0)
-    {
-        output.divert();
-        makeCall(call, circumstances);
-        std::fflush(stdout);
-        _exit(statusOfReturn);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    const int exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return {exitStatus == statusOfReturn, exitStatus, output.text(), false, {}};
+    const ChildsEnd end = endOfCallInChild([&] { makeCall(call, circumstances); });
+    return {end.returned, end.exitStatus, end.printed, false, {}};
 }
 
 /// The arrays of one transfer and the call that hands them over.
@@ -499,13 +345,13 @@ public:
 
     void call(VeltraneCallback callback) const
     {
-        if (itsTransfer.target.elements.empty())
+        if (itsTransfer.target.connectivity.empty())
         {
             libraryUnderTest().meshToPointCloud(
                 itsTransfer.mode, itsTransfer.defaultValue, itsSource.nbElements, itsSource.nbNodes,
                 itsSource.coordinates(), itsSource.connectivity(), itsSource.types(), itsSource.nbMaterials,
-                itsSource.materials(), itsSource.stateCodes(), itsTarget.nbNodes, itsTarget.coordinates(),
-                itsTarget.nbMaterials, itsTarget.materials(), itsTarget.stateCodes(), itsFlags.data(),
+                itsSource.matlIds(), itsSource.matlStates(), itsTarget.nbNodes, itsTarget.coordinates(),
+                itsTarget.nbMaterials, itsTarget.matlIds(), itsTarget.matlStates(), itsFlags.data(),
                 itsSourceFields.set(itsNbSourceFields), itsTargetFields.set(itsNbTargetFields), cells.message.data(),
                 cells.code.data(), callback);
         }
@@ -514,9 +360,9 @@ public:
             libraryUnderTest().meshToMesh(
                 itsTransfer.mode, itsTransfer.defaultValue, itsSource.nbElements, itsSource.nbNodes,
                 itsSource.coordinates(), itsSource.connectivity(), itsSource.types(), itsSource.nbMaterials,
-                itsSource.materials(), itsSource.stateCodes(), itsTarget.nbElements, itsTarget.nbNodes,
+                itsSource.matlIds(), itsSource.matlStates(), itsTarget.nbElements, itsTarget.nbNodes,
                 itsTarget.coordinates(), itsTarget.connectivity(), itsTarget.types(), itsTarget.nbMaterials,
-                itsTarget.materials(), itsTarget.stateCodes(), itsFlags.data(), itsSourceFields.set(itsNbSourceFields),
+                itsTarget.matlIds(), itsTarget.matlStates(), itsFlags.data(), itsSourceFields.set(itsNbSourceFields),
                 itsTargetFields.set(itsNbTargetFields), cells.message.data(), cells.code.data(), callback);
         }
     }
@@ -565,20 +411,19 @@ public:
         {
             libraryUnderTest().nodeToNode(
                 itsSource.nbElements, itsSource.nbNodes, itsSource.coordinates(), itsSource.connectivity(),
-                itsSource.types(), itsSource.nbMaterials, itsSource.materials(), itsSource.stateCodes(),
+                itsSource.types(), itsSource.nbMaterials, itsSource.matlIds(), itsSource.matlStates(),
                 itsTarget.nbElements, itsTarget.nbNodes, itsTarget.coordinates(), itsTarget.connectivity(),
-                itsTarget.types(), itsTarget.nbMaterials, itsTarget.materials(), itsTarget.stateCodes(),
-                itsFlags.data(), itsNodes.data(), cells.message.data(), cells.code.data(), callback);
+                itsTarget.types(), itsTarget.nbMaterials, itsTarget.matlIds(), itsTarget.matlStates(), itsFlags.data(),
+                itsNodes.data(), cells.message.data(), cells.code.data(), callback);
         }
         else
         {
             libraryUnderTest().gaussPointToGaussPoint(
                 itsSource.nbElements, itsSource.nbNodes, itsSource.coordinates(), itsSource.connectivity(),
-                itsSource.types(), itsSource.nbMaterials, itsSource.materials(), itsSource.stateCodes(),
+                itsSource.types(), itsSource.nbMaterials, itsSource.matlIds(), itsSource.matlStates(),
                 itsTarget.nbElements, itsTarget.nbNodes, itsTarget.coordinates(), itsTarget.connectivity(),
-                itsTarget.types(), itsTarget.nbMaterials, itsTarget.materials(), itsTarget.stateCodes(),
-                itsFlags.data(), itsElements.data(), itsPoints.data(), cells.message.data(), cells.code.data(),
-                callback);
+                itsTarget.types(), itsTarget.nbMaterials, itsTarget.matlIds(), itsTarget.matlStates(), itsFlags.data(),
+                itsElements.data(), itsPoints.data(), cells.message.data(), cells.code.data(), callback);
         }
     }
 

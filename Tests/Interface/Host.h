@@ -3,17 +3,19 @@
 #ifndef VELTRANE_TESTS_HOST_H
 #define VELTRANE_TESTS_HOST_H
 
-#include "MeshBuilder.h"
+#include "LibraryHost.h"
+#include "Meshes.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cstddef>
 #include <functional>
-#include <iosfwd>
 #include <map>
 #include <string>
 #include <vector>
+
+using namespace meshes;
 
 constexpr int atNodesLocation = 1;
 constexpr int atGaussPointsLocation = 2;
@@ -81,18 +83,6 @@ struct Circumstances
     /// Makes the call, if it is not to be made directly.
     std::function<void(const std::function<void()>& call)> around = {};
 };
-
-/// One call of the callback.
-struct Report
-{
-    int progress;
-    std::string title;
-    std::string text;
-    int kind;
-
-    bool operator==(const Report&) const = default;
-};
-std::ostream& operator<<(std::ostream& stream, const Report& report);
 
 /// What a call did.
 struct Outcome

@@ -8,12 +8,13 @@
 #include <gtest/gtest.h>
 #include <numeric>
 #include <random>
+#include <span>
 #include <vector>
 
 namespace
 {
 /// A grid of hexahedra with inner nodes moved, whose arrays are as the library takes them.
-struct LargeMesh
+struct LargeMesh : MeshSink
 {
     std::vector<std::array<float, 3>> nodes;
     std::vector<std::array<int, 8>> elements;
@@ -25,27 +26,28 @@ struct LargeMesh
     explicit LargeMesh(int nbNodesPerSide)
     {
         std::mt19937 generator(1);
-        const auto move = [&] { return 0.3F * (static_cast<float>(generator() >> 8) * 0x1p-24F - 0.5F); };
-        const int n = nbNodesPerSide;
-        const auto node = [n](int i, int j, int k) { return (i * n + j) * n + k; };
-        for (int i = 0; i < n; ++i)
+        const auto moved = [&](int at)
+        { return static_cast<double>(at) + 0.3 * (static_cast<double>(generator() >> 8) * 0x1p-24 - 0.5); };
+        CellGrid grid;
+        grid.cells = {nbNodesPerSide - 1, nbNodesPerSide - 1, nbNodesPerSide - 1};
+        grid.corner = [&](int i, int j, int k)
         {
-            for (int j = 0; j < n; ++j)
-            {
-                for (int k = 0; k < n; ++k)
-                {
-                    nodes.push_back({static_cast<float>(i) + move(), static_cast<float>(j) + move(),
-                                     static_cast<float>(k) + move()});
-                    if (i + 1 < n && j + 1 < n && k + 1 < n)
-                    {
-                        elements.push_back({node(i, j, k), node(i + 1, j, k), node(i + 1, j + 1, k), node(i, j + 1, k),
-                                            node(i, j, k + 1), node(i + 1, j, k + 1), node(i + 1, j + 1, k + 1),
-                                            node(i, j + 1, k + 1)});
-                    }
-                }
-            }
-        }
+            const double x = moved(i);
+            const double y = moved(j);
+            return Position{x, y, moved(k)};
+        };
+        grid.filling = [](int, int, int) { return Filling::hexahedron; };
+        cut(grid, *this);
         finish();
+    }
+
+    void addNode(const Position& p) override
+    {
+        nodes.push_back({static_cast<float>(p[0]), static_cast<float>(p[1]), static_cast<float>(p[2])});
+    }
+    void addElement(int, std::span<const int> nodeNumbers, int) override
+    {
+        std::ranges::copy(nodeNumbers, elements.emplace_back().begin());
     }
 
     /// Node i becomes node nodeOf[i], element i element eltOf[i].

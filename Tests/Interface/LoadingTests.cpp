@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include <gmock/gmock.h>
+
 #include <dlfcn.h>
 #include <malloc.h>
 #include <pthread.h>
@@ -22,13 +24,7 @@ namespace fs = std::filesystem;
 class CopiedLibrary
 {
 public:
-    CopiedLibrary() : itsPath(fs::temp_directory_path() / ("libVeltrane_" + std::to_string(getpid()) + ".so"))
-    {
-        fs::copy_file(VELTRANE_LIBRARY, itsPath, fs::copy_options::overwrite_existing);
-    }
-    CopiedLibrary(const CopiedLibrary&) = delete;
-    CopiedLibrary& operator=(const CopiedLibrary&) = delete;
-    ~CopiedLibrary() { fs::remove(itsPath); }
+    CopiedLibrary() { fs::copy_file(VELTRANE_LIBRARY, itsPath); }
 
     void* open(int binding) const { return dlopen(itsPath.c_str(), binding | RTLD_LOCAL); }
     bool isLoaded() const
@@ -38,13 +34,14 @@ public:
     }
 
 private:
-    fs::path itsPath;
+    const TemporaryDirectory itsDirectory;
+    const fs::path itsPath = itsDirectory / "libVeltrane.so";
 };
 
 class Loading : public Host
 {
-private:
-    TemporaryDirectory itsDirectory; // calls write their log into the current directory
+protected:
+    const WorkingDirectory itsDirectory; // calls write their log into the current directory
 };
 
 TEST_F(Loading, worksWithLazyAndWithImmediateBinding)
@@ -80,6 +77,12 @@ void* callEverything(void* isRight)
 {
     *static_cast<bool*>(isRight) = HexahedronOnItself().succeedsWith(libraryUnderTest());
     return nullptr;
+}
+
+TEST_F(Loading, aHostWrittenInCFindsAllItNeedsAndNothingButTheLogIsWritten)
+{
+    EXPECT_EQ(std::system(VELTRANE_C_HOST), 0);
+    EXPECT_THAT(itsDirectory.names(), testing::IsEmpty()); // the program removes the log
 }
 
 TEST_F(Loading, aThreadWithAStackOf64KiBCanCall)

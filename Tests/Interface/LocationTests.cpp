@@ -84,7 +84,7 @@ TEST_F(Location, aPointOnASharedFaceBelongsToTheLowerNumberedElement)
     const Mesh left = box(element::hexahedron, {0, 0, 0}, {1, 1, 1});
     const Mesh right = box(element::hexahedron, {1, 0, 0}, {2, 1, 1});
     Mesh pair = joined(left, right);
-    pair.stateCodes = {1, 1};
+    pair.matlStates = {1, 1};
     std::vector<double> values = constant(16, 10.0);
     std::fill(values.begin() + 8, values.end(), 20.0);
     const std::vector<Point> points = {{0.5F, 0.5F, 0.5F}, {1, 0.5F, 0.5F}, {1.5F, 0.5F, 0.5F}};
@@ -146,7 +146,7 @@ TEST_F(Location, anElementWithoutExtentHoldsItsOwnPlaceWithTheMeanOfItsNodes)
     // All nodes of the first element lie at one place; no iteration runs there, and the first guess is the centre.
     const Mesh point = single(element::tetrahedron, {{1, 1, 1}, {1, 1, 1}, {1, 1, 1}, {1, 1, 1}});
     Mesh source = joined(point, box(element::hexahedron, {0, 0, 0}, {2, 2, 2}));
-    source.stateCodes = {1, 1};
+    source.matlStates = {1, 1};
     std::vector<double> values = {1.0, 2.0, 3.0, 6.0};
     values.resize(12, 50.0);
     const Outcome outcome = runAtPoints(source, values, {{1, 1, 1}, {0.5F, 0.5F, 0.5F}});
@@ -213,15 +213,15 @@ TEST_F(Location, theElementAroundAPointIsFoundBehindAnyNumberOfOthers)
             i == 0 ? referenceElement(element::tetrahedron) : joined(source, referenceElement(element::tetrahedron));
     }
     source = joined(source, unitHexahedron({0, 0, 0}));
-    std::ranges::fill(source.materials, 0);
+    std::ranges::fill(source.matlIds, 0);
     std::vector<double> values = constant(400, 1.0);
     values.resize(408, 2.0);
     const std::vector<Point> points = {{0.9F, 0.9F, 0.9F}, {0.1F, 0.1F, 0.1F}};
     expectNear(runAtPoints(source, values, points).fields[0], {2.0, 1.0}, 1e-5);
     // The same among elements of several materials.
-    source.materials.back() = 1;
-    source.materials[50] = 2;
-    source.stateCodes = {1, 1, 4};
+    source.matlIds.back() = 1;
+    source.matlIds[50] = 2;
+    source.matlStates = {1, 1, 4};
     expectNear(runAtPoints(source, values, points).fields[0], {2.0, 1.0}, 1e-5);
 }
 
@@ -229,11 +229,11 @@ TEST_F(Location, theOrderOfThePointsDoesNotMatter)
 {
     // Many points in many buckets, of two materials, visited along the axes or scattered.
     Mesh source = box(element::hexahedron, {0, 0, 0}, {20, 20, 20}, {20, 20, 20});
-    for (std::size_t e = 0; e < source.elements.size(); ++e)
+    for (std::size_t e = 0; e < source.connectivity.size(); ++e)
     {
-        source.materials[e] = static_cast<int>(e % 2);
+        source.matlIds[e] = static_cast<int>(e % 2);
     }
-    source.stateCodes = {1, 4};
+    source.matlStates = {1, 4};
     Transfer transfer = transferOf(linear, source, cloud({}));
     transfer.mode = 1;
     transfer.flags = {1, 1};
@@ -245,14 +245,14 @@ TEST_F(Location, theOrderOfThePointsDoesNotMatter)
     for (std::size_t i = 0; i < nbPoints; ++i)
     {
         inOrder.nodes.push_back({coordinate(i % 27), coordinate(i / 27 % 28), coordinate(i / 27 / 28)});
-        inOrder.materials.push_back(static_cast<int>(i / 3 % 2));
+        inOrder.matlIds.push_back(static_cast<int>(i / 3 % 2));
     }
-    inOrder.stateCodes = {1, 4};
+    inOrder.matlStates = {1, 4};
     Mesh scattered = inOrder;
     for (std::size_t i = 0; i < nbPoints; ++i)
     {
         scattered.nodes[i] = inOrder.nodes[i * stride % nbPoints];
-        scattered.materials[i] = inOrder.materials[i * stride % nbPoints];
+        scattered.matlIds[i] = inOrder.matlIds[i * stride % nbPoints];
     }
     transfer.target = inOrder;
     const Outcome first = run(transfer);
@@ -276,7 +276,7 @@ TEST_F(Location, theOrderOfThePointsDoesNotMatter)
 TEST_F(Location, aSourceWithoutElementsHoldsNoPoint)
 {
     Mesh source = cloud({{0, 0, 0}});
-    source.materials.clear();
+    source.matlIds.clear();
     EXPECT_EQ(runAtPoints(source, {1.0}, {{0, 0, 0}, {1, 1, 1}}).fields[0], (std::vector<double>{-1.0, -1.0}));
     const Outcome onMesh = run(transferOf(linear, source, unitHexahedron({0, 0, 0})));
     EXPECT_EQ(onMesh.code, 1);
@@ -355,7 +355,7 @@ protected:
     {
         Mesh source =
             joined(box(element::hexahedron, {0, 0, 0}, {4, 4, 4}), box(element::hexahedron, {5, 0, 0}, {9, 4, 4}));
-        source.stateCodes = {1, 1};
+        source.matlStates = {1, 1};
         // The target begins inside the first block, so that its only bucket lists both.
         const Mesh target = tetrahedronTo({x, 2, 2}, {3.9F, 2, 2}, {3.9F, 2.2F, 2}, {3.9F, 2, 2.2F});
         Transfer transfer = transferOf(linear, source, target);
@@ -392,7 +392,7 @@ TEST_F(NearMissBetweenTwo, aNearerElementOfAnotherStateCodeIsPassedBy)
 TEST_F(NearMissBetweenTwo, withoutAnElementOfTheStateCodeThePointIsFar)
 {
     Transfer transfer = between(4.5F);
-    transfer.target.stateCodes = {3};
+    transfer.target.matlStates = {3};
     EXPECT_EQ(run(transfer).code, 2);
 }
 

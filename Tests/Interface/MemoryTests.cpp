@@ -32,8 +32,8 @@ TEST_F(Memory, staysSteadyOverCallsWithLargeMeshes)
 {
     Transfer transfer = transferOf(linear, box(element::hexahedron, {0, 0, 0}, {1, 1, 1}, {27, 27, 27}),
                                    box(element::tetrahedron, {0, 0, 0}, {1, 1, 1}, {15, 15, 15}));
-    ASSERT_EQ(transfer.source.nbElements(), 19683);
-    ASSERT_EQ(transfer.target.nbElements(), 20250);
+    ASSERT_EQ(transfer.source.nbElts(), 19683);
+    ASSERT_EQ(transfer.target.nbElts(), 20250);
     transfer.sourceFields.push_back(
         {.location = atGaussPointsLocation, .values = constant(gaussPointsOf(transfer.source), 2.0)});
     transfer.targetFields = {Field{}, atGaussPoints()};
@@ -51,7 +51,7 @@ TEST_F(Memory, staysSteadyOverHundredsOfCallsWhateverTheirOutcome)
     propagating.mode = 2;
     Transfer warned = successful;
     warned.mode = 2;
-    warned.target.stateCodes = {4};
+    warned.target.matlStates = {4};
     Transfer outside = successful;
     outside.mode = 0;
     Transfer notIncluded = successful;

@@ -38,7 +38,7 @@ class NodeCorrespondence : public Host
 protected:
     static Matching between(Mesh source, Mesh target)
     {
-        const std::vector<int> flags(target.stateCodes.size(), 1);
+        const std::vector<int> flags(target.matlStates.size(), 1);
         return {
             .kind = Correspondence::nodes, .source = std::move(source), .target = std::move(target), .flags = flags};
     }
@@ -282,7 +282,7 @@ TEST_F(NodeCorrespondence, withoutSelectedNodeFails)
 {
     // All nodes of the selected element belong to an earlier one that is not selected.
     Mesh target = unitHexahedron({0, 0, 0});
-    target.elements.push_back(target.elements[0]);
+    target.connectivity.push_back(target.connectivity[0]);
     target.types.push_back(element::hexahedron);
     Matching matching = between(twoHexahedra(), withMaterials(target, {0, 1}, {1, 1}));
     matching.flags = {0, 1};
@@ -305,7 +305,7 @@ TEST_F(NodeCorrespondence, ofSkinsIsAccepted)
     // Two triangles and a quadrilateral on the surface of the source.
     Mesh skin;
     skin.nodes = twoHexahedra().nodes;
-    skin.elements = {{0, 1, 4}, {0, 4, 3}, {1, 2, 5, 4}};
+    skin.connectivity = {{0, 1, 4}, {0, 4, 3}, {1, 2, 5, 4}};
     skin.types = {element::triangle, element::triangle, element::quadrilateral};
     skin = withMaterials(skin, {0, 0, 0}, {1});
     const Outcome outcome = run(between(twoHexahedra(), skin));

@@ -25,7 +25,7 @@ TEST_F(Success, aSecondCallStartsFromNothing)
 {
     const Transfer transfer = transferOf(linear, roomySource(), unitHexahedron({1, 1, 1}));
     Transfer failing = transfer;
-    failing.target.stateCodes = {4};
+    failing.target.matlStates = {4};
     const Outcome first = run(transfer);
     EXPECT_EQ(run(failing).code, 2);
     const Outcome second = run(transfer);
@@ -104,7 +104,7 @@ TEST_F(FailureOfTheGrid, fillsAllComponentsInThePrecisionOfTheField)
 TEST_F(FailureOfTheGrid, fillsFieldsOfStateClassOneOnEveryMaterial)
 {
     Transfer transfer = twoHexahedra();
-    transfer.target.stateCodes = {1, 4};
+    transfer.target.matlStates = {1, 4};
     transfer.targetFields[0].stateFlag = 1;
     EXPECT_EQ(run(transfer).fields[0], fillAtNodesOfTheSecondOnly());
 }
@@ -198,7 +198,7 @@ TEST_F(PointOutsideInModeZero, amongGaussPointsFillsTheNodesToo)
 {
     // All nodes of the target belong to an element that the source covers; the Gauss points of another element do not.
     Mesh target = unitHexahedron({1, 1, 1});
-    target.elements.push_back(target.elements[0]);
+    target.connectivity.push_back(target.connectivity[0]);
     target.types.push_back(target.types[0]);
     Transfer transfer = transferOf(linear, roomySource(), withMaterials(target, {0, 1}, {1, 4}));
     transfer.flags = {1, 1};

@@ -29,9 +29,9 @@ TEST_F(ProcessEnd, aModelWithoutMaterials)
     for (Transfer transfer : {toMesh(), toCloud()})
     {
         Transfer withoutSource = transfer;
-        withoutSource.source.stateCodes.clear();
+        withoutSource.source.matlStates.clear();
         expectEnd(runToTheEnd(withoutSource), noMaterial);
-        transfer.target.stateCodes.clear();
+        transfer.target.matlStates.clear();
         expectEnd(runToTheEnd(transfer), noMaterial);
     }
 }
@@ -41,10 +41,10 @@ TEST_F(ProcessEnd, aModelWithoutMaterialsInACorrespondence)
     for (const Correspondence kind : {Correspondence::nodes, Correspondence::gaussPoints})
     {
         Matching matching = {.kind = kind, .source = roomySource(), .target = roomySource()};
-        matching.source.stateCodes.clear();
+        matching.source.matlStates.clear();
         expectEnd(runToTheEnd(matching), noMaterial);
         matching.source = roomySource();
-        matching.target.stateCodes.clear();
+        matching.target.matlStates.clear();
         expectEnd(runToTheEnd(matching), noMaterial);
     }
 }
@@ -86,7 +86,7 @@ TEST_F(ProcessEnd, theSourceSetIsLoadedBeforeTheTargetSetAndModelsBeforeFields)
     Transfer transfer = toMesh();
     transfer.targetFields[0].precision = 5;
     expectEnd(runToTheEndWithFieldCounts(transfer, 0, 1), noField);
-    transfer.target.stateCodes.clear();
+    transfer.target.matlStates.clear();
     expectEnd(runToTheEndWithFieldCounts(transfer, 0, 1), noMaterial);
 }
 
@@ -102,7 +102,7 @@ TEST_F(ProcessEnd, theLogOfAnEarlierCallIsRemovedFirst)
 {
     // The mapping is set up before its data are looked at; nothing else is printed when the log is a directory.
     Transfer transfer = toMesh();
-    transfer.source.stateCodes.clear();
+    transfer.source.matlStates.clear();
     expectEnd(runToTheEnd(transfer, {.files = {{"interpoLog.txt/occupant", ""}}}), noMaterial);
 }
 
@@ -124,7 +124,7 @@ protected:
     static Transfer toPoints(const std::vector<Point>& points)
     {
         Mesh source = joined(roomySource(), single(element::tetrahedron, {{6, 0, 1}, {9, 0, 1}, {6, 3, 1}, {9, 3, 1}}));
-        source.stateCodes = {1, 1};
+        source.matlStates = {1, 1};
         return transferOf(linear, source, cloud(points));
     }
 

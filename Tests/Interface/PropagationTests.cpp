@@ -106,7 +106,7 @@ TEST_F(Propagation, elementsWithDifferentNumbersOfFilledNodes)
     // A tetrahedron in the source, one on two of its nodes, one on one of that one's nodes.
     Mesh target;
     target.nodes = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {2, 0, 0}, {2, 2, 0}, {3, 0, 0}, {3, 1, 0}, {3, 0, 1}};
-    target.elements = {{0, 1, 2, 3}, {1, 4, 2, 5}, {6, 7, 8, 4}};
+    target.connectivity = {{0, 1, 2, 3}, {1, 4, 2, 5}, {6, 7, 8, 4}};
     target.types = std::vector<int>(3, element::tetrahedron);
     target = withMaterials(target, {0, 1, 1}, {1, 4});
     Transfer transfer = transferOf(places, box(element::hexahedron, {-1, -1, -1}, {4, 4, 4}), target);

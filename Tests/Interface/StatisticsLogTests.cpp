@@ -179,7 +179,7 @@ TEST_F(StatisticsLog, ofAnEarlierCallIsGoneAfterAFailure)
 {
     const std::map<std::string, std::string> files = {{"interpoLog.txt", "old"}};
     Transfer outside = simple();
-    outside.target.stateCodes = {4};
+    outside.target.matlStates = {4};
     EXPECT_EQ(run(outside, {.files = files}).code, 2);
     EXPECT_FALSE(run(outside, {.files = files}).hasLog());
 

@@ -245,7 +245,7 @@ TEST_F(Cancellation, beforeTheFarNodesAreFilledLeavesThemUntouched)
 {
     Transfer transfer = toOneHexahedron();
     transfer.mode = 1;
-    transfer.target.stateCodes = {4};
+    transfer.target.matlStates = {4};
     const Outcome outcome = run(transfer, {.cancelAt = 2 + 8});
     expectCancelled(outcome, meshTitle, 8, 2 + 8);
     EXPECT_EQ(outcome.fields[0], constant(8, untouched));

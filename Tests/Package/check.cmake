@@ -1,5 +1,7 @@
 # Installs the project into an empty folder and builds the example hosts against it as a user would, through the CMake
 # package and through pkg-config. Arguments: PROJECT_BUILD, EXAMPLES, SCRATCH, C_COMPILER, CXX_COMPILER, LIBDIR.
+cmake_minimum_required(VERSION 3.22)
+
 function(run)
     execute_process(COMMAND ${ARGV} RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
     if(NOT status EQUAL 0)
@@ -21,12 +23,30 @@ set(prefix ${SCRATCH}/prefix)
 file(REMOVE_RECURSE ${SCRATCH})
 run(${CMAKE_COMMAND} --install ${PROJECT_BUILD} --prefix ${prefix})
 
+# Comments of an installed header send nobody to one that is not there.
+file(GLOB headers ${prefix}/include/*.h ${prefix}/include/veltrane/*.h)
+set(names)
+foreach(header IN LISTS headers)
+    get_filename_component(name ${header} NAME)
+    list(APPEND names ${name})
+endforeach()
+foreach(header IN LISTS headers)
+    file(READ ${header} contents)
+    string(REGEX MATCHALL "[A-Za-z_]+\\.h" mentioned "${contents}")
+    foreach(name IN LISTS mentioned)
+        if(NOT name IN_LIST names)
+            message(FATAL_ERROR "${header} mentions ${name}, which is not installed")
+        endif()
+    endforeach()
+endforeach()
+
 set(build ${SCRATCH}/build)
 run(${CMAKE_COMMAND} -S ${EXAMPLES}/Installed -B ${build} -DCMAKE_PREFIX_PATH=${prefix}
     -DCMAKE_C_COMPILER=${C_COMPILER} -DCMAKE_CXX_COMPILER=${CXX_COMPILER})
 run(${CMAKE_COMMAND} --build ${build})
 expect_temperature(${build}/transfer_in_c)
 expect_temperature(${build}/transfer_in_cpp)
+run(${build}/coupling)
 
 set(ENV{PKG_CONFIG_PATH} ${prefix}/${LIBDIR}/pkgconfig)
 set(ENV{LD_LIBRARY_PATH} ${prefix}/${LIBDIR})

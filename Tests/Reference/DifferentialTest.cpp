@@ -6,7 +6,6 @@
 /// problem.
 #include "Comparison.h"
 #include "LibraryCalls.h"
-#include "LibraryHost.h"
 #include "RandomModels.h"
 #include "ReferenceCorrespondence.h"
 #include "ReferenceTransfer.h"
@@ -29,11 +28,10 @@ namespace
 
 using namespace comparison;
 using namespace random_models;
+using library_host::CallDirectory;
 using library_host::CorrespondenceTables;
 using library_host::IntegerTable;
-using library_host::Library;
 using library_host::Result;
-using library_host::WorkingDirectory;
 using reference::index;
 using reference::Observations;
 using reference::Outcome;
@@ -46,13 +44,13 @@ int numberFromEnvironment(const char* name, int otherwise)
     return text != nullptr ? std::atoi(text) : otherwise;
 }
 
-std::string differenceOfResults(const Result& result, const Outcome& expected, WorkingDirectory& directory)
+std::string differenceOfResults(const Result& result, const Outcome& expected, CallDirectory& directory)
 {
     return firstOf({result.errorCode == expected.errorCode ? ""
                                                            : "the error code is " + std::to_string(result.errorCode) +
                                                                  ", expected " + std::to_string(expected.errorCode),
                     differenceOfTexts("the message", result.text(), expected.message),
-                    differenceOfTranscripts(library_host::transcript(), expected.transcript),
+                    differenceOfTranscripts(library_host::receivedCalls(), expected.transcript),
                     differenceOfLogs(directory.takeLog(), expected.log), directory.disturbance()});
 }
 
@@ -62,7 +60,7 @@ std::string differenceOfCalls(const std::string& name, const Surroundings& surro
                               ReferenceCall referenceCall, LibraryCall libraryCall, CompareOutputs compareOutputs,
                               std::set<std::string>& seen, std::function<void(const Outcome&)> observe)
 {
-    WorkingDirectory directory(name, surroundings, tuningFile);
+    CallDirectory directory(surroundings, tuningFile);
     Result result;
     Outcome expected;
     try
@@ -77,7 +75,7 @@ std::string differenceOfCalls(const std::string& name, const Surroundings& surro
                         directory.takeLog() ? "the log of an earlier call is still there" : "",
                         directory.disturbance()});
     }
-    library_host::runReturningCall(name, [&] { libraryCall(result); });
+    printedByReturningCall(name, [&] { libraryCall(result); });
     observe(expected);
     if (!surroundings.callback.present)
     {
@@ -290,7 +288,6 @@ protected:
 
 TEST_F(Differential, MeshToMesh)
 {
-    ASSERT_NE(Library::get().transferToMesh, nullptr);
     runCases("mesh_to_mesh", 0.5,
              {"success",
               "cancelled",
@@ -326,7 +323,6 @@ TEST_F(Differential, MeshToMesh)
 
 TEST_F(Differential, MeshToPointCloud)
 {
-    ASSERT_NE(Library::get().transferToPointCloud, nullptr);
     runCases("mesh_to_point_cloud", 0.2,
              {"success", "cancelled", "outside in mode 0", "far points with defaults", "doubled grid",
               "undefined values", "default fill after a failure", "no callback"},
@@ -336,10 +332,6 @@ TEST_F(Differential, MeshToPointCloud)
 
 TEST_F(Differential, NodeToNode)
 {
-    if (Library::get().matchNodes == nullptr)
-    {
-        GTEST_SKIP() << "the library does not export the node-to-node correspondence";
-    }
     runCases("node_to_node", 0.15,
              {"success", "cancelled", "no callback", "doubled grid", "refused: There is no target node.",
               "refused: At least one node of the target mesh does not correspond to ",
@@ -350,10 +342,6 @@ TEST_F(Differential, NodeToNode)
 
 TEST_F(Differential, GaussPoints)
 {
-    if (Library::get().matchGaussPoints == nullptr)
-    {
-        GTEST_SKIP() << "the library does not export the Gauss-point correspondence";
-    }
     runCases("gauss_points", 0.15,
              {"success", "cancelled", "no callback", "doubled grid",
               "refused: At least one gauss point of the target mesh does not corresp"},

@@ -81,7 +81,7 @@ void placeTarget(Random& random, Cutting& target, const Body& body, bool inside)
     }
 }
 
-std::array<float, 3> mean(const MeshModel& mesh, int element, int nbNodes)
+std::array<float, 3> mean(const Mesh& mesh, int element, int nbNodes)
 {
     Point sum{};
     for (int n = 0; n < nbNodes; ++n)
@@ -96,9 +96,9 @@ std::array<float, 3> mean(const MeshModel& mesh, int element, int nbNodes)
 }
 
 /// A point inside, on a node, on an edge or face, near the boundary, or far away.
-std::array<float, 3> randomPoint(Random& random, const MeshModel& source, const Body& body, double outside)
+std::array<float, 3> randomPoint(Random& random, const Mesh& source, const Body& body, double outside)
 {
-    const int element = random.integer(0, source.nbElements() - 1);
+    const int element = random.integer(0, source.nbElts() - 1);
     const int nbNodes = reference::nodeCount(source.types[index(element)]);
     if (random.chance(outside))
     {
@@ -134,7 +134,7 @@ std::array<float, 3> randomPoint(Random& random, const MeshModel& source, const 
 }
 
 /// Some cells' materials differ from element to element.
-void scatterMaterials(Random& random, MeshModel& mesh)
+void scatterMaterials(Random& random, Mesh& mesh)
 {
     for (int& matl : mesh.matlIds)
     {
@@ -222,12 +222,12 @@ Cutting randomSource(Random& random, const Body& body, SourceStyle style)
     return cutting;
 }
 
-MeshModel randomSourceMesh(Random& random, const Body& body, SourceStyle style)
+Mesh randomSourceMesh(Random& random, const Body& body, SourceStyle style)
 {
     Cutting cutting = randomSource(random, body, style);
     const int nbMatls = random.integer(1, 4);
     cutting.matl = randomMaterials(random, nbMatls, cutting.cells);
-    MeshModel source = cut(random, cutting);
+    Mesh source = cut(random, cutting);
     source.matlStates = randomStates(random, nbMatls);
     if (random.chance(0.2))
     {
@@ -244,7 +244,7 @@ MeshModel randomSourceMesh(Random& random, const Body& body, SourceStyle style)
     return source;
 }
 
-MeshModel randomTargetMesh(Random& random, const MeshModel& source, const Body& body, const TargetStyle& style)
+Mesh randomTargetMesh(Random& random, const Mesh& source, const Body& body, const TargetStyle& style)
 {
     Cutting cutting;
     placeTarget(random, cutting, body, style.inside);
@@ -272,7 +272,7 @@ MeshModel randomTargetMesh(Random& random, const MeshModel& source, const Body& 
     {
         cutting.keep = [&random](int i, int j, int k) { return i + j + k == 0 || random.chance(0.7); };
     }
-    MeshModel target = cut(random, cutting);
+    Mesh target = cut(random, cutting);
     target.matlStates = targetStates(random, source.matlStates, nbMatls, style.foreign);
     if (random.chance(0.2))
     {
@@ -289,9 +289,9 @@ MeshModel randomTargetMesh(Random& random, const MeshModel& source, const Body& 
     return target;
 }
 
-MeshModel randomPointCloud(Random& random, const MeshModel& source, const Body& body, double outside)
+Mesh randomPointCloud(Random& random, const Mesh& source, const Body& body, double outside)
 {
-    MeshModel cloud;
+    Mesh cloud;
     cloud.matlStates = targetStates(random, source.matlStates, random.integer(1, 3), 0.1);
     const int nbPoints = random.integer(1, random.chance(0.3) ? 250 : 40);
     for (int i = 0; i < nbPoints; ++i)
@@ -302,7 +302,7 @@ MeshModel randomPointCloud(Random& random, const MeshModel& source, const Body& 
     return cloud;
 }
 
-void makeLattice(Random& random, MeshModel& source, MeshModel& target)
+void makeLattice(Random& random, Mesh& source, Mesh& target)
 {
     Cutting cutting;
     cutting.origin = {random.integer(-4, 4) * 1.0, random.integer(-4, 4) * 1.0, random.integer(-4, 4) * 1.0};

@@ -49,15 +49,15 @@ std::function<int(int, int, int)> randomMaterials(Random& random, int nbMatls, c
 /// A source before it has materials.
 Cutting randomSource(Random& random, const Body& body, SourceStyle style);
 
-MeshModel randomSourceMesh(Random& random, const Body& body, SourceStyle style);
+Mesh randomSourceMesh(Random& random, const Body& body, SourceStyle style);
 
-MeshModel randomTargetMesh(Random& random, const MeshModel& source, const Body& body, const TargetStyle& style);
+Mesh randomTargetMesh(Random& random, const Mesh& source, const Body& body, const TargetStyle& style);
 
-MeshModel randomPointCloud(Random& random, const MeshModel& source, const Body& body, double outside);
+Mesh randomPointCloud(Random& random, const Mesh& source, const Body& body, double outside);
 
 /// A lattice of unit cells with a hole, and a target with nodes in its symmetry planes: many source elements lie at
 /// equal distances from a target node.
-void makeLattice(Random& random, MeshModel& source, MeshModel& target);
+void makeLattice(Random& random, Mesh& source, Mesh& target);
 
 } // namespace random_models
 

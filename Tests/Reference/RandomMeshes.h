@@ -1,94 +1,34 @@
 /// Random meshes for the differential test: distorted grids of cells, each cut into elements.
-///
-/// Everything follows from a seed alone: the distributions are written here, since those of the standard library differ
-/// between implementations.
 #ifndef RANDOM_MESHES_H
 #define RANDOM_MESHES_H
 
+#include "Meshes.h"
+#include "Random.h"
 #include "ReferenceTypes.h"
 
 #include <array>
-#include <cstdint>
 #include <functional>
-#include <random>
 #include <vector>
 
 namespace random_models
 {
 
-class Random
-{
-public:
-    explicit Random(std::uint64_t seed) : itsEngine(seed) {}
+using meshes::Mesh;
+using CellKind = meshes::Filling;
 
-    /// Both ends included.
-    int integer(int low, int high)
-    {
-        return low + static_cast<int>(itsEngine() % static_cast<std::uint64_t>(high - low + 1));
-    }
-
-    double real(double low, double high)
-    {
-        return low + (high - low) * (static_cast<double>(itsEngine() >> 11) * 0x1p-53);
-    }
-
-    bool chance(double probability) { return real(0.0, 1.0) < probability; }
-
-    template <typename T> T pick(const std::vector<T>& values)
-    {
-        return values[static_cast<std::size_t>(integer(0, static_cast<int>(values.size()) - 1))];
-    }
-
-    /// A random order of the numbers 0 to n - 1.
-    std::vector<int> permutation(int n);
-
-private:
-    std::mt19937_64 itsEngine;
-};
-
-/// A mesh that owns its arrays, in the form in which a host passes them. A point cloud has nodes only and one material
-/// per node.
-struct MeshModel
-{
-    std::vector<std::array<float, 3>> nodes;
-    std::vector<std::vector<int>> connectivity;
-    std::vector<int> types;
-    std::vector<int> matlIds;
-    std::vector<int> matlStates;
-
-    bool operator==(const MeshModel&) const = default;
-
-    int nbNodes() const { return static_cast<int>(nodes.size()); }
-    int nbElements() const { return static_cast<int>(types.size()); }
-    void add(int type, const std::vector<int>& elementNodes, int matl);
-    int nbGaussPoints() const;
-};
-
-/// The pointers into a mesh model; the model must outlive them.
+/// The pointers into a mesh; the mesh must outlive them.
 class MeshPointers
 {
 public:
-    explicit MeshPointers(MeshModel& mesh);
+    explicit MeshPointers(Mesh& mesh);
 
     float (*coords())[3] { return reinterpret_cast<float(*)[3]>(itsMesh.nodes.data()); }
     int** connectivity() { return itsRows.data(); }
     reference::MeshArrays arrays();
 
 private:
-    MeshModel& itsMesh;
+    Mesh& itsMesh;
     std::vector<int*> itsRows;
-};
-
-enum class CellKind
-{
-    hexahedron,
-    wedges,
-    pyramids,
-    fiveTetrahedra,
-    sixTetrahedra,
-    quadraticTetrahedra,
-    quadrilateral, ///< the lower face of the cell
-    triangles      ///< the lower face of the cell, cut in two
 };
 
 const std::vector<CellKind>& volumeKinds();
@@ -110,16 +50,16 @@ struct Cutting
 };
 
 /// Elements have positive Jacobians. Materials' state codes are left to the caller.
-MeshModel cut(Random& random, const Cutting& cutting);
+Mesh cut(Random& random, const Cutting& cutting);
 
 /// Renumbers nodes and elements at random.
-void renumber(Random& random, MeshModel& mesh);
+void renumber(Random& random, Mesh& mesh);
 
 /// Adds nodes that no element uses, at random numbers.
-void addUnusedNodes(Random& random, MeshModel& mesh, int count);
+void addUnusedNodes(Random& random, Mesh& mesh, int count);
 
 /// The elements with a true mark, with the nodes that they use in their old order.
-MeshModel extract(const MeshModel& mesh, const std::vector<bool>& marks);
+Mesh extract(const Mesh& mesh, const std::vector<bool>& marks);
 
 } // namespace random_models
 

@@ -103,7 +103,7 @@ double randomValue(Random& random, double scale, double undefinedChance)
 }
 
 /// Source fields at nodes vary linearly, so that results mean something to a reader; the others are random.
-FieldModel randomRefField(Random& random, const MeshModel& source, int number)
+FieldModel randomRefField(Random& random, const Mesh& source, int number)
 {
     FieldModel field;
     field.name = "field " + std::to_string(number);
@@ -114,7 +114,7 @@ FieldModel randomRefField(Random& random, const MeshModel& source, int number)
     const double scale = random.pick<double>({1.0, 1.0, 1e-3, 1e6});
     const double undefinedChance = random.chance(0.15) ? 0.03 : 0.0;
     const bool isLinear = field.location == 1 && random.chance(0.5);
-    const int count = field.location == 1 ? source.nbNodes() : source.nbGaussPoints();
+    const int count = field.location == 1 ? source.nbNodes() : static_cast<int>(meshes::gaussPointsOf(source));
     for (int i = 0; i < count; ++i)
     {
         for (int c = 0; c < field.nbComponents; ++c)
@@ -139,8 +139,7 @@ FieldModel randomRefField(Random& random, const MeshModel& source, int number)
     return field;
 }
 
-FieldModel randomTargetField(Random& random, const MeshModel& target, int number, int sourceComponents,
-                             double atGaussPoints)
+FieldModel randomTargetField(Random& random, const Mesh& target, int number, int sourceComponents, double atGaussPoints)
 {
     FieldModel field;
     field.name = "target field " + std::to_string(number);
@@ -150,7 +149,7 @@ FieldModel randomTargetField(Random& random, const MeshModel& target, int number
     field.precision = random.integer(1, 2);
     field.defaultValueFloat = static_cast<float>(random.real(-10.0, 10.0));
     field.defaultValueDouble = static_cast<float>(random.real(-10.0, 10.0));
-    const int count = (field.location == 1 ? target.nbNodes() : target.nbGaussPoints()) *
+    const int count = (field.location == 1 ? target.nbNodes() : static_cast<int>(meshes::gaussPointsOf(target))) *
                       std::max(field.nbComponents, sourceComponents);
     if (field.precision == 1)
     {
@@ -359,7 +358,7 @@ CorrespondenceProblem randomCorrespondence(std::uint64_t seed)
     {
         std::vector<bool> marks;
         const double share = random.pick<double>({1.0, 0.5, 0.1});
-        for (int e = 0; e < problem.source.nbElements(); ++e)
+        for (int e = 0; e < problem.source.nbElts(); ++e)
         {
             marks.push_back(e == 0 || random.chance(share));
         }
@@ -397,9 +396,9 @@ CorrespondenceProblem randomCorrespondence(std::uint64_t seed)
     case 17:
     {
         // A quadrilateral in the source, where the target may have a pyramid.
-        const int e = random.integer(0, problem.source.nbElements() - 1);
+        const int e = random.integer(0, problem.source.nbElts() - 1);
         problem.source.types[index(e)] = 6;
-        if (e < problem.target.nbElements() && problem.target.types[index(e)] != 2 && random.chance(0.7))
+        if (e < problem.target.nbElts() && problem.target.types[index(e)] != 2 && random.chance(0.7))
         {
             problem.target.types[index(e)] = 12;
         }
@@ -409,11 +408,11 @@ CorrespondenceProblem randomCorrespondence(std::uint64_t seed)
         switch (random.integer(0, 2))
         {
         case 0:
-            problem.target.types[index(random.integer(0, problem.target.nbElements() - 1))] =
+            problem.target.types[index(random.integer(0, problem.target.nbElts() - 1))] =
                 random.pick<int>({6, 7, 8, 9, 14, 0, 99});
             break;
         case 1:
-            problem.source.types[index(random.integer(0, problem.source.nbElements() - 1))] =
+            problem.source.types[index(random.integer(0, problem.source.nbElts() - 1))] =
                 random.pick<int>({6, 7, 8, 9, 14});
             break;
         default: (random.chance(0.5) ? problem.source : problem.target).matlStates.clear(); break;

@@ -62,8 +62,8 @@ struct TransferProblem
     bool toPointCloud = false;
     int interpoMode = 0;
     float defaultValue = 0.0F;
-    MeshModel source;
-    MeshModel target;
+    Mesh source;
+    Mesh target;
     std::vector<int> mappingFlags;
     std::vector<FieldModel> refFields;
     std::vector<FieldModel> targetFields;
@@ -74,8 +74,8 @@ struct TransferProblem
 
 struct CorrespondenceProblem
 {
-    MeshModel source;
-    MeshModel target;
+    Mesh source;
+    Mesh target;
     std::vector<int> mappingFlags;
     Surroundings surroundings;
 };

@@ -40,8 +40,8 @@ void addDegenerateElement(Random& random, TransferProblem& problem, bool isPoint
     problem.source.nodes.push_back({place[0] + size, place[1] - size, place[2]});
     problem.source.nodes.push_back({place[0] - size, place[1] + size, place[2]});
     problem.source.nodes.push_back({place[0] + size, place[1] + size, place[2]});
-    problem.source.add(2, {first, first + 1, first + 2, first + 3},
-                       random.integer(0, static_cast<int>(problem.source.matlStates.size()) - 1));
+    problem.source.addElement(2, {first, first + 1, first + 2, first + 3},
+                              random.integer(0, static_cast<int>(problem.source.matlStates.size()) - 1));
     if (random.chance(0.7))
     {
         // First of all elements, so that it is the first candidate of its buckets.
@@ -78,13 +78,13 @@ void spoilRequest(Random& random, TransferProblem& problem)
         break;
     case 3: problem.targetFields.back().location = 3; break;
     case 4:
-        problem.source.types[index(random.integer(0, problem.source.nbElements() - 1))] =
+        problem.source.types[index(random.integer(0, problem.source.nbElts() - 1))] =
             random.pick<int>({0, 4, 5, 6, 7, 8, 9, 11, 13, 14, 15, -3});
         break;
     case 5:
         if (!problem.toPointCloud)
         {
-            problem.target.types[index(random.integer(0, problem.target.nbElements() - 1))] =
+            problem.target.types[index(random.integer(0, problem.target.nbElts() - 1))] =
                 random.pick<int>({0, 4, 5, 8, 9, 11, 13, 14, 15, -3});
         }
         break;
@@ -99,9 +99,9 @@ void spoilRequest(Random& random, TransferProblem& problem)
     }
 }
 
-void shadow(Random& random, MeshModel& mesh, std::vector<int>& mappingFlags)
+void shadow(Random& random, Mesh& mesh, std::vector<int>& mappingFlags)
 {
-    MeshModel result;
+    Mesh result;
     result.nodes = mesh.nodes;
     result.matlStates = mesh.matlStates;
     result.matlStates.push_back(random.pick(stateCodes));
@@ -111,17 +111,17 @@ void shadow(Random& random, MeshModel& mesh, std::vector<int>& mappingFlags)
     {
         if (random.chance(share))
         {
-            result.add(mesh.types[e], mesh.connectivity[e], static_cast<int>(mesh.matlStates.size()));
+            result.addElement(mesh.types[e], mesh.connectivity[e], static_cast<int>(mesh.matlStates.size()));
         }
     }
     for (std::size_t e = 0; e < mesh.types.size(); ++e)
     {
-        result.add(mesh.types[e], mesh.connectivity[e], mesh.matlIds[e]);
+        result.addElement(mesh.types[e], mesh.connectivity[e], mesh.matlIds[e]);
     }
     mesh = result;
 }
 
-void moveNodesByTolerance(Random& random, MeshModel& source, MeshModel& target)
+void moveNodesByTolerance(Random& random, Mesh& source, Mesh& target)
 {
     MeshPointers pointers(source);
     const float meanSize = reference::meanBoxSize(reference::elementBoxes(pointers.arrays()));
@@ -212,7 +212,7 @@ void touchInclusionLimit(Random& random, TransferProblem& problem)
     }
 }
 
-void turnElements(Random& random, MeshModel& mesh)
+void turnElements(Random& random, Mesh& mesh)
 {
     for (std::size_t e = 0; e < mesh.types.size(); ++e)
     {

@@ -18,11 +18,11 @@ void spoilRequest(Random& random, TransferProblem& problem);
 
 /// Puts a copy of some elements in front of all others, in a material of its own that is not selected: the nodes of the
 /// copied elements belong to it.
-void shadow(Random& random, MeshModel& mesh, std::vector<int>& mappingFlags);
+void shadow(Random& random, Mesh& mesh, std::vector<int>& mappingFlags);
 
 /// Moves some target nodes by about the tolerance of the correspondences, 0.001 of the source's mean box size. Nodes at
 /// 0 move by exactly that, or by the next numbers.
-void moveNodesByTolerance(Random& random, MeshModel& source, MeshModel& target);
+void moveNodesByTolerance(Random& random, Mesh& source, Mesh& target);
 
 /// Moves inner target points onto the planes between buckets, or as far from them as a point's reach, give or take a
 /// few steps of the floating-point numbers.
@@ -33,7 +33,7 @@ void snapToBuckets(Random& random, TransferProblem& problem);
 void touchInclusionLimit(Random& random, TransferProblem& problem);
 
 /// Turns the corners of an element, which keeps its shape and changes the order of its Gauss points.
-void turnElements(Random& random, MeshModel& mesh);
+void turnElements(Random& random, Mesh& mesh);
 
 } // namespace random_models
 

@@ -23,7 +23,7 @@ using reference::Vec3;
 constexpr float untouched = 4711.0F;
 
 /// A row of cubes of edge length 1 along x, beginning at the origin.
-MeshModel cubes(int count, const std::vector<int>& matls, const std::vector<int>& states, bool detached = false)
+Mesh cubes(int count, const std::vector<int>& matls, const std::vector<int>& states, bool detached = false)
 {
     Random random(1);
     Cutting cutting;
@@ -31,12 +31,12 @@ MeshModel cubes(int count, const std::vector<int>& matls, const std::vector<int>
     cutting.cells = {count, 1, 1};
     cutting.detached = detached;
     cutting.matl = [&matls](int i, int, int) { return matls[index(i)]; };
-    MeshModel mesh = cut(random, cutting);
+    Mesh mesh = cut(random, cutting);
     mesh.matlStates = states;
     return mesh;
 }
 
-FieldModel nodeField(const MeshModel& mesh, float (*value)(const std::array<float, 3>&))
+FieldModel nodeField(const Mesh& mesh, float (*value)(const std::array<float, 3>&))
 {
     FieldModel field;
     field.name = "field";
@@ -60,8 +60,8 @@ FieldModel targetField(int location, int count)
 /// One source field, one target field.
 struct Case
 {
-    MeshModel source;
-    MeshModel target;
+    Mesh source;
+    Mesh target;
     FieldModel refField;
     FieldModel target1;
     std::vector<int> flags = {1, 1, 1};
@@ -92,9 +92,9 @@ struct Case
     }
 };
 
-MeshModel points(const std::vector<std::array<float, 3>>& where, int state)
+Mesh points(const std::vector<std::array<float, 3>>& where, int state)
 {
-    MeshModel cloud;
+    Mesh cloud;
     cloud.nodes = where;
     cloud.matlIds.assign(where.size(), 0);
     cloud.matlStates = {state};
@@ -160,9 +160,9 @@ TEST(ReferenceElements, derivativesAreThoseOfTheShapeFunctions)
 
 TEST(ReferenceElements, aFaceHasAMarginOfTwiceThePrecision)
 {
-    MeshModel mesh;
+    Mesh mesh;
     mesh.nodes = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
-    mesh.add(2, {0, 1, 2, 3}, 0);
+    mesh.addElement(2, {0, 1, 2, 3}, 0);
     mesh.matlStates = {1};
     MeshPointers pointers(mesh);
     const auto result = [&](float x)
@@ -177,9 +177,9 @@ TEST(ReferenceElements, aFaceHasAMarginOfTwiceThePrecision)
 
 TEST(ReferenceElements, anElementWithoutExtentNeedsNoIteration)
 {
-    MeshModel mesh;
+    Mesh mesh;
     mesh.nodes = {{1, 1, 1}, {1, 1, 1}, {1, 1, 1}, {1, 1, 1}};
-    mesh.add(2, {0, 1, 2, 3}, 0);
+    mesh.addElement(2, {0, 1, 2, 3}, 0);
     mesh.matlStates = {1};
     MeshPointers pointers(mesh);
     const auto arrays = pointers.arrays();
@@ -193,8 +193,8 @@ TEST(ReferenceElements, anElementWithoutExtentNeedsNoIteration)
 /// A grid over one hexahedron-shaped target box with a given bucket size.
 reference::Grid gridOver(float extent, float bucketSize, bool flat)
 {
-    MeshModel source = cubes(1, {0}, {1});
-    MeshModel target = points({{0, 0, 0}, {extent, extent, flat ? 0.0F : extent}}, 1);
+    Mesh source = cubes(1, {0}, {1});
+    Mesh target = points({{0, 0, 0}, {extent, extent, flat ? 0.0F : extent}}, 1);
     MeshPointers s(source);
     MeshPointers t(target);
     const int flag = 1;
@@ -217,7 +217,7 @@ TEST(ReferenceTransfer, aLinearTetrahedronReproducesALinearField)
 {
     Case c;
     c.source.nodes = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
-    c.source.add(2, {0, 1, 2, 3}, 0);
+    c.source.addElement(2, {0, 1, 2, 3}, 0);
     c.source.matlStates = {1};
     c.target = points({{0.25F, 0.5F, 0.125F}, {0.5F, 0.0F, 0.0F}}, 1);
     c.refField = nodeField(c.source, [](const auto& p) { return 1.0F + 2.0F * p[0] - p[1] + 0.5F * p[2]; });
@@ -246,7 +246,7 @@ TEST(ReferenceTransfer, aNearMissIsClampedToTheNearestElement)
     c.source = cubes(1, {0}, {1});
     // One node lies 0.03 outside the face x = 1; the box of its mesh still fits into the source's, widened by 0.05.
     c.target.nodes = {{1.03F, 0.5F, 0.5F}, {0.5F, 0.5F, 0.25F}, {0.5F, 0.75F, 0.25F}, {0.5F, 0.5F, 0.75F}};
-    c.target.add(2, {0, 1, 2, 3}, 0);
+    c.target.addElement(2, {0, 1, 2, 3}, 0);
     c.target.matlStates = {1};
     c.refField = nodeField(c.source, [](const auto& p) { return 8.0F * p[0]; });
     c.target1 = targetField(1, 4);
@@ -262,7 +262,7 @@ TEST(ReferenceTransfer, theQuadraticTetrahedronHandsItsGaussPointsOutByNumber)
     Case c;
     c.source.nodes = {{1, 0, 0},    {0, 1, 0},    {0, 0, 0},       {0, 0, 1},       {0.5F, 0.5F, 0},
                       {0, 0.5F, 0}, {0.5F, 0, 0}, {0.5F, 0, 0.5F}, {0, 0.5F, 0.5F}, {0, 0, 0.5F}};
-    c.source.add(10, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}, 0);
+    c.source.addElement(10, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}, 0);
     c.source.matlStates = {1};
     c.target = points(c.source.nodes, 1);
     c.refField.location = 2;
@@ -369,8 +369,8 @@ TEST(ReferenceTransfer, theHostCancelsAtTheFirstCall)
 
 TEST(ReferenceCorrespondence, aCopyCorrespondsNumberByNumber)
 {
-    MeshModel source = cubes(3, {0, 1, 1}, {1, 9});
-    MeshModel target = source;
+    Mesh source = cubes(3, {0, 1, 1}, {1, 9});
+    Mesh target = source;
     MeshPointers s(source);
     MeshPointers t(target);
     const std::vector<int> flags = {1, 1};
@@ -400,8 +400,8 @@ TEST(ReferenceCorrespondence, aCopyCorrespondsNumberByNumber)
 
 TEST(ReferenceCorrespondence, aTurnedElementTurnsItsGaussPoints)
 {
-    MeshModel source = cubes(1, {0}, {1});
-    MeshModel target = source;
+    Mesh source = cubes(1, {0}, {1});
+    Mesh target = source;
     const std::vector<int> c = source.connectivity[0];
     target.connectivity[0] = {c[1], c[2], c[3], c[0], c[5], c[6], c[7], c[4]};
     MeshPointers s(source);
@@ -418,8 +418,8 @@ TEST(ReferenceCorrespondence, aTurnedElementTurnsItsGaussPoints)
 
 TEST(ReferenceCorrespondence, aNodeInAMaterialOfAnotherCodeFailsTheExtract)
 {
-    MeshModel source = cubes(1, {0}, {1});
-    MeshModel target = cubes(1, {0}, {2});
+    Mesh source = cubes(1, {0}, {1});
+    Mesh target = cubes(1, {0}, {2});
     MeshPointers s(source);
     MeshPointers t(target);
     const int flag = 1;

@@ -5,7 +5,6 @@
 #include "Comparison.h"
 #include "Digest.h"
 #include "LibraryCalls.h"
-#include "LibraryHost.h"
 #include "RandomModels.h"
 
 #include <cinttypes>
@@ -22,15 +21,15 @@ using namespace random_models;
 
 constexpr int defaultNbCases = 600;
 
-void addCall(Digest& digest, const Result& result, WorkingDirectory& directory)
+void addCall(Digest& digest, const Result& result, CallDirectory& directory)
 {
     digest.add(result.errorCode);
     digest.add(result.message);
-    for (const reference::CallbackCall& call : transcript())
+    for (const Report& call : transcript())
     {
         digest.add(call.progress);
         digest.add(call.title);
-        digest.add(call.stage);
+        digest.add(call.text);
         digest.add(call.kind);
     }
     digest.add(comparison::withoutSignsOfNaN(directory.takeLog().value_or("no log")));
@@ -42,15 +41,15 @@ void addCall(Digest& digest, const Result& result, WorkingDirectory& directory)
 void printDigest(const std::string& name, const Surroundings& surroundings, const std::string& tuningFile,
                  const std::function<void(Result&)>& call, const std::function<void(Digest&)>& addOutputs)
 {
-    WorkingDirectory directory(name, surroundings, tuningFile);
+    CallDirectory directory(surroundings, tuningFile);
     Result result;
-    const Ending ending = runInChild([&] { call(result); });
+    const ChildsEnd ending = endOfCallInChild([&] { call(result); });
     Digest digest;
     digest.add(ending.printed);
-    std::string end = "ended the process, wait status " + std::to_string(ending.waitStatus);
+    std::string end = "ended the process, status " + std::to_string(ending.exitStatus);
     if (ending.returned)
     {
-        runReturningCall(name, [&] { call(result); });
+        printedByReturningCall(name, [&] { call(result); });
         addCall(digest, result, directory);
         addOutputs(digest);
         end = "code " + std::to_string(result.errorCode);
@@ -110,13 +109,6 @@ void printCase(int number)
 int main(int argc, char** argv)
 {
     const int nbCases = argc > 1 ? std::atoi(argv[1]) : defaultNbCases;
-    const Library& library = Library::get();
-    if (library.transferToMesh == nullptr || library.transferToPointCloud == nullptr || library.matchNodes == nullptr ||
-        library.matchGaussPoints == nullptr)
-    {
-        std::fputs("The library lacks a function.\n", stderr);
-        return EXIT_FAILURE;
-    }
     for (int number = 1; number <= nbCases; ++number)
     {
         printCase(number);

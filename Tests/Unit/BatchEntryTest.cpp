@@ -1,5 +1,5 @@
 // The order in which a batch of points is visited.
-#include "BatchEntry.h"
+#include "Search/BatchEntry.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "BoxTest.h"
+#include "Search/BoxTest.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // The boxes of a bucket, tested side by side and one by one.
-#include "BucketBoxes.h"
-#include "PackedSearch.h"
+#include "Search/BucketBoxes.h"
+#include "Search/PackedSearch.h"
 
 #include <gtest/gtest.h>
 #include <limits>

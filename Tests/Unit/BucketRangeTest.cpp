@@ -1,5 +1,5 @@
 // The buckets that a box touches, by the definition and by its fast form.
-#include "BucketRange.h"
+#include "Search/BucketRange.h"
 
 #include <gtest/gtest.h>
 

@@ -59,7 +59,7 @@ template <class Kind> class EveryElementKind : public testing::Test
 {
 };
 
-using Kinds = testing::Types<LinearHexahedron, LinearTetrahedron, LinearWedge, QuadraticTetrahedron, LinearPyramid>;
+using Kinds = VolumeElementKinds::Into<testing::Types>;
 TYPED_TEST_SUITE(EveryElementKind, Kinds);
 } // namespace
 

@@ -1,9 +1,9 @@
 // Every fast path of the search gives what its plain definition gives, bit for bit.
-#include "BoxTest.h"
-#include "BucketRange.h"
 #include "GridBuild.h"
-#include "PointLocator.h"
 #include "ProcessEnd.h"
+#include "Search/BoxTest.h"
+#include "Search/BucketRange.h"
+#include "Search/PointLocator.h"
 #include "TestModels.h"
 
 #include <bit>
@@ -34,52 +34,21 @@ Vector3 uniformPoint(Generator& generator, float low, float high)
 /// three state codes.
 TestMesh mixedMesh(int n, float distortion, Generator& generator)
 {
-    TestMesh mesh;
+    constexpr std::array fillings = {meshes::Filling::hexahedron, meshes::Filling::wedges, meshes::Filling::pyramids,
+                                     meshes::Filling::tetrahedra};
+    meshes::CellGrid grid;
+    grid.cells = {n, n, n};
+    grid.corner = [&](int i, int j, int k)
+    {
+        const Vector3 move = uniformPoint(generator, -distortion, distortion);
+        return meshes::Position{static_cast<double>(static_cast<float>(i) + move[0]),
+                                static_cast<double>(static_cast<float>(j) + move[1]),
+                                static_cast<double>(static_cast<float>(k) + move[2])};
+    };
+    grid.filling = [&](int, int, int) { return fillings[generator() % fillings.size()]; };
+    grid.matl = [&](int, int, int) { return static_cast<int>(generator() % 3); };
+    TestMesh mesh(meshes::cut(grid));
     mesh.matlStates = {1, 2, 1};
-    const auto node = [n](int i, int j, int k) { return (i * (n + 1) + j) * (n + 1) + k; };
-    for (int i = 0; i <= n; ++i)
-    {
-        for (int j = 0; j <= n; ++j)
-        {
-            for (int k = 0; k <= n; ++k)
-            {
-                const Vector3 move = uniformPoint(generator, -distortion, distortion);
-                mesh.nodes.push_back({static_cast<float>(i) + move[0], static_cast<float>(j) + move[1],
-                                      static_cast<float>(k) + move[2]});
-            }
-        }
-    }
-    for (int i = 0; i < n; ++i)
-    {
-        for (int j = 0; j < n; ++j)
-        {
-            for (int k = 0; k < n; ++k)
-            {
-                const std::vector<int> c{
-                    node(i, j, k),     node(i + 1, j, k),     node(i + 1, j + 1, k),     node(i, j + 1, k),
-                    node(i, j, k + 1), node(i + 1, j, k + 1), node(i + 1, j + 1, k + 1), node(i, j + 1, k + 1)};
-                const int matl = static_cast<int>(generator() % 3);
-                switch (generator() % 4)
-                {
-                case 0: mesh.addElement(1, c, matl); break;
-                case 1:
-                    mesh.addElement(3, {c[0], c[1], c[2], c[4], c[5], c[6]}, matl);
-                    mesh.addElement(3, {c[0], c[2], c[3], c[4], c[6], c[7]}, matl);
-                    break;
-                case 2: mesh.addElement(12, {c[0], c[1], c[2], c[3], c[6]}, matl); [[fallthrough]];
-                default:
-                    for (const auto& t : std::vector<std::vector<int>>{
-                             {0, 1, 2, 6}, {0, 2, 3, 6}, {0, 3, 7, 6}, {0, 7, 4, 6}, {0, 4, 5, 6}, {0, 5, 1, 6}})
-                    {
-                        mesh.addElement(2,
-                                        {c[static_cast<std::size_t>(t[0])], c[static_cast<std::size_t>(t[1])],
-                                         c[static_cast<std::size_t>(t[2])], c[static_cast<std::size_t>(t[3])]},
-                                        matl);
-                    }
-                }
-            }
-        }
-    }
     return mesh;
 }
 

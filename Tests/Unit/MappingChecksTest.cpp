@@ -1,7 +1,7 @@
 // What a transfer admits, and what the correspondences admit.
 #include "AllocationFailure.h"
 #include "MappingClass.h"
-#include "TemporaryDirectory.h"
+#include "TestInOwnDirectory.h"
 #include "TestModels.h"
 
 #include <gtest/gtest.h>

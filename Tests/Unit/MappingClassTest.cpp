@@ -1,7 +1,7 @@
 // The mapping object's beginning and end, and its count of progress.
 #include "MappingClass.h"
 #include "AllocationFailure.h"
-#include "TemporaryDirectory.h"
+#include "TestInOwnDirectory.h"
 
 #include <gtest/gtest.h>
 

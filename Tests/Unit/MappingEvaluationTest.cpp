@@ -1,6 +1,6 @@
 // Values at a located point, and which fields receive them.
 #include "PointTransfer.h"
-#include "TemporaryDirectory.h"
+#include "TestInOwnDirectory.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // The search for the source element that holds a point, and what happens to points in none.
 #include "AllocationFailure.h"
 #include "PointTransfer.h"
-#include "TemporaryDirectory.h"
+#include "TestInOwnDirectory.h"
 
 #include <gtest/gtest.h>
 

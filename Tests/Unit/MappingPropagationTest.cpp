@@ -1,6 +1,6 @@
 // Propagation of node fields to far nodes, on strips of triangles: triangle k has the nodes k, k + 1 and k + 2.
 #include "MappingClass.h"
-#include "TemporaryDirectory.h"
+#include "TestInOwnDirectory.h"
 #include "TestModels.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "GridBuild.h"
 #include "MappingClass.h"
-#include "TemporaryDirectory.h"
+#include "TestInOwnDirectory.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 #include "MappingClass.h"
-#include "TemporaryDirectory.h"
+#include "TestInOwnDirectory.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Inversions in packs give the bits of inversions one by one, in every lane and for every element kind.
-#include "PackedSearch.h"
+#include "Search/PackedSearch.h"
 
-#include "ReferenceCoordinates.h"
+#include "Search/ReferenceCoordinates.h"
 
 #include <algorithm>
 #include <bit>
@@ -32,40 +32,6 @@ template <class Kind> struct Problem
     std::array<float, 6> box;
 };
 
-/// The reference positions of a kind's nodes: where its shape functions are 1.
-template <class Kind> ElementNodes<Kind> referenceNodes()
-{
-    if constexpr (std::is_same_v<Kind, LinearHexahedron>)
-    {
-        return {{{-1, -1, -1}, {1, -1, -1}, {1, 1, -1}, {-1, 1, -1}, {-1, -1, 1}, {1, -1, 1}, {1, 1, 1}, {-1, 1, 1}}};
-    }
-    else if constexpr (std::is_same_v<Kind, LinearTetrahedron>)
-    {
-        return {{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
-    }
-    else if constexpr (std::is_same_v<Kind, LinearWedge>)
-    {
-        return {{{0, 0, -1}, {1, 0, -1}, {0, 1, -1}, {0, 0, 1}, {1, 0, 1}, {0, 1, 1}}};
-    }
-    else if constexpr (std::is_same_v<Kind, LinearPyramid>)
-    {
-        return {{{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}, {0, 0, 1}}};
-    }
-    else
-    {
-        return {{{1, 0, 0},
-                 {0, 1, 0},
-                 {0, 0, 0},
-                 {0, 0, 1},
-                 {0.5F, 0.5F, 0},
-                 {0, 0.5F, 0},
-                 {0.5F, 0, 0},
-                 {0.5F, 0, 0.5F},
-                 {0, 0.5F, 0.5F},
-                 {0, 0, 0.5F}}};
-    }
-}
-
 /// Distorted elements of all sizes, the smallest with Jacobians that underflow to 0; now and then a flat or a folded
 /// one, or a coordinate that is no number.
 template <class Kind> Problem<Kind> randomProblem(Generator& generator)
@@ -76,7 +42,7 @@ template <class Kind> Problem<Kind> randomProblem(Generator& generator)
     const float distortion = generator() % 8 == 0 ? 1.5F : 0.2F;
     const float height = generator() % 16 == 0 ? 0.0F : 1.0F;
     const bool isOnGrid = generator() % 4 == 0; // with zeros of both signs among the coordinates
-    problem.nodes = referenceNodes<Kind>();
+    problem.nodes = Kind::nodes;
     for (auto& node : problem.nodes)
     {
         node[2] *= height;
@@ -191,7 +157,7 @@ template <class Kind> class PackedInversionOf : public testing::Test
 {
 };
 
-using Kinds = testing::Types<LinearHexahedron, LinearTetrahedron, LinearWedge, LinearPyramid, QuadraticTetrahedron>;
+using Kinds = VolumeElementKinds::Into<testing::Types>;
 TYPED_TEST_SUITE(PackedInversionOf, Kinds);
 } // namespace
 

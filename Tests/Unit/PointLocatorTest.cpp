@@ -1,5 +1,5 @@
 // The location of points in batches, on models small enough to be worked out by hand.
-#include "PointLocator.h"
+#include "Search/PointLocator.h"
 #include "TestModels.h"
 
 #include <gtest/gtest.h>

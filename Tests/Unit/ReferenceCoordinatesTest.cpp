@@ -1,4 +1,4 @@
-#include "ReferenceCoordinates.h"
+#include "Search/ReferenceCoordinates.h"
 #include "ModelClass.h"
 #include "ProcessEnd.h"
 #include "TestModels.h"

@@ -4,25 +4,6 @@
 
 #include <cstdio>
 #include <limits>
-#include <stdexcept>
-
-void TestMesh::addElement(int type, const std::vector<int>& nodeNumbers, int matl)
-{
-    types.push_back(type);
-    connectivity.push_back(nodeNumbers);
-    matlIds.push_back(matl);
-}
-
-void TestMesh::addElement(int type, const std::vector<Vector3>& positions, int matl)
-{
-    std::vector<int> nodeNumbers;
-    for (const Vector3& position : positions)
-    {
-        nodeNumbers.push_back(nbNodes());
-        nodes.push_back(position);
-    }
-    addElement(type, nodeNumbers, matl);
-}
 
 void TestMesh::addBox(const Vector3& low, const Vector3& high, int matl)
 {
@@ -71,28 +52,6 @@ std::vector<Box> TestMesh::boxes(float margin) const
         result.push_back(box);
     }
     return result;
-}
-
-std::vector<Vector3> referenceNodes(int typeCode)
-{
-    switch (typeCode)
-    {
-    case 1: return cornersOf({-1, -1, -1}, {1, 1, 1});
-    case 2: return {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
-    case 3: return {{0, 0, -1}, {1, 0, -1}, {0, 1, -1}, {0, 0, 1}, {1, 0, 1}, {0, 1, 1}};
-    case 10:
-        return {{1, 0, 0},    {0, 1, 0},    {0, 0, 0},       {0, 0, 1},       {0.5F, 0.5F, 0},
-                {0, 0.5F, 0}, {0.5F, 0, 0}, {0.5F, 0, 0.5F}, {0, 0.5F, 0.5F}, {0, 0, 0.5F}};
-    case 12: return {{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}, {0, 0, 1}};
-    default: throw std::invalid_argument("no reference nodes");
-    }
-}
-
-std::vector<Vector3> cornersOf(const Vector3& low, const Vector3& high)
-{
-    return {{low[0], low[1], low[2]},    {high[0], low[1], low[2]}, {high[0], high[1], low[2]},
-            {low[0], high[1], low[2]},   {low[0], low[1], high[2]}, {high[0], low[1], high[2]},
-            {high[0], high[1], high[2]}, {low[0], high[1], high[2]}};
 }
 
 void fillBoxTable(BoxTable& table, const std::vector<Box>& boxes)

@@ -2,29 +2,25 @@
 #ifndef TEST_MODELS_H
 #define TEST_MODELS_H
 
-#include "BoundingBox.h"
 #include "FieldsSetClass.h"
+#include "Meshes.h"
 #include "ModelClass.h"
+#include "Search/ElementBoxes.h"
 
 #include <array>
 #include <string>
+#include <utility>
 #include <vector>
 
-/// A mesh, or the points of a cloud with a material each. It must not change while a model uses it.
-struct TestMesh
+using meshes::cornersOf;
+using meshes::referenceNodes;
+
+/// A mesh, or the points of a cloud, for models to borrow. It must not change while a model uses it.
+struct TestMesh : meshes::Mesh
 {
-    std::vector<std::array<float, 3>> nodes;
-    std::vector<std::vector<int>> connectivity;
-    std::vector<int> types;
-    std::vector<int> matlIds;
-    std::vector<int> matlStates{1};
+    TestMesh() = default;
+    explicit TestMesh(meshes::Mesh mesh) : Mesh(std::move(mesh)) {}
 
-    int nbNodes() const { return static_cast<int>(nodes.size()); }
-    int nbElts() const { return static_cast<int>(types.size()); }
-
-    void addElement(int type, const std::vector<int>& nodeNumbers, int matl = 0);
-    /// An element with nodes of its own.
-    void addElement(int type, const std::vector<Vector3>& positions, int matl = 0);
     /// A hexahedron with nodes of its own.
     void addBox(const Vector3& low, const Vector3& high, int matl = 0);
     void addPoint(const Vector3& position, int matl = 0);
@@ -39,14 +35,8 @@ private:
     std::vector<const int*> itsRows;
 };
 
-/// Where the nodes of a type with shape functions lie in its reference domain.
-std::vector<Vector3> referenceNodes(int typeCode);
-
 /// The type codes with shape functions.
-inline const std::vector<int> typesWithShapeFunctions{1, 2, 3, 10, 12};
-
-/// The corners of a box in the order of a hexahedron's nodes.
-std::vector<Vector3> cornersOf(const Vector3& low, const Vector3& high);
+inline constexpr std::array<int, 5> typesWithShapeFunctions = meshes::element::volumes;
 
 void fillBoxTable(BoxTable& table, const std::vector<Box>& boxes);
 

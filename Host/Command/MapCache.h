@@ -1,0 +1,33 @@
+/// The map of the last step, for the next one.
+#ifndef VELTRANE_COMMAND_MAP_CACHE_H
+#define VELTRANE_COMMAND_MAP_CACHE_H
+
+#include "Transfer.h"
+
+#include <optional>
+
+namespace veltrane
+{
+
+/// Keeps a map as long as the meshes stay the same: positions, elements and materials. The options must be those of one
+/// command.
+class MapCache
+{
+public:
+    /// What transfer() and sample() give, with the map that is kept or a new one.
+    TransferResult transfer(const Mesh& source, std::span<const Field> fields, const Mesh& target,
+                            const TransferOptions& options);
+    TransferResult sample(const Mesh& source, std::span<const Field> fields, const PointCloud& points,
+                          const TransferOptions& options);
+
+private:
+    template <typename Target>
+    TransferResult carry(const Mesh& source, std::span<const Field> fields, const Target& target,
+                         const TransferOptions& options);
+
+    std::optional<Map> map_;
+};
+
+} // namespace veltrane
+
+#endif

@@ -1,0 +1,40 @@
+/// Meshes and points in the form in which the engine takes them.
+#ifndef VELTRANE_HOST_ENGINE_MODEL_H
+#define VELTRANE_HOST_ENGINE_MODEL_H
+
+#include "Mesh.h"
+
+#include "ModelClass.h"
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+namespace veltrane
+{
+
+/// The engine's view of a mesh or of points, whose arrays it borrows.
+class EngineModel
+{
+public:
+    explicit EngineModel(const Mesh& mesh);
+    explicit EngineModel(const PointCloud& points);
+    EngineModel(const EngineModel&) = delete;
+    EngineModel& operator=(const EngineModel&) = delete;
+
+    const ModelClass& model() const { return model_; }
+
+private:
+    std::unique_ptr<const int*[]> nodesPerElement_;
+    std::unique_ptr<int[]> typeCodes_;
+    std::vector<int> stateCodes_;
+    ModelClass model_;
+};
+
+/// The engine's mapping flags of a selection of target materials, in which nothing selects all. Throws InvalidOption if
+/// there is not one entry per material.
+std::vector<int> mappingFlags(const std::vector<bool>& selection, std::size_t materialCount);
+
+} // namespace veltrane
+
+#endif

@@ -1,0 +1,529 @@
+#include "Map.h"
+
+#include "ElementChecks.h"
+#include "EngineModel.h"
+#include "EngineTuning.h"
+#include "Errors.h"
+#include "Text.h"
+#include "ThreadWorkers.h"
+
+#include "Map/TransferMap.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <fstream>
+#include <limits>
+#include <utility>
+
+namespace veltrane
+{
+namespace
+{
+
+constexpr const char* meshTitle = "FE 3D mesh to FE 3D mesh interpolation";
+constexpr const char* pointsTitle = "FE 3D mesh to points cloud interpolation";
+constexpr const char* cancelledText = "Interpolation cancelled.";
+constexpr const char* terminatedText = "Interpolation terminated successfully.";
+
+::Location engineLocation(Location location)
+{
+    return location == Location::nodes ? atNodes : atGaussPoints;
+}
+
+void checkMode(OutsideMode mode, bool isPointCloud)
+{
+    switch (mode)
+    {
+    case OutsideMode::error:
+    case OutsideMode::defaultValue: return;
+    case OutsideMode::propagate:
+        if (isPointCloud)
+        {
+            throw InvalidOption("values cannot be propagated to points, which have no neighbours");
+        }
+        return;
+    }
+    throw InvalidOption(text("there is no mode ", static_cast<int>(mode)));
+}
+
+MapSettings engineSettings(const MapOptions& options)
+{
+    return {.rules = engineRules(options.rules),
+            .farPoints = static_cast<FarPoints>(options.mode),
+            .atNodes = options.toNodes,
+            .atGaussPoints = options.toGaussPoints,
+            .fromGaussPoints = options.fromGaussPoints,
+            .nearLimit = options.rules.nearLimit,
+            .tuning = engineTuning(options.tuning)};
+}
+
+int countOf(std::int64_t count)
+{
+    return static_cast<int>(std::min<std::int64_t>(count, INT_MAX));
+}
+
+TransferStatistics statisticsOf(const TransferMap& map, bool hasOutsideCounts)
+{
+    const MapStatistics& figures = map.statistics();
+    TransferStatistics statistics{};
+    statistics.bucketCount = figures.nbBuckets;
+    statistics.usedBucketCount = figures.nbUsedBuckets;
+    statistics.unusedBucketCount = figures.nbUnusedBuckets;
+    statistics.meanElementsPerUsedBucket = figures.meanItemsPerUsedBucket;
+    statistics.interpolatedPointCount = countOf(figures.nbInterpolatedPoints);
+    statistics.meanIterations = figures.meanIterations;
+    if (hasOutsideCounts)
+    {
+        statistics.nodes = OutsideCounts{countOf(figures.nbNearNodes), countOf(figures.nbFarNodes)};
+        statistics.gaussPoints = OutsideCounts{countOf(figures.nbNearGaussPoints), countOf(figures.nbFarGaussPoints)};
+    }
+    statistics.unconvergedPointCount = countOf(figures.nbUnconvergedPoints);
+    statistics.singularElementCount = countOf(figures.nbSingularElts);
+    return statistics;
+}
+
+std::shared_ptr<const TransferMap> build(const EngineModel& source, const EngineModel& target, std::vector<int> flags,
+                                         const MapOptions& options, const char* title)
+{
+    ThreadWorkers workers(options.threads, options.progress, title);
+    if (!workers.report(0, "Pretreatment"))
+    {
+        workers.throwStopped(cancelledText);
+    }
+    auto map = std::make_shared<TransferMap>();
+    const MapFailure failure =
+        map->build(source.model(), target.model(), flags.data(), engineSettings(options), workers);
+    if (workers.isStopped() || failure.reason == MapFailure::cancelled || !workers.report(100, terminatedText))
+    {
+        workers.throwStopped(cancelledText);
+    }
+    if (failure.reason == MapFailure::outside)
+    {
+        throw TargetOutside(oneLine(failure.text));
+    }
+    if (failure)
+    {
+        throw TransferError(oneLine(failure.text), failure.reason);
+    }
+    return map;
+}
+
+std::shared_ptr<const TransferMap> build(const Mesh& source, const Mesh& target, const MapOptions& options)
+{
+    checkMode(options.mode, false);
+    checkSourceKinds(source);
+    if (options.toGaussPoints)
+    {
+        checkVolumeElements(target, "target", "Gauss-point fields need a target of volume elements only");
+    }
+    return build(EngineModel(source), EngineModel(target),
+                 mappingFlags(options.targetMapping, target.materials().size()), options, meshTitle);
+}
+
+std::shared_ptr<const TransferMap> build(const Mesh& source, const PointCloud& points, const MapOptions& options)
+{
+    checkMode(options.mode, true);
+    checkSourceKinds(source);
+    if (options.toGaussPoints)
+    {
+        throw InvalidOption("points receive values as nodes do, one location for each field");
+    }
+    return build(EngineModel(source), EngineModel(points),
+                 mappingFlags(options.targetMapping, points.materials().size()), options, pointsTitle);
+}
+
+const char* placeName(Location location)
+{
+    return location == Location::nodes ? "nodes" : "Gauss points";
+}
+
+/// The record of a field for the engine. Sizes are checked by whoever has them.
+MapField engineField(const FieldView& arrays)
+{
+    MapField field;
+    field.sourceLocation = engineLocation(arrays.sourceLocation);
+    field.targetLocation = engineLocation(arrays.targetLocation);
+    field.nbComponents = arrays.componentCount;
+    field.isClassOneOnly = arrays.isClassOneOnly;
+    field.defaultValue = arrays.defaultValue;
+    if (const auto* floats = std::get_if<std::span<const float>>(&arrays.source))
+    {
+        field.sourceFloats = floats->data();
+    }
+    else
+    {
+        field.sourceDoubles = std::get<std::span<const double>>(arrays.source).data();
+    }
+    if (const auto* floats = std::get_if<std::span<float>>(&arrays.target))
+    {
+        field.targetFloats = floats->data();
+    }
+    else
+    {
+        field.targetDoubles = std::get<std::span<double>>(arrays.target).data();
+    }
+    return field;
+}
+
+/// Fields are applied in groups of a fixed size, so that the records need no memory of their own.
+constexpr std::size_t groupSize = 8;
+
+struct FieldGroup
+{
+    explicit FieldGroup(std::span<const FieldView> fields) : count(fields.size())
+    {
+        std::ranges::transform(fields, records.begin(), engineField);
+    }
+
+    std::span<const MapField> span() const { return {records.data(), count}; }
+
+    std::array<MapField, groupSize> records;
+    std::size_t count;
+};
+
+FieldView arraysOf(const Field& field, FieldValues& target, Location targetLocation, float defaultValue,
+                   bool isClassOneOnly)
+{
+    FieldView arrays{.componentCount = field.componentCount(),
+                     .sourceLocation = field.location(),
+                     .targetLocation = targetLocation,
+                     .defaultValue = defaultValue,
+                     .isClassOneOnly = isClassOneOnly};
+    std::visit([&](const auto& values) { arrays.source = std::span(values); }, field.values());
+    std::visit([&](auto& values) { arrays.target = std::span(values); }, target);
+    return arrays;
+}
+
+} // namespace
+
+Map::Map(const Mesh& source, const Mesh& target, const MapOptions& options)
+    : map_(build(source, target, options)), statistics_(std::make_shared<TransferStatistics>(statisticsOf(*map_, true)))
+{
+}
+
+Map::Map(const Mesh& source, const PointCloud& points, const MapOptions& options)
+    : map_(build(source, points, options)),
+      statistics_(std::make_shared<TransferStatistics>(statisticsOf(*map_, options.rules.pointsMayBeNear)))
+{
+}
+
+Map::Map(std::shared_ptr<const TransferMap> map)
+    : map_(std::move(map)), statistics_(std::make_shared<TransferStatistics>(statisticsOf(*map_, true)))
+{
+}
+
+std::size_t Map::sourceNodeCount() const
+{
+    return static_cast<std::size_t>(map_->nbSourceNodes());
+}
+
+std::size_t Map::sourceGaussPointCount() const
+{
+    return static_cast<std::size_t>(map_->nbSourceGaussPoints());
+}
+
+std::size_t Map::locationCount(Location location) const
+{
+    return static_cast<std::size_t>(location == Location::nodes ? map_->nbNodes() : map_->nbGaussPoints());
+}
+
+void Map::checkArrays(const FieldView& arrays) const
+{
+    const auto size = [](const auto& values)
+    { return std::visit([](const auto& span) { return span.size(); }, values); };
+    if (arrays.componentCount < 1 || arrays.componentCount > maxComponentCount)
+    {
+        throw InvalidData(text("a field has ", arrays.componentCount, " components, not 1 to ", maxComponentCount));
+    }
+    const auto components = static_cast<std::size_t>(arrays.componentCount);
+    const std::size_t sourceCount =
+        arrays.sourceLocation == Location::nodes ? sourceNodeCount() : sourceGaussPointCount();
+    if (size(arrays.source) != sourceCount * components)
+    {
+        throw InvalidData(text("there are ", size(arrays.source), " source values, not ", components, " for each of ",
+                               sourceCount, " ", placeName(arrays.sourceLocation)));
+    }
+    const std::size_t targetCount = locationCount(arrays.targetLocation);
+    if (targetCount == 0 || size(arrays.target) != targetCount * components)
+    {
+        throw InvalidData(text("there are ", size(arrays.target), " target values, not ", components, " for each of ",
+                               targetCount, " ", placeName(arrays.targetLocation)));
+    }
+    if (arrays.sourceLocation == Location::gaussPoints && !map_->mapsFromGaussPoints())
+    {
+        throw InvalidData("the map is not made for fields at Gauss points of the source");
+    }
+}
+
+std::size_t Map::workspaceSize(std::span<const FieldView> fields) const
+{
+    std::int64_t size = 0;
+    for (std::size_t first = 0; first < fields.size(); first += groupSize)
+    {
+        const FieldGroup group(fields.subspan(first, std::min(groupSize, fields.size() - first)));
+        size = std::max(size, map_->workspaceSize(group.span()));
+    }
+    return static_cast<std::size_t>(size);
+}
+
+void Map::apply(std::span<const FieldView> fields, std::span<float> workspace, int threads) const
+{
+    for (const FieldView& field : fields)
+    {
+        checkArrays(field);
+    }
+    if (workspace.size() < workspaceSize(fields))
+    {
+        throw InvalidData(text("the workspace has ", workspace.size(), " numbers, not ", workspaceSize(fields)));
+    }
+    ThreadWorkers workers(threads);
+    for (std::size_t first = 0; first < fields.size(); first += groupSize)
+    {
+        const FieldGroup group(fields.subspan(first, std::min(groupSize, fields.size() - first)));
+        if (const char* refusal = map_->apply(group.span(), workspace, workers))
+        {
+            throw InvalidData(refusal);
+        }
+    }
+}
+
+std::vector<Field> Map::apply(std::span<const Field> fields, const ApplyOptions& options) const
+{
+    checkFields(fields, options);
+    std::vector<FieldValues> values;
+    std::vector<FieldView> arrays;
+    values.reserve(fields.size()); // the arrays point into it
+    for (std::size_t i = 0; i < fields.size(); ++i)
+    {
+        const Field& field = fields[i];
+        const FieldOptions fieldOptions = options.fieldOptions.empty() ? FieldOptions{} : options.fieldOptions[i];
+        const Location location = options.targetLocations.empty() ? field.location() : options.targetLocations[i];
+        const float defaultValue = fieldOptions.defaultValue.value_or(options.defaultValue);
+        const std::size_t count = locationCount(location) * static_cast<std::size_t>(field.componentCount());
+        values.push_back(field.isSinglePrecision() ? FieldValues(std::vector<float>(count, defaultValue))
+                                                   : FieldValues(std::vector<double>(count, double{defaultValue})));
+        arrays.push_back(arraysOf(field, values.back(), location, defaultValue, fieldOptions.isClassOneOnly));
+    }
+    std::vector<float> workspace(workspaceSize(arrays));
+    apply(arrays, workspace, options.threads);
+    std::vector<Field> results;
+    results.reserve(fields.size());
+    for (std::size_t i = 0; i < fields.size(); ++i)
+    {
+        results.emplace_back(fields[i].name(), arrays[i].targetLocation, fields[i].componentCount(),
+                             std::move(values[i]));
+    }
+    return results;
+}
+
+void Map::checkFields(std::span<const Field> fields, const ApplyOptions& options) const
+{
+    if (!options.fieldOptions.empty() && options.fieldOptions.size() != fields.size())
+    {
+        throw InvalidOption(text("there are options for ", options.fieldOptions.size(), " fields, but ", fields.size(),
+                                 " source fields"));
+    }
+    if (!options.targetLocations.empty() && options.targetLocations.size() != fields.size())
+    {
+        throw InvalidOption(text("there are ", options.targetLocations.size(), " target locations for ", fields.size(),
+                                 " source fields"));
+    }
+    for (const Field& field : fields)
+    {
+        const std::size_t expected = field.location() == Location::nodes ? sourceNodeCount() : sourceGaussPointCount();
+        if (field.locationCount() != expected)
+        {
+            throw InvalidData(text("field '", field.name(), "' has values at ", field.locationCount(), " ",
+                                   placeName(field.location()), ", but the source has ", expected));
+        }
+    }
+}
+
+TransposedField Map::applyTransposed(const Field& field) const
+{
+    const std::size_t count = locationCount(field.location());
+    if (count == 0 || field.locationCount() != count)
+    {
+        throw InvalidData(text("field '", field.name(), "' has values at ", field.locationCount(), " ",
+                               placeName(field.location()), ", but the target of the map has ", count));
+    }
+    const auto components = static_cast<std::size_t>(field.componentCount());
+    std::vector<double> atSource(sourceNodeCount() * components, 0.0);
+    std::vector<double> left(components, 0.0);
+    std::visit(
+        [&](const auto& values)
+        {
+            map_->applyTransposed(engineLocation(field.location()), values.data(), field.componentCount(),
+                                  atSource.data(), left.data());
+        },
+        field.values());
+    return {Field(field.name(), Location::nodes, field.componentCount(), std::move(atSource)), std::move(left)};
+}
+
+SparseMatrix Map::matrix(const MatrixOptions& options) const
+{
+    if (locationCount(options.target) == 0)
+    {
+        throw InvalidOption(text("the map gives no values to ", placeName(options.target), " of the target"));
+    }
+    if (options.source == Location::gaussPoints && !map_->mapsFromGaussPoints())
+    {
+        throw InvalidOption("the map is not made for fields at Gauss points of the source");
+    }
+    if (options.resolvesPropagation && options.target != Location::nodes)
+    {
+        throw InvalidOption("values are propagated to nodes only");
+    }
+    SparseRows rows;
+    if (options.resolvesPropagation)
+    {
+        const std::int64_t size = resolvedMatrixSize(options.source);
+        if (size > options.mostEntries)
+        {
+            throw InvalidOption(text("the matrix would have ", size, " entries, more than the ", options.mostEntries,
+                                     " that are allowed"));
+        }
+    }
+    const bool isMade = options.resolvesPropagation
+                            ? map_->resolvedMatrix(engineLocation(options.source), options.mostEntries, rows)
+                            : map_->matrix(engineLocation(options.target), engineLocation(options.source), rows);
+    if (!isMade)
+    {
+        throw std::bad_alloc();
+    }
+    const auto vectorOf = [](const auto& array, std::int64_t count)
+    { return std::vector(array.get(), array.get() + count); };
+    return {rows.nbRows, rows.nbColumns, vectorOf(rows.rowStarts, rows.nbRows + 1),
+            vectorOf(rows.columns, rows.nbEntries()), vectorOf(rows.values, rows.nbEntries())};
+}
+
+std::int64_t Map::resolvedMatrixSize(Location source) const
+{
+    const std::int64_t size = map_->resolvedSize(engineLocation(source));
+    if (size < 0)
+    {
+        throw std::bad_alloc();
+    }
+    return size;
+}
+
+Places Map::places(Location location) const
+{
+    const MapTable& table = map_->table();
+    const std::int64_t first = location == Location::nodes ? 0 : table.nbNodes;
+    const auto count = static_cast<std::int64_t>(locationCount(location));
+    Places places;
+    for (std::int64_t row = first; row < first + count; ++row)
+    {
+        const auto finding = static_cast<Finding>(table.finding(row));
+        const bool hasElement = table.elements[row] != -1;
+        places.findings.push_back(finding);
+        places.elements.push_back(table.elements[row]);
+        places.referenceCoordinates.push_back(hasElement ? table.referenceCoords[row] : std::array<float, 3>{});
+        places.distances.push_back(finding == Finding::inside ? 0.0 : std::numeric_limits<double>::infinity());
+    }
+    for (const NearMiss& near : map_->nearMisses())
+    {
+        if (near.row >= first && near.row < first + count)
+        {
+            places.distances[static_cast<std::size_t>(near.row - first)] = near.distance;
+        }
+    }
+    return places;
+}
+
+OutsideMode Map::mode() const
+{
+    return static_cast<OutsideMode>(map_->farPoints());
+}
+
+bool Map::hasUnreachedNodes() const
+{
+    return !map_->propagation().isComplete;
+}
+
+std::vector<int> Map::singularElements() const
+{
+    const auto elements = map_->singularElts();
+    return {elements.begin(), elements.end()};
+}
+
+std::vector<std::byte> Map::bytes() const
+{
+    std::vector<std::byte> bytes(static_cast<std::size_t>(map_->storedSize()));
+    map_->store(bytes.data());
+    return bytes;
+}
+
+Map Map::fromBytes(std::span<const std::byte> bytes)
+{
+    auto map = std::make_shared<TransferMap>();
+    if (const char* refusal = map->restore(bytes))
+    {
+        throw Error(refusal);
+    }
+    return Map(std::move(map));
+}
+
+void Map::save(const std::filesystem::path& path) const
+{
+    const std::vector<std::byte> content = bytes();
+    std::ofstream file(path, std::ios::binary);
+    file.write(reinterpret_cast<const char*>(content.data()), static_cast<std::streamsize>(content.size()));
+    file.close();
+    if (!file)
+    {
+        throw Error(text("cannot write '", path.string(), "': ", std::strerror(errno)));
+    }
+}
+
+Map Map::load(const std::filesystem::path& path)
+{
+    // A folder can be opened and has an end, too, but no size.
+    std::error_code failure;
+    const std::uintmax_t size = std::filesystem::file_size(path, failure);
+    if (failure)
+    {
+        throw Error(text("cannot open '", path.string(), "': ", failure.message()));
+    }
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
+    {
+        throw Error(text("cannot open '", path.string(), "': ", std::strerror(errno)));
+    }
+    std::vector<std::byte> content(size);
+    if (!file.read(reinterpret_cast<char*>(content.data()), static_cast<std::streamsize>(content.size())))
+    {
+        throw Error(text("cannot read '", path.string(), "'"));
+    }
+    try
+    {
+        return fromBytes(content);
+    }
+    catch (const Error& error)
+    {
+        throw Error(text("'", path.string(), "': ", error.what()));
+    }
+}
+
+bool Map::isFrom(const Mesh& source) const
+{
+    OneWorker worker;
+    return checksumOf(EngineModel(source).model(), worker) == map_->sourceChecksum();
+}
+
+bool Map::isTo(const Mesh& target) const
+{
+    OneWorker worker;
+    return checksumOf(EngineModel(target).model(), worker) == map_->targetChecksum();
+}
+
+bool Map::isTo(const PointCloud& points) const
+{
+    OneWorker worker;
+    return checksumOf(EngineModel(points).model(), worker) == map_->targetChecksum();
+}
+
+} // namespace veltrane

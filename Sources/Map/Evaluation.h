@@ -1,0 +1,64 @@
+/// Values at a point as weighted sums of values at nodes. Knows nodes and weights, neither elements nor search.
+#ifndef VELTRANE_EVALUATION_H
+#define VELTRANE_EVALUATION_H
+
+#include "../VectorHelpers.h"
+
+#include <cstdint>
+
+/// Source values at or below this are undefined, and make the interpolated value undefined.
+inline constexpr float undefinedBelow = single(-8.888e13);
+inline constexpr float undefinedValue = single(-9.999e13);
+
+/// The nodes whose values are summed up, and their weights.
+struct WeightedNodes
+{
+    const int* nodes;
+    const float* weights;
+    int count;
+};
+
+/// `NbTogether` components in a row at one point: weighted sums in node order. `source` holds their values at node 0;
+/// a node's values are `stride` after those of the node before it. Where all source values are known to be defined,
+/// they are not looked at.
+template <int NbTogether, bool mayBeUndefined, class SourceValue, class TargetValue>
+inline void interpolateTogether(const SourceValue* source, TargetValue* target, int stride, const WeightedNodes& at)
+{
+    float sums[NbTogether]{};
+    bool areUndefined[NbTogether]{};
+    for (int i = 0; i < at.count; ++i)
+    {
+        const SourceValue* values = source + static_cast<std::int64_t>(at.nodes[i]) * stride;
+        for (int c = 0; c < NbTogether; ++c)
+        {
+            const auto value = static_cast<float>(values[c]);
+            if constexpr (mayBeUndefined)
+            {
+                areUndefined[c] |= value <= undefinedBelow;
+            }
+            sums[c] += at.weights[i] * value;
+        }
+    }
+    for (int c = 0; c < NbTogether; ++c)
+    {
+        target[c] = areUndefined[c] ? undefinedValue : sums[c];
+    }
+}
+
+/// All components of one field at one point; the target holds as many components as the source.
+template <class SourceValue, class TargetValue>
+void interpolateComponents(const SourceValue* source, TargetValue* target, int nbComponents, const WeightedNodes& at)
+{
+    constexpr int together = 3;
+    int component = 0;
+    for (; component + together <= nbComponents; component += together)
+    {
+        interpolateTogether<together, true>(source + component, target + component, nbComponents, at);
+    }
+    for (; component < nbComponents; ++component)
+    {
+        interpolateTogether<1, true>(source + component, target + component, nbComponents, at);
+    }
+}
+
+#endif

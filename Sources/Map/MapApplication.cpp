@@ -1,0 +1,498 @@
+// The application of a map: weighted sums of source values, and what becomes of far locations.
+//
+// The values of as many fields as go together are first copied side by side, in single precision, so that a node's
+// values come with one access; on the way it is seen whether any of them is undefined. Sums are those of Evaluation.h.
+#include "GaussPointAveraging.h"
+#include "Propagation.h"
+#include "TransferMap.h"
+
+#include "../Search/Prefetch.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <bit>
+
+namespace
+{
+constexpr Stage applicationStage{"Computation", 0, 100};
+
+/// Most components that are evaluated together.
+constexpr int maxNbLanes = 8;
+/// Rows that are evaluated before their values are written field by field.
+constexpr std::int64_t blockSize = 128;
+
+/// One component of one field.
+struct Column
+{
+    const MapField* field = nullptr;
+    const float* nodeAverages = nullptr; ///< of a field at Gauss points
+    int component = 0;
+
+    float sourceValue(std::int64_t node) const
+    {
+        const std::int64_t index = node * field->nbComponents + component;
+        if (nodeAverages != nullptr)
+        {
+            return nodeAverages[index];
+        }
+        return field->sourceFloats != nullptr ? field->sourceFloats[index]
+                                              : static_cast<float>(field->sourceDoubles[index]);
+    }
+};
+
+/// Components that are evaluated together: those of fields at one kind of target location.
+struct Group
+{
+    std::array<Column, maxNbLanes> columns;
+    int nbColumns = 0;
+
+    /// Columns per node in the copy; those that no component fills are 0.
+    int nbLanes() const { return static_cast<int>(std::bit_ceil(static_cast<unsigned>(nbColumns))); }
+};
+
+/// Reads and writes a target value in single precision.
+float targetValue(const MapField& field, std::int64_t index)
+{
+    return field.targetFloats != nullptr ? field.targetFloats[index] : static_cast<float>(field.targetDoubles[index]);
+}
+
+void setTargetValue(const MapField& field, std::int64_t index, float value)
+{
+    if (field.targetFloats != nullptr)
+    {
+        field.targetFloats[index] = value;
+    }
+    else
+    {
+        field.targetDoubles[index] = value;
+    }
+}
+
+bool existsOn(const MapField& field, int matlStateClass)
+{
+    return !(field.isClassOneOnly && matlStateClass == 2);
+}
+
+/// Copies `nbNodes` values of one source array into a lane; true if one of them is undefined.
+template <class Value> bool copyLane(const Value* source, int stride, float* lane, int nbLanes, std::int64_t nbNodes)
+{
+    bool isUndefined = false;
+    for (std::int64_t node = 0; node < nbNodes; ++node)
+    {
+        const auto value = static_cast<float>(source[node * stride]);
+        isUndefined |= value <= undefinedBelow;
+        lane[node * nbLanes] = value;
+    }
+    return isUndefined;
+}
+
+bool copyColumn(const Column& column, float* lane, int nbLanes, std::int64_t first, std::int64_t end)
+{
+    const MapField& field = *column.field;
+    const int stride = field.nbComponents;
+    const std::int64_t offset = first * stride + column.component;
+    if (column.nodeAverages != nullptr)
+    {
+        return copyLane(column.nodeAverages + offset, stride, lane, nbLanes, end - first);
+    }
+    return field.sourceFloats != nullptr ? copyLane(field.sourceFloats + offset, stride, lane, nbLanes, end - first)
+                                         : copyLane(field.sourceDoubles + offset, stride, lane, nbLanes, end - first);
+}
+
+template <class Value> void writeLane(Value* target, int stride, const float* values, int nbLanes, std::int64_t nbRows)
+{
+    for (std::int64_t row = 0; row < nbRows; ++row)
+    {
+        target[row * stride] = values[row * nbLanes];
+    }
+}
+} // namespace
+
+class MapApplication
+{
+public:
+    MapApplication(const TransferMap& map, std::span<const MapField> fields, std::span<float> workspace,
+                   Workers& workers)
+        : itsMap(map), itsTable(map.itsTable), itsFields(fields), itsWorkspace(workspace), itsWorkers(workers)
+    {
+    }
+
+    static std::int64_t averagesSize(const TransferMap& map, std::span<const MapField> fields)
+    {
+        std::int64_t size = 0;
+        for (const MapField& field : fields)
+        {
+            size += field.sourceLocation == atGaussPoints ? map.itsNbSourceNodes * field.nbComponents : 0;
+        }
+        return size;
+    }
+
+    void apply()
+    {
+        averageAll();
+        if (applyTo(atNodes) && applyTo(atGaussPoints))
+        {
+            return;
+        }
+    }
+
+private:
+    void averageAll();
+    void average(const MapField& field, float* nodeValues) const;
+    bool applyTo(Location location);
+    bool applyGroup(const Group& group, Location location);
+    template <int nbLanes> bool evaluate(const Group& group, Location location, const float* values, bool areDefined);
+    template <int nbLanes, bool mayBeUndefined>
+    void evaluatePiece(const Group& group, std::int64_t firstRow, std::int64_t end, std::int64_t base,
+                       const float* values) const;
+    void writeBlock(const Column& column, const float* values, int nbLanes, std::int64_t firstRow, std::int64_t end,
+                    std::int64_t base, bool areAllMapped) const;
+    void prefetchRow(std::int64_t row, const float* values, int nbLanes) const;
+    void fillFar(Location location) const;
+    void propagateFields() const;
+    void fillRow(const MapField& field, std::int64_t index, float value) const;
+
+    const TransferMap& itsMap;
+    const MapTable& itsTable;
+    std::span<const MapField> itsFields;
+    std::span<float> itsWorkspace;
+    Workers& itsWorkers;
+};
+
+std::int64_t TransferMap::workspaceSize(std::span<const MapField> fields) const
+{
+    std::int64_t nbComponents = 0;
+    for (const MapField& field : fields)
+    {
+        nbComponents += field.nbComponents;
+    }
+    const auto nbLanes =
+        std::bit_ceil(static_cast<std::uint64_t>(std::clamp<std::int64_t>(nbComponents, 1, maxNbLanes)));
+    return MapApplication::averagesSize(*this, fields) + itsNbSourceNodes * static_cast<std::int64_t>(nbLanes);
+}
+
+const char* TransferMap::apply(std::span<const MapField> fields, std::span<float> workspace, Workers& workers) const
+{
+    for (const MapField& field : fields)
+    {
+        if (field.nbComponents < 1 || (field.sourceFloats == nullptr) == (field.sourceDoubles == nullptr) ||
+            (field.targetFloats == nullptr) == (field.targetDoubles == nullptr))
+        {
+            return "A field of an application needs components, one source array and one target array.";
+        }
+        if (field.sourceLocation == atGaussPoints ? !mapsFromGaussPoints() : field.sourceLocation != atNodes)
+        {
+            return "The map is not made for source values at such locations.";
+        }
+        if (field.targetLocation != atNodes && field.targetLocation != atGaussPoints)
+        {
+            return "The map gives values to nodes and Gauss points only.";
+        }
+    }
+    if (static_cast<std::int64_t>(workspace.size()) < workspaceSize(fields))
+    {
+        return "The workspace of an application is too small.";
+    }
+    MapApplication(*this, fields, workspace, workers).apply();
+    return nullptr;
+}
+
+/// Gives the fields at Gauss points their averages at nodes, one after another in the workspace.
+void MapApplication::averageAll()
+{
+    float* nodeValues = itsWorkspace.data();
+    for (const MapField& field : itsFields)
+    {
+        if (field.sourceLocation == atGaussPoints)
+        {
+            average(field, nodeValues);
+            nodeValues += itsMap.itsNbSourceNodes * field.nbComponents;
+        }
+    }
+}
+
+/// In the order of the elements, as for the single sums at nodes that it is made of.
+void MapApplication::average(const MapField& field, float* nodeValues) const
+{
+    const AveragingTable& averaging = itsMap.itsAveraging;
+    const std::int64_t nbNodes = itsMap.itsNbSourceNodes;
+    std::fill_n(nodeValues, nbNodes * field.nbComponents, 0.0F);
+    std::int64_t firstGaussPoint = 0;
+    for (std::int64_t elt = 0; elt < averaging.nbElts; ++elt)
+    {
+        const auto value = [&](std::size_t gaussPoint, int component)
+        {
+            const std::int64_t index =
+                (firstGaussPoint + static_cast<std::int64_t>(gaussPoint)) * field.nbComponents + component;
+            return field.sourceFloats != nullptr ? field.sourceFloats[index]
+                                                 : static_cast<float>(field.sourceDoubles[index]);
+        };
+        const int type = averaging.eltTypes[elt];
+        addGaussPointsToNodes(type, averaging.nodes.get() + averaging.firstNodes[elt], field.nbComponents, value,
+                              nodeValues);
+        firstGaussPoint += nbGaussPointsOf(type);
+    }
+    for (std::int64_t node = 0; node < nbNodes; ++node)
+    {
+        const auto nbElts = static_cast<float>(averaging.nbEltsPerNode[node]);
+        for (int component = 0; component < field.nbComponents; ++component)
+        {
+            nodeValues[node * field.nbComponents + component] /= nbElts;
+        }
+    }
+}
+
+/// The fields at one kind of target location, group by group; false if the workers were stopped.
+bool MapApplication::applyTo(Location location)
+{
+    Group group;
+    const float* averages = itsWorkspace.data();
+    for (const MapField& field : itsFields)
+    {
+        const bool isAtGaussPoints = field.sourceLocation == atGaussPoints;
+        for (int component = 0; field.targetLocation == location && component < field.nbComponents; ++component)
+        {
+            group.columns[static_cast<std::size_t>(group.nbColumns++)] = {&field, isAtGaussPoints ? averages : nullptr,
+                                                                          component};
+            if (group.nbColumns == maxNbLanes)
+            {
+                if (!applyGroup(group, location))
+                {
+                    return false;
+                }
+                group.nbColumns = 0;
+            }
+        }
+        averages += isAtGaussPoints ? itsMap.itsNbSourceNodes * field.nbComponents : 0;
+    }
+    if (group.nbColumns > 0 && !applyGroup(group, location))
+    {
+        return false;
+    }
+    fillFar(location);
+    return true;
+}
+
+bool MapApplication::applyGroup(const Group& group, Location location)
+{
+    const std::int64_t nbNodes = itsMap.itsNbSourceNodes;
+    const int nbLanes = group.nbLanes();
+    float* values = itsWorkspace.data() + averagesSize(itsMap, itsFields);
+    std::atomic<bool> isUndefined = false;
+    const Pieces pieces = piecesFor(itsWorkers, nbNodes);
+    const auto copyPiece = [&](std::int64_t piece, int)
+    {
+        constexpr std::int64_t cachedNodes = 512;
+        for (std::int64_t first = pieces.first(piece); first < pieces.end(piece); first += cachedNodes)
+        {
+            const std::int64_t end = std::min(first + cachedNodes, pieces.end(piece));
+            float* lanes = values + first * nbLanes;
+            for (int lane = 0; lane < nbLanes; ++lane)
+            {
+                if (lane >= group.nbColumns)
+                {
+                    for (std::int64_t node = first; node < end; ++node)
+                    {
+                        values[node * nbLanes + lane] = 0.0F;
+                    }
+                }
+                else if (copyColumn(group.columns[static_cast<std::size_t>(lane)], lanes + lane, nbLanes, first, end))
+                {
+                    isUndefined.store(true, std::memory_order_relaxed);
+                }
+            }
+        }
+    };
+    if (!itsWorkers.run(applicationStage, pieces.count(), copyPiece))
+    {
+        return false;
+    }
+    switch (nbLanes)
+    {
+    case 1: return evaluate<1>(group, location, values, !isUndefined);
+    case 2: return evaluate<2>(group, location, values, !isUndefined);
+    case 4: return evaluate<4>(group, location, values, !isUndefined);
+    default: return evaluate<maxNbLanes>(group, location, values, !isUndefined);
+    }
+}
+
+template <int nbLanes>
+bool MapApplication::evaluate(const Group& group, Location location, const float* values, bool areDefined)
+{
+    const std::int64_t base = location == atNodes ? 0 : itsTable.nbNodes;
+    const Pieces pieces = piecesFor(itsWorkers, location == atNodes ? itsTable.nbNodes : itsTable.nbGaussPoints);
+    const auto evaluateRows = [&](std::int64_t piece, int)
+    {
+        const std::int64_t first = base + pieces.first(piece);
+        const std::int64_t end = base + pieces.end(piece);
+        if (areDefined)
+        {
+            evaluatePiece<nbLanes, false>(group, first, end, base, values);
+        }
+        else
+        {
+            evaluatePiece<nbLanes, true>(group, first, end, base, values);
+        }
+    };
+    return itsWorkers.run(applicationStage, pieces.count(), evaluateRows);
+}
+
+template <int nbLanes, bool mayBeUndefined>
+void MapApplication::evaluatePiece(const Group& group, std::int64_t firstRow, std::int64_t end, std::int64_t base,
+                                   const float* values) const
+{
+    alignas(64) std::array<float, blockSize * nbLanes> block;
+    for (std::int64_t first = firstRow; first < end; first += blockSize)
+    {
+        const std::int64_t blockEnd = std::min(first + blockSize, end);
+        bool areAllMapped = true;
+        for (std::int64_t row = first; row < blockEnd; ++row)
+        {
+            if (itsMap.itsIsJumping)
+            {
+                prefetchRow(row, values, nbLanes);
+            }
+            areAllMapped &= itsTable.hasWeights(row);
+            interpolateTogether<nbLanes, mayBeUndefined>(values, block.data() + (row - first) * nbLanes, nbLanes,
+                                                         itsTable.weightsOf(row));
+        }
+        for (int lane = 0; lane < group.nbColumns; ++lane)
+        {
+            writeBlock(group.columns[static_cast<std::size_t>(lane)], block.data() + lane, nbLanes, first, blockEnd,
+                       base, areAllMapped);
+        }
+    }
+}
+
+/// Asks for the values of a row that comes soon.
+void MapApplication::prefetchRow(std::int64_t row, const float* values, int nbLanes) const
+{
+    constexpr std::int64_t rowsAhead = 12;
+    const std::int64_t ahead = row + rowsAhead;
+    if (ahead < itsTable.nbRows())
+    {
+        const WeightedNodes at = itsTable.weightsOf(ahead);
+        for (int i = 0; i < at.count; ++i)
+        {
+            prefetch(values + static_cast<std::int64_t>(at.nodes[i]) * nbLanes);
+        }
+    }
+}
+
+void MapApplication::writeBlock(const Column& column, const float* values, int nbLanes, std::int64_t firstRow,
+                                std::int64_t end, std::int64_t base, bool areAllMapped) const
+{
+    const MapField& field = *column.field;
+    const int stride = field.nbComponents;
+    const std::int64_t first = (firstRow - base) * stride + column.component;
+    if (areAllMapped && !field.isClassOneOnly)
+    {
+        if (field.targetFloats != nullptr)
+        {
+            writeLane(field.targetFloats + first, stride, values, nbLanes, end - firstRow);
+        }
+        else
+        {
+            writeLane(field.targetDoubles + first, stride, values, nbLanes, end - firstRow);
+        }
+        return;
+    }
+    for (std::int64_t row = firstRow; row < end; ++row)
+    {
+        if (itsTable.hasWeights(row) && existsOn(field, itsTable.matlStateClass(row)))
+        {
+            setTargetValue(field, first + (row - firstRow) * stride, values[(row - firstRow) * nbLanes]);
+        }
+    }
+}
+
+void MapApplication::fillRow(const MapField& field, std::int64_t index, float value) const
+{
+    for (int component = 0; component < field.nbComponents; ++component)
+    {
+        setTargetValue(field, index * field.nbComponents + component, value);
+    }
+}
+
+/// Far nodes take the default value, or what propagation gives them; far Gauss points, and nodes that propagation does
+/// not reach, become 0.
+void MapApplication::fillFar(Location location) const
+{
+    const MapStatistics& statistics = itsMap.itsStatistics;
+    if ((location == atNodes ? statistics.nbFarNodes : statistics.nbFarGaussPoints) == 0)
+    {
+        return;
+    }
+    const bool isPropagating = location == atNodes && itsMap.itsFarPoints == FarPoints::propagate;
+    if (isPropagating)
+    {
+        propagateFields();
+    }
+    const std::int64_t base = location == atNodes ? 0 : itsTable.nbNodes;
+    const std::int64_t nbRows = location == atNodes ? itsTable.nbNodes : itsTable.nbGaussPoints;
+    for (std::int64_t index = 0; index < nbRows; ++index)
+    {
+        if (itsTable.finding(base + index) != Finding::far)
+        {
+            continue;
+        }
+        for (const MapField& field : itsFields)
+        {
+            if (field.targetLocation == location && existsOn(field, itsTable.matlStateClass(base + index)))
+            {
+                fillRow(field, index, location == atNodes && !isPropagating ? field.defaultValue : 0.0F);
+            }
+        }
+    }
+}
+
+void MapApplication::propagateFields() const
+{
+    const auto spread = [&](int matlStateClass, std::span<const int> filled, std::span<const int> far)
+    {
+        for (const MapField& field : itsFields)
+        {
+            const bool isConcerned = field.targetLocation == atNodes && existsOn(field, matlStateClass);
+            for (int component = 0; isConcerned && component < field.nbComponents; ++component)
+            {
+                const auto indexOf = [&](int node)
+                { return static_cast<std::int64_t>(node) * field.nbComponents + component; };
+                spreadMean([&](auto visit) { std::ranges::for_each(filled, visit); },
+                           [&](auto visit) { std::ranges::for_each(far, visit); }, static_cast<int>(filled.size()),
+                           [&](int node) { return targetValue(field, indexOf(node)); },
+                           [&](int node, float mean) { setTargetValue(field, indexOf(node), mean); });
+            }
+        }
+    };
+    itsMap.itsPropagation.forEachStep(spread);
+}
+
+template <class Value>
+void TransferMap::applyTransposed(Location location, const Value* values, int nbComponents, double* atSourceNodes,
+                                  double* left) const
+{
+    const std::int64_t base = location == atNodes ? 0 : itsTable.nbNodes;
+    const std::int64_t nbRows = location == atNodes ? itsTable.nbNodes : itsTable.nbGaussPoints;
+    for (std::int64_t index = 0; index < nbRows; ++index)
+    {
+        const WeightedNodes at = itsTable.weightsOf(base + index);
+        const Value* row = values + index * nbComponents;
+        for (int component = 0; component < nbComponents; ++component)
+        {
+            const auto value = static_cast<double>(row[component]);
+            if (at.count == 0)
+            {
+                left[component] += value;
+            }
+            for (int i = 0; i < at.count; ++i)
+            {
+                atSourceNodes[static_cast<std::int64_t>(at.nodes[i]) * nbComponents + component] +=
+                    static_cast<double>(at.weights[i]) * value;
+            }
+        }
+    }
+}
+
+template void TransferMap::applyTransposed(Location, const float*, int, double*, double*) const;
+template void TransferMap::applyTransposed(Location, const double*, int, double*, double*) const;

@@ -1,0 +1,21 @@
+/// The first visit to all elements: their inflated boxes, and the boxes of both models that the grid wants to know.
+#ifndef VELTRANE_SURVEY_H
+#define VELTRANE_SURVEY_H
+
+#include "../BucketSpaceClass.h"
+#include "TargetPoints.h"
+#include "Workers.h"
+
+/// Writes the boxes of the source elements, inflated by a fraction of their largest extent, into `boxes`, which has
+/// room for them, and adds them as they are to `surveyed`. `sizeSum` becomes the sum of the extents of the inflated
+/// boxes: one running sum in single precision over the elements, then the axes x, y, z. False if the workers were
+/// stopped; then there are boxes that were not made.
+bool surveySource(const ModelClass& source, float marginRatio, const BoxTable& boxes, SurveyedBoxes& surveyed,
+                  float& sizeSum, Workers& workers);
+
+/// Adds the selected elements of a target mesh to `surveyed`. Where the nodes' mapping flags are at hand and all
+/// materials are selected, the nodes of elements are those that are mapped.
+/// False if the workers were stopped.
+bool surveyTarget(const Target& target, SurveyedBoxes& surveyed, Workers& workers);
+
+#endif

@@ -1,0 +1,167 @@
+#include "TargetPoints.h"
+
+#include <algorithm>
+#include <atomic>
+
+namespace
+{
+constexpr int notAssigned = -1;
+constexpr Stage materialStage{"Pretreatment", 2, 3};
+
+/// Where all elements say the same it does not matter which one is the first.
+void assignOneMaterial(const ModelClass& mesh, const int* matlMappingFlags, const NodeMaterials& tables,
+                       Workers& workers)
+{
+    const auto visitElt = [&](std::int64_t elt)
+    {
+        const int nbNodes = mesh.nbNodesOfElt(static_cast<int>(elt));
+        for (int i = 0; i < nbNodes; ++i)
+        {
+            const std::atomic_ref matlId(tables.matlIds[mesh.itsConnectivity[elt][i]]);
+            if (matlId.load(std::memory_order_relaxed) == notAssigned)
+            {
+                matlId.store(0, std::memory_order_relaxed);
+            }
+        }
+    };
+    forEachItem(workers, materialStage, mesh.itsNbElts, visitElt);
+    const auto visitNode = [&](std::int64_t node)
+    {
+        if (tables.matlIds[node] != notAssigned)
+        {
+            tables.matlStates[node] = mesh.itsMatlStates[0];
+            tables.mappingFlags[node] = matlMappingFlags[0];
+        }
+    };
+    forEachItem(workers, materialStage, mesh.itsNbNodes, visitNode);
+}
+} // namespace
+
+void assignMaterialsToNodes(const ModelClass& mesh, const int* matlMappingFlags, const NodeMaterials& tables,
+                            Workers* workers)
+{
+    std::fill_n(tables.matlStates, mesh.itsNbNodes, notAssigned);
+    if (tables.matlIds != nullptr)
+    {
+        std::fill_n(tables.matlIds, mesh.itsNbNodes, notAssigned);
+    }
+    if (tables.mappingFlags != nullptr)
+    {
+        std::fill_n(tables.mappingFlags, mesh.itsNbNodes, 0);
+    }
+    const bool hasAllTables = tables.matlIds != nullptr && tables.mappingFlags != nullptr;
+    if (workers != nullptr && workers->nbWorkers() > 1 && mesh.itsNbMatls == 1 && hasAllTables)
+    {
+        assignOneMaterial(mesh, matlMappingFlags, tables, *workers);
+        return;
+    }
+    for (int elt = 0; elt < mesh.itsNbElts; ++elt)
+    {
+        const int matlId = mesh.itsMatlIdPerItem[elt];
+        const int matlState = mesh.itsMatlStates[matlId];
+        const int nbNodes = mesh.nbNodesOfElt(elt);
+        for (int i = 0; i < nbNodes; ++i)
+        {
+            const int node = mesh.itsConnectivity[elt][i];
+            if (tables.matlStates[node] != notAssigned)
+            {
+                continue;
+            }
+            tables.matlStates[node] = matlState;
+            if (tables.matlIds != nullptr)
+            {
+                tables.matlIds[node] = matlId;
+            }
+            if (tables.mappingFlags != nullptr)
+            {
+                tables.mappingFlags[node] = matlMappingFlags[matlId];
+            }
+        }
+    }
+}
+
+std::int64_t Target::nbMappedNodes() const
+{
+    std::int64_t count = 0;
+    for (int node = 0; node < model.itsNbNodes; ++node)
+    {
+        count += isNodeMapped(node) ? 1 : 0;
+    }
+    return count;
+}
+
+std::int64_t Target::nbSelectedGaussPoints() const
+{
+    std::int64_t count = 0;
+    for (int elt = 0; elt < model.itsNbElts; ++elt)
+    {
+        count += isEltSelected(elt) ? model.nbGaussPointsOfElt(elt) : 0;
+    }
+    return count;
+}
+
+bool NodeCursor::next(TargetPoint& point)
+{
+    while (itsNext < itsEnd && !itsTarget.isNodeMapped(itsNext))
+    {
+        ++itsNext;
+    }
+    if (itsNext >= itsEnd)
+    {
+        return false;
+    }
+    point = {.index = itsNext,
+             .position = itsTarget.model.nodePosition(static_cast<int>(itsNext)),
+             .matlStateClass = itsTarget.matlStateClassOfNode(itsNext),
+             .matlState = itsTarget.matlStateOfNode(itsNext)};
+    ++itsNext;
+    return true;
+}
+
+bool GaussPointCursor::next(TargetPoint& point)
+{
+    const ModelClass& model = itsTarget.model;
+    for (; itsElt < itsEnd; ++itsElt)
+    {
+        const int nbGaussPoints = model.nbGaussPointsOfElt(itsElt);
+        if (itsTarget.isEltSelected(itsElt) && itsGaussPoint < nbGaussPoints)
+        {
+            point = {.index = itsFirstGaussPoint + itsGaussPoint,
+                     .position = model.gaussPointPosition(itsElt, itsGaussPoint),
+                     .matlStateClass = model.matlStateClassOfItem(itsElt),
+                     .matlState = model.matlStateOfItem(itsElt)};
+            ++itsGaussPoint;
+            return true;
+        }
+        itsFirstGaussPoint += nbGaussPoints;
+        itsGaussPoint = 0;
+    }
+    return false;
+}
+
+bool CentreCursor::next(TargetPoint& point)
+{
+    const ModelClass& model = itsTarget.model;
+    while (itsElt < model.itsNbElts && !itsTarget.isEltSelected(itsElt))
+    {
+        ++itsElt;
+    }
+    if (itsElt >= model.itsNbElts)
+    {
+        return false;
+    }
+    const int nbNodes = model.nbNodesOfElt(itsElt);
+    Vector3 sum{};
+    for (int i = 0; i < nbNodes; ++i)
+    {
+        const Vector3 node = model.nodePosition(model.itsConnectivity[itsElt][i]);
+        sum = {sum[0] + node[0], sum[1] + node[1], sum[2] + node[2]};
+    }
+    const float weight = single(1.0 / nbNodes);
+    point = {.index = itsElt,
+             .position = {sum[0] * weight, sum[1] * weight, sum[2] * weight},
+             .matlStateClass = model.matlStateClassOfItem(itsElt),
+             .matlState = model.matlStateOfItem(itsElt)};
+    ++itsElt;
+    return true;
+}

@@ -1,0 +1,46 @@
+/// From a located point to the weights of its element's nodes.
+#ifndef VELTRANE_WEIGHTS_H
+#define VELTRANE_WEIGHTS_H
+
+#include "../ModelClass.h"
+#include "../Search/PointLocator.h"
+
+/// The weights of an element's nodes at a point.
+struct ShapeValues
+{
+    int nbNodes = 0;
+    float values[maxNbNodes];
+};
+
+/// The shape functions at a located point.
+inline ShapeValues shapeValuesAt(const ModelClass& sourceModel, const LocatedPoint& located)
+{
+    ShapeValues shape;
+    shape.nbNodes = sourceModel.nbNodesOfElt(located.elt);
+    FEUtilities::shapeFunctions(sourceModel.itsEltTypes[located.elt], located.referenceCoords, shape.values);
+    return shape;
+}
+
+/// Brings the weights of a point outside its element back into [0, 1] with sum 1; false if all are 0 then.
+inline bool normaliseNearMiss(ShapeValues& shape)
+{
+    float sum = 0.0F;
+    for (int i = 0; i < shape.nbNodes; ++i)
+    {
+        float& value = shape.values[i];
+        value = value < 0.0F ? 0.0F : value;
+        value = value > 1.0F ? 1.0F : value;
+        sum += value;
+    }
+    if (sum == 0.0F)
+    {
+        return false;
+    }
+    for (int i = 0; i < shape.nbNodes; ++i)
+    {
+        shape.values[i] /= sum;
+    }
+    return true;
+}
+
+#endif

@@ -1,0 +1,18 @@
+# The target api_documentation: web pages of the headers that are installed. A warning of Doxygen is an error.
+find_package(Doxygen QUIET)
+if(NOT DOXYGEN_FOUND)
+    return()
+endif()
+
+get_target_property(api_headers VeltraneHost PUBLIC_HEADER)
+list(TRANSFORM api_headers PREPEND ${PROJECT_SOURCE_DIR}/Host/)
+set(DOXYGEN_EXTRACT_ALL YES)
+set(DOXYGEN_GENERATE_LATEX NO)
+set(DOXYGEN_HAVE_DOT NO)
+set(DOXYGEN_JAVADOC_AUTOBRIEF YES)
+set(DOXYGEN_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/Api)
+set(DOXYGEN_PREDEFINED VELTRANE_EXPORT= __cplusplus)
+set(DOXYGEN_QUIET YES)
+set(DOXYGEN_STRIP_FROM_PATH ${PROJECT_SOURCE_DIR})
+set(DOXYGEN_WARN_AS_ERROR FAIL_ON_WARNINGS)
+doxygen_add_docs(api_documentation ${PROJECT_SOURCE_DIR}/Sources/Veltrane.h ${api_headers})
