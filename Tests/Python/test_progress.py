@@ -1,0 +1,83 @@
+import os
+import subprocess
+import sys
+import textwrap
+
+import pytest
+
+import meshes
+import veltrane
+
+
+def test_a_callable_is_told_percent_and_stage(cube):
+    told = []
+    veltrane.Map(cube, meshes.inner_points(50), progress=lambda percent, stage: told.append((percent, stage)))
+    assert told[0] == (0, "Pretreatment") and told[-1][0] == 100
+    assert [percent for percent, _ in told] == sorted(percent for percent, _ in told)
+
+
+def test_false_cancels(cube):
+    with pytest.raises(veltrane.CancelledError):
+        veltrane.Map(cube, meshes.inner_points(50), progress=lambda percent, stage: False)
+
+
+def test_what_the_callable_raises_comes_out(cube):
+    def fail(percent, stage):
+        raise LookupError(stage)
+
+    for threads in (1, 2):
+        with pytest.raises(LookupError, match="Pretreatment"):
+            veltrane.Map(cube, meshes.inner_points(50), progress=fail, threads=threads)
+
+
+def test_the_callable_may_compute_itself(cube):
+    inner = []
+
+    def compute(percent, stage):
+        inner.append(veltrane.Map(cube, [[0.5, 0.5, 0.5]], threads=1))
+
+    veltrane.Map(cube, meshes.inner_points(50), progress=compute)
+    assert all(one.inside.all() for one in inner)
+
+
+def test_a_bar_is_shown(cube, capsys):
+    pytest.importorskip("tqdm")
+    veltrane.Map(cube, meshes.inner_points(50), progress=True)
+    assert "100%" in capsys.readouterr().err
+
+
+def test_without_tqdm_nothing_is_shown(cube, capsys, monkeypatch):
+    monkeypatch.setitem(sys.modules, "tqdm.auto", None)
+    veltrane.Map(cube, meshes.inner_points(50), progress=True)
+    assert capsys.readouterr().err == ""
+
+
+def test_anything_else_is_refused(cube):
+    with pytest.raises(veltrane.WrongTypeError):
+        veltrane.Map(cube, meshes.inner_points(50), progress="yes")
+
+
+@pytest.mark.parametrize("threads", [1, 2])
+def test_ctrl_c_ends_the_search(threads):
+    # The signal comes while the search runs: the callable of the first stage sends it, and returns at once.
+    script = f"""
+        import os, signal, sys
+        sys.path.insert(0, {os.path.dirname(__file__)!r})
+        import meshes, veltrane
+        told = []
+        def interrupt(percent, stage):
+            told.append(percent)
+            if len(told) == 2:
+                os.kill(os.getpid(), signal.SIGINT)
+        mesh = veltrane.Mesh(*meshes.tetrahedra(8), "tetra")
+        try:
+            veltrane.Map(mesh, meshes.inner_points(20000), threads={threads}, progress=interrupt)
+        except KeyboardInterrupt:
+            print("interrupted", told[-1] < 100)
+        print(veltrane.Map(mesh, [[0.5, 0.5, 0.5]]).inside.all())
+    """
+    done = subprocess.run(
+        [sys.executable, "-c", textwrap.dedent(script)], capture_output=True, text=True, timeout=300, check=False
+    )
+    assert done.stdout.split() == ["interrupted", "True", "True"], done.stderr
+    assert done.returncode == 0
