@@ -60,12 +60,13 @@ std::optional<OutputFile> openCompanion(const CompanionOption& option, const Mes
     return OutputFile(option.path, inputs);
 }
 
-void writeCompanion(const std::optional<OutputFile>& file,
-                    const std::function<void(const std::filesystem::path&)>& writer)
+void prepareCompanion(const std::optional<OutputFile>& file,
+                      const std::function<void(const std::filesystem::path&)>& writer,
+                      std::vector<PendingOutput>& outputs)
 {
     if (file)
     {
-        file->write(writer);
+        outputs.push_back(file->prepare(writer));
     }
 }
 

@@ -12,6 +12,7 @@
 #include <initializer_list>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace veltrane
 {
@@ -34,9 +35,10 @@ void checkDistinct(std::initializer_list<const CompanionOption*> options);
 /// not be written or is one of the command's other files.
 std::optional<OutputFile> openCompanion(const CompanionOption& option, const MeshPairArguments& files);
 
-/// Writes the file if there is one, as OutputFile does.
-void writeCompanion(const std::optional<OutputFile>& file,
-                    const std::function<void(const std::filesystem::path&)>& writer);
+/// Writes the file, if there is one, as OutputFile::prepare() does, and adds it to the outputs.
+void prepareCompanion(const std::optional<OutputFile>& file,
+                      const std::function<void(const std::filesystem::path&)>& writer,
+                      std::vector<PendingOutput>& outputs);
 
 } // namespace veltrane
 

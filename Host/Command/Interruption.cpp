@@ -1,9 +1,13 @@
 #include "Interruption.h"
 
 #include "Errors.h"
+#include "ExitStatus.h"
+
+#include <unistd.h>
 
 #include <csignal>
 #include <initializer_list>
+#include <string_view>
 
 namespace veltrane
 {
@@ -12,9 +16,17 @@ namespace
 
 volatile std::sig_atomic_t interrupted = 0;
 
-void remember(int)
+/// Of a terminal's signal the second one ends the process, whatever it is at. Does nothing but what may be done at any
+/// moment.
+void remember(int signal)
 {
-    interrupted = 1;
+    if (signal == SIGINT && interrupted == SIGINT)
+    {
+        constexpr std::string_view message = "\nveltrane: cancelled at once\n";
+        [[maybe_unused]] const ssize_t count = ::write(STDERR_FILENO, message.data(), message.size());
+        ::_exit(static_cast<int>(ExitStatus::cancelled));
+    }
+    interrupted = interrupted == SIGINT ? SIGINT : signal;
 }
 
 } // namespace
@@ -32,6 +44,8 @@ void catchInterruptions()
             sigaction(signal, &action, nullptr);
         }
     }
+    // Where it is ignored, the system tells nobody how a process has ended.
+    std::signal(SIGCHLD, SIG_DFL);
 }
 
 bool isInterrupted()

@@ -6,6 +6,7 @@ namespace veltrane
 {
 
 /// From now on SIGINT, SIGTERM and SIGHUP do not end the process but are remembered, unless they are ignored already.
+/// A second SIGINT ends it at once. Processes that end are told of, even if whoever started this one ignored that.
 void catchInterruptions();
 
 bool isInterrupted();

@@ -4,6 +4,7 @@
 #include "Interruption.h"
 #include "MeshFile.h"
 #include "Text.h"
+#include "UniqueWord.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -11,46 +12,22 @@
 #include <cerrno>
 #include <cstring>
 #include <system_error>
+#include <utility>
 
 namespace veltrane
 {
 namespace
 {
 
-/// A file that is there from its construction to the end of its life, unless it is renamed.
-class TemporaryFile
+/// Creates an empty file that was not there.
+void createFile(const std::filesystem::path& path)
 {
-public:
-    explicit TemporaryFile(const std::filesystem::path& path) : path_(path)
+    const FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (!file.isValid())
     {
-        const FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-        if (!file.isValid())
-        {
-            throw CannotWrite(
-                text("cannot create a file in '", path.parent_path().string(), "': ", std::strerror(errno)));
-        }
+        throw CannotWrite(text("cannot create a file in '", path.parent_path().string(), "': ", std::strerror(errno)));
     }
-    ~TemporaryFile()
-    {
-        std::error_code ignored; // it has gone if it was renamed
-        std::filesystem::remove(path_, ignored);
-    }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    void rename(const std::filesystem::path& path) const
-    {
-        std::error_code failure;
-        std::filesystem::rename(path_, path, failure);
-        if (failure)
-        {
-            throw CannotWrite(text("cannot create '", path.string(), "': ", failure.message()));
-        }
-    }
-
-private:
-    std::filesystem::path path_;
-};
+}
 
 std::filesystem::file_type typeOf(const std::filesystem::path& path)
 {
@@ -100,6 +77,45 @@ void checkExisting(const std::filesystem::path& path, std::span<const std::files
 
 } // namespace
 
+PendingOutput::PendingOutput(std::filesystem::path temporaryPath, std::filesystem::path path)
+    : temporaryPath_(std::move(temporaryPath)), path_(std::move(path))
+{
+    createFile(temporaryPath_);
+}
+
+PendingOutput::~PendingOutput()
+{
+    if (!temporaryPath_.empty())
+    {
+        std::error_code ignored; // there is nobody to tell
+        std::filesystem::remove(temporaryPath_, ignored);
+    }
+}
+
+PendingOutput::PendingOutput(PendingOutput&& other) noexcept
+    : temporaryPath_(std::exchange(other.temporaryPath_, {})), path_(std::move(other.path_))
+{
+}
+
+void PendingOutput::publish()
+{
+    std::error_code failure;
+    std::filesystem::rename(temporaryPath_, path_, failure);
+    if (failure)
+    {
+        throw CannotWrite(text("cannot create '", path_.string(), "': ", failure.message()));
+    }
+    temporaryPath_.clear();
+}
+
+void publishAll(std::vector<PendingOutput>& outputs)
+{
+    for (PendingOutput& output : outputs)
+    {
+        output.publish();
+    }
+}
+
 OutputFile::OutputFile(const std::filesystem::path& path, std::span<const std::filesystem::path> inputs)
     : givenPath_(path), inputs_(inputs.begin(), inputs.end())
 {
@@ -117,10 +133,14 @@ OutputFile::OutputFile(const std::filesystem::path& path, std::span<const std::f
     {
         throw CannotWrite(text("cannot create '", path.string(), "': ", error.code().message()));
     }
-    // Of the same ending, which tells writers the format.
-    temporaryPath_ =
-        path_.parent_path() / text(".", path_.stem().string(), ".", ::getpid(), ".part", path_.extension().string());
-    const TemporaryFile trial(temporaryPath_);
+    const PendingOutput trial(temporaryPath(), path_);
+}
+
+/// Of the same ending, which tells writers the format.
+std::filesystem::path OutputFile::temporaryPath() const
+{
+    return path_.parent_path() /
+           text(".", path_.stem().string(), ".", uniqueWord(), ".part", path_.extension().string());
 }
 
 bool OutputFile::isInput(const std::filesystem::path& path) const
@@ -128,15 +148,16 @@ bool OutputFile::isInput(const std::filesystem::path& path) const
     return findInput(path, inputs_) != nullptr;
 }
 
-void OutputFile::write(const std::function<void(const std::filesystem::path&)>& writer) const
+PendingOutput OutputFile::prepare(const std::function<void(const std::filesystem::path&)>& writer) const
 {
     throwIfInterrupted();
-    const TemporaryFile file(temporaryPath_);
+    const std::filesystem::path temporary = temporaryPath();
+    PendingOutput output(temporary, path_);
     std::error_code ignored; // a new output has no permissions to take over
     const std::filesystem::file_status replaced = std::filesystem::status(path_, ignored);
     try
     {
-        writer(temporaryPath_);
+        writer(temporary);
     }
     catch (const CannotWrite& reason)
     {
@@ -145,9 +166,14 @@ void OutputFile::write(const std::function<void(const std::filesystem::path&)>& 
     throwIfInterrupted();
     if (std::filesystem::exists(replaced))
     {
-        std::filesystem::permissions(temporaryPath_, replaced.permissions(), ignored);
+        std::filesystem::permissions(temporary, replaced.permissions(), ignored);
     }
-    file.rename(path_);
+    return output;
+}
+
+void OutputFile::write(const std::function<void(const std::filesystem::path&)>& writer) const
+{
+    prepare(writer).publish();
 }
 
 } // namespace veltrane

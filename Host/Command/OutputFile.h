@@ -10,6 +10,23 @@
 namespace veltrane
 {
 
+/// An output that is complete and does not have its name yet; gone at the end of its life unless it gets it.
+class PendingOutput
+{
+public:
+    PendingOutput(std::filesystem::path temporaryPath, std::filesystem::path path);
+    ~PendingOutput();
+    PendingOutput(PendingOutput&& other) noexcept;
+    PendingOutput& operator=(PendingOutput&&) = delete;
+
+    /// Throws CannotWrite.
+    void publish();
+
+private:
+    std::filesystem::path temporaryPath_; ///< empty if there is nothing to be removed any more
+    std::filesystem::path path_;
+};
+
 /// A file to be written at the end of the work, checked at its beginning.
 class OutputFile
 {
@@ -19,17 +36,24 @@ public:
 
     bool isInput(const std::filesystem::path& path) const;
 
-    /// Has a temporary file beside the output written, and gives it the output's name. If the writer throws, the
-    /// temporary file is removed and an output of an earlier run stays as it is; of a CannotWrite it need only be the
-    /// reason, the output is named here. Throws Cancelled, with the same effect, if the command has been interrupted.
+    /// Has a temporary file beside the output written. If the writer throws, it is removed; of a CannotWrite it need
+    /// only be the reason, the output is named here. Throws Cancelled, with the same effect, if the command has been
+    /// interrupted.
+    PendingOutput prepare(const std::function<void(const std::filesystem::path&)>& writer) const;
+
+    /// The same, and gives it the output's name. Until then an output of an earlier run stays as it is.
     void write(const std::function<void(const std::filesystem::path&)>& writer) const;
 
 private:
+    std::filesystem::path temporaryPath() const;
+
     std::filesystem::path givenPath_;
     std::filesystem::path path_; ///< absolute, with links resolved
-    std::filesystem::path temporaryPath_;
     std::vector<std::filesystem::path> inputs_;
 };
+
+/// Gives all of them their names. Throws CannotWrite.
+void publishAll(std::vector<PendingOutput>& outputs);
 
 } // namespace veltrane
 

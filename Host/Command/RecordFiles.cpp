@@ -39,16 +39,20 @@ void RecordFiles::checkFields(std::span<const Field> sourceFields, const std::st
     }
 }
 
-void RecordFiles::write(const TransferRecord& record, ProgressBar& progress) const
+void RecordFiles::prepare(const TransferRecord& record, ProgressBar& progress,
+                          std::vector<PendingOutput>& outputs) const
 {
     if (picture_)
     {
         progress.beginStage("drawing picture");
-        writeCompanion(picture_, [&](const std::filesystem::path& path) { drawPicture(record, path); });
+        prepareCompanion(
+            picture_, [&](const std::filesystem::path& path) { drawPicture(record, path); }, outputs);
     }
     progress.finish();
-    writeCompanion(report_, [&](const std::filesystem::path& path) { writeReport(record, path); });
-    writeCompanion(log_, [&](const std::filesystem::path& path) { writeLog(record.result, path); });
+    prepareCompanion(
+        report_, [&](const std::filesystem::path& path) { writeReport(record, path); }, outputs);
+    prepareCompanion(
+        log_, [&](const std::filesystem::path& path) { writeLog(record.result, path); }, outputs);
 }
 
 } // namespace veltrane

@@ -12,6 +12,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace veltrane
 {
@@ -39,8 +40,9 @@ public:
     /// Throws BadFile if a picture is wanted and these fields of the source cannot be drawn.
     void checkFields(std::span<const Field> sourceFields, const std::string& sourceName) const;
 
-    /// Draws the picture, ends the last stage, and writes the others. Throws CannotWrite or Cancelled.
-    void write(const TransferRecord& record, ProgressBar& progress) const;
+    /// Draws the picture, ends the last stage, and writes the others; adds them to the outputs, which do not have their
+    /// names yet. Throws CannotWrite or Cancelled.
+    void prepare(const TransferRecord& record, ProgressBar& progress, std::vector<PendingOutput>& outputs) const;
 
 private:
     std::optional<OutputFile> report_;

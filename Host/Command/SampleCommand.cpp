@@ -10,6 +10,7 @@
 
 #include <filesystem>
 #include <iostream>
+#include <vector>
 
 namespace veltrane
 {
@@ -128,11 +129,13 @@ ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files, MapCache& ma
                            "--outside default gives such points the default value", sourceBox, pointBox);
     progress.beginStage("writing output");
     const IntegerArray mask = validPointMask(result.origins);
-    output.write([&](const std::filesystem::path& path)
-                 { points.writeWith(result.fields, mask.name, mask.values, path); });
+    std::vector<PendingOutput> outputs;
+    outputs.push_back(output.prepare([&](const std::filesystem::path& path)
+                                     { points.writeWith(result.fields, mask.name, mask.values, path); }));
 
     const TransferRecord record{source, fields, &points, result, options, progress.times()};
-    recordFiles.write(record, progress);
+    recordFiles.prepare(record, progress, outputs);
+    publishAll(outputs); // all of them are complete
     if (!files.quiet)
     {
         printSummary(std::cout, record);

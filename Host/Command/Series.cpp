@@ -1,5 +1,6 @@
 #include "Series.h"
 
+#include "ChildProcesses.h"
 #include "EarlierParts.h"
 #include "Errors.h"
 #include "Failures.h"
@@ -8,24 +9,14 @@
 #include "ProgressBar.h"
 #include "Report.h"
 #include "Text.h"
-
-#include <sys/wait.h>
-#include <unistd.h>
+#include "UniqueWord.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
-#include <chrono>
-#include <csignal>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <iostream>
 #include <iterator>
-#include <set>
 #include <sstream>
 #include <system_error>
-#include <thread>
 
 namespace veltrane
 {
@@ -37,7 +28,7 @@ class PartDirectory
 {
 public:
     explicit PartDirectory(const std::filesystem::path& collection)
-        : path_(collection.parent_path() / text(".", collection.stem().string(), ".", ::getpid(), ".parts"))
+        : path_(collection.parent_path() / text(".", collection.stem().string(), ".", uniqueWord(), ".parts"))
     {
         std::error_code failure;
         if (!std::filesystem::create_directory(path_, failure))
@@ -57,91 +48,6 @@ public:
 
 private:
     std::filesystem::path path_;
-};
-
-bool isFailure(ExitStatus status)
-{
-    return status != ExitStatus::done && status != ExitStatus::propagationWarning;
-}
-
-ExitStatus worse(ExitStatus first, ExitStatus second)
-{
-    return first == ExitStatus::done || isFailure(second) ? second : first;
-}
-
-/// The processes that are at work.
-class Workers
-{
-public:
-    void start(const std::function<ExitStatus()>& work)
-    {
-        std::cout.flush();
-        std::fflush(nullptr);
-        const pid_t process = ::fork();
-        if (process < 0)
-        {
-            throw Error(text("cannot start a process: ", std::generic_category().message(errno)));
-        }
-        if (process == 0)
-        {
-            const ExitStatus status = work();
-            std::fflush(nullptr);
-            std::_Exit(static_cast<int>(status));
-        }
-        processes_.insert(process);
-    }
-
-    /// Until one of them has ended. If one has failed, or all is to be cancelled, the others end, too.
-    /// `meanwhile` is called again and again.
-    void wait(const std::function<void()>& meanwhile)
-    {
-        constexpr std::chrono::milliseconds pause(10);
-        const std::size_t before = processes_.size();
-        while (processes_.size() == before)
-        {
-            if (isInterrupted() || isFailure(outcome_))
-            {
-                std::ranges::for_each(processes_, [](pid_t process) { ::kill(process, SIGTERM); });
-            }
-            collect();
-            if (processes_.size() == before)
-            {
-                meanwhile();
-                std::this_thread::sleep_for(pause);
-            }
-        }
-    }
-
-    int count() const { return static_cast<int>(processes_.size()); }
-
-    /// The worst of those that have ended.
-    ExitStatus outcome() const { return outcome_; }
-
-private:
-    void collect()
-    {
-        int status = 0;
-        const pid_t process = ::waitpid(-1, &status, WNOHANG);
-        if (process <= 0)
-        {
-            return;
-        }
-        processes_.erase(process);
-        const bool isOver = isFailure(outcome_); // what the others say then is but that they were stopped
-        if (!isOver && !WIFEXITED(status) && !isInterrupted())
-        {
-            std::cerr << text(
-                "veltrane: the process of a step has been ended by a signal: ", ::strsignal(WTERMSIG(status)), "\n");
-        }
-        if (!isOver)
-        {
-            outcome_ =
-                worse(outcome_, WIFEXITED(status) ? static_cast<ExitStatus>(WEXITSTATUS(status)) : ExitStatus::failed);
-        }
-    }
-
-    std::set<pid_t> processes_;
-    ExitStatus outcome_ = ExitStatus::done;
 };
 
 /// Gives the parts their place. Files of an earlier run are replaced.
@@ -288,7 +194,7 @@ ExitStatus runSeries(const std::vector<Step>& steps, int jobs, const std::filesy
     checkParts(steps, collection, partEnding, output);
     const PartDirectory parts(collection);
     std::vector<Step> written;
-    Workers workers;
+    ChildProcesses workers;
     {
         ProgressBar progress(!isQuiet);
         const auto partOf = [&](std::size_t i) { return parts.path() / partName(collection, i, partEnding); };

@@ -10,6 +10,7 @@
 
 #include <filesystem>
 #include <iostream>
+#include <vector>
 
 namespace veltrane
 {
@@ -108,10 +109,13 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
     {
         arrays.push_back(validPointMask(result.origins));
     }
-    output.write([&](const std::filesystem::path& path) { target.writeWith(result.fields, arrays, path); });
+    std::vector<PendingOutput> outputs;
+    outputs.push_back(
+        output.prepare([&](const std::filesystem::path& path) { target.writeWith(result.fields, arrays, path); }));
 
     const TransferRecord record{source, fields, &target, result, options, progress.times()};
-    recordFiles.write(record, progress);
+    recordFiles.prepare(record, progress, outputs);
+    publishAll(outputs); // all of them are complete
     if (!files.quiet)
     {
         printSummary(std::cout, record);

@@ -88,18 +88,29 @@ void CommandRunner::becomeCommand(const std::vector<std::string>& arguments) con
 
 CommandResult CommandRunner::run(const std::vector<std::string>& arguments, std::optional<rlim_t> maxFileSize) const
 {
+    return runPrepared(
+        [&]
+        {
+            if (maxFileSize)
+            {
+                const rlimit limit{*maxFileSize, *maxFileSize};
+                ::setrlimit(RLIMIT_FSIZE, &limit);
+                ::signal(SIGXFSZ, SIG_IGN); // the failure is to come from the write itself
+            }
+        },
+        arguments);
+}
+
+CommandResult CommandRunner::runPrepared(const std::function<void()>& prepare,
+                                         const std::vector<std::string>& arguments) const
+{
     const TemporaryDirectory streams;
     const pid_t process = ::fork();
     if (process == 0)
     {
         redirect(STDOUT_FILENO, streams / "output");
         redirect(STDERR_FILENO, streams / "errors");
-        if (maxFileSize)
-        {
-            const rlimit limit{*maxFileSize, *maxFileSize};
-            ::setrlimit(RLIMIT_FSIZE, &limit);
-            ::signal(SIGXFSZ, SIG_IGN); // the failure is to come from the write itself
-        }
+        prepare();
         becomeCommand(arguments);
     }
     const int status = statusOf(process);
@@ -107,7 +118,7 @@ CommandResult CommandRunner::run(const std::vector<std::string>& arguments, std:
 }
 
 CommandResult CommandRunner::runAndInterrupt(const std::vector<std::string>& arguments, int signal,
-                                             const std::string& awaited) const
+                                             const std::string& awaited, int times) const
 {
     const TemporaryDirectory streams;
     const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
@@ -129,7 +140,11 @@ CommandResult CommandRunner::runAndInterrupt(const std::vector<std::string>& arg
     {
         more = readSome(terminal);
     }
-    ::kill(process, signal);
+    for (int i = 0; i < times; ++i)
+    {
+        ::usleep(i == 0 ? 0 : 20000); // signals of one sort that wait at the same time are one
+        ::kill(process, signal);
+    }
     for (std::string more = readSome(terminal); !more.empty(); more = readSome(terminal))
     {
         errors += more;

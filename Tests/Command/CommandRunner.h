@@ -6,6 +6,7 @@
 
 #include <sys/resource.h>
 
+#include <functional>
 #include <optional>
 #include <set>
 #include <string>
@@ -26,10 +27,13 @@ public:
     /// \param maxFileSize  writing more bytes than that into a file fails
     CommandResult run(const std::vector<std::string>& arguments, std::optional<rlim_t> maxFileSize = {}) const;
 
-    /// Runs the command with a terminal as standard error and sends it a signal as soon as it has written a text there;
-    /// `errors` is what came before and after.
-    CommandResult runAndInterrupt(const std::vector<std::string>& arguments, int signal,
-                                  const std::string& awaited) const;
+    /// \param prepare  is called in the process that becomes the command
+    CommandResult runPrepared(const std::function<void()>& prepare, const std::vector<std::string>& arguments) const;
+
+    /// Runs the command with a terminal as standard error and sends it a signal as soon as it has written a text there,
+    /// and again as often as told; `errors` is what came before and after.
+    CommandResult runAndInterrupt(const std::vector<std::string>& arguments, int signal, const std::string& awaited,
+                                  int times = 1) const;
 
     const TemporaryDirectory& directory() const { return directory_; }
     std::filesystem::path file(const std::string& name) const { return directory_ / name; }
