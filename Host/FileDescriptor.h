@@ -32,6 +32,9 @@ public:
     bool isValid() const { return descriptor_ >= 0; }
     int get() const { return descriptor_; }
 
+    /// Lets go of it: closing it is up to the caller.
+    int release() { return std::exchange(descriptor_, -1); }
+
 private:
     int descriptor_ = -1;
 };

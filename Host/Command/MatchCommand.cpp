@@ -158,6 +158,7 @@ ExitStatus run(const Sort& sort, const MeshPairArguments& files)
     {
         throw InvalidOption(text("--replace has an effect only on an output named ", meshOutputEndings));
     }
+    files.checkCompression();
 
     const OutputFile output = files.openOutput();
     ProgressBar progress(!files.quiet);
@@ -195,7 +196,7 @@ ExitStatus run(const Sort& sort, const MeshPairArguments& files)
             }
             else
             {
-                target.writeWith({}, table.arrays, path);
+                target.writeWith({}, table.arrays, path, files.writing());
             }
         });
     progress.finish();
@@ -258,6 +259,7 @@ void MatchCommand::addOptions(Request& request, std::string_view points, const s
     request.files.addSkipUnsupported(command);
     request.files.addReplace(command, "let the numbers found replace the target's arrays of the same names");
     request.files.addThreads(command);
+    request.files.addCompression(command);
     request.files.addQuiet(command, "print no result line and no progress");
 }
 

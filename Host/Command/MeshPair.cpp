@@ -1,6 +1,7 @@
 #include "MeshPair.h"
 
 #include "ElementChecks.h"
+#include "FileFormat.h"
 #include "Interruption.h"
 #include "Report.h"
 #include "Text.h"
@@ -72,9 +73,39 @@ void MeshPairArguments::addThreads(CLI::App& command)
 {
     command
         .add_option("--threads", threads,
-                    "threads for the computation (0: all cores that may be\nused); results do not depend on it")
+                    "threads for the computation and the output (0: all cores\n"
+                    "that may be used); results do not depend on it")
         ->type_name("N")
         ->check(CLI::Range(0, 1024));
+}
+
+void MeshPairArguments::addCompression(CLI::App& command)
+{
+    command
+        .add_option("--compression", compression,
+                    "how the arrays of a .vtu or .vtp output are compressed:\n"
+                    "none: not at all,\n"
+                    "fast: quickly,\n"
+                    "small: to some percent less, in several times the time\n(fast)")
+        ->check(CLI::IsMember({"none", "fast", "small"}))
+        ->type_name("HOW");
+}
+
+FileWriting MeshPairArguments::writing() const
+{
+    return {.compression = compression == "none"    ? Compression::none
+                           : compression == "small" ? Compression::small
+                                                    : Compression::fast,
+            .threads = threads};
+}
+
+void MeshPairArguments::checkCompression() const
+{
+    const std::optional<FileFormat> format = formatOf(output);
+    if (!compression.empty() && (format == FileFormat::table || format == FileFormat::legacyUnstructuredGrid))
+    {
+        throw InvalidOption(text("--compression has no effect on the output '", output, "', only on .vtu and .vtp"));
+    }
 }
 
 void MeshPairArguments::addQuiet(CLI::App& command, const std::string& help)

@@ -75,7 +75,8 @@ struct MeshPairArguments
     bool skipUnsupported = false;
     bool replace = false;
     bool quiet = false;
-    int threads = 0; ///< 0: all cores that the process may use
+    int threads = 0;           ///< 0: all cores that the process may use
+    std::string compression{}; ///< empty if the option is not given
 
     void addFiles(CLI::App& command, const std::string& sourceHelp, const std::string& targetHelp,
                   const std::string& outputHelp, const std::string& targetName = "TARGET");
@@ -84,9 +85,16 @@ struct MeshPairArguments
     void addReplace(CLI::App& command, const std::string& help);
     void addQuiet(CLI::App& command, const std::string& help);
     void addThreads(CLI::App& command);
+    void addCompression(CLI::App& command);
 
     /// Throws CannotWrite if it could not be written.
     OutputFile openOutput() const;
+
+    /// How the output is to be written.
+    FileWriting writing() const;
+
+    /// Throws InvalidOption if the output is of a format that --compression has no effect on.
+    void checkCompression() const;
 
     /// Throw NoInput or BadFile, and Cancelled if the command was interrupted meanwhile. Warn of cells left out on
     /// request.

@@ -62,6 +62,7 @@ SampleCommand::SampleCommand(CLI::App& app)
     recordFiles_.addTo(*command_,
                        "the source and show the points as they\nare seen from across it, with those outside");
     files_.addThreads(*command_);
+    files_.addCompression(*command_);
     files_.addQuiet(*command_, "print no summary and no progress");
     command_->footer(
         text("Example:\n"
@@ -83,6 +84,7 @@ void SampleCommand::checkOutput(bool isCollection) const
     {
         throw InvalidOption(text("the output '", files_.output, "' is not named ", pointOutputEndings));
     }
+    files_.checkCompression();
 }
 
 ExitStatus SampleCommand::run() const
@@ -130,8 +132,9 @@ ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files, MapCache& ma
     progress.beginStage("writing output");
     const IntegerArray mask = validPointMask(result.origins);
     std::vector<PendingOutput> outputs;
-    outputs.push_back(output.prepare([&](const std::filesystem::path& path)
-                                     { points.writeWith(result.fields, mask.name, mask.values, path); }));
+    outputs.push_back(
+        output.prepare([&](const std::filesystem::path& path)
+                       { points.writeWith(result.fields, mask.name, mask.values, path, files.writing()); }));
 
     const TransferRecord record{source, fields, &points, result, options, progress.times()};
     recordFiles.prepare(record, progress, outputs);

@@ -29,6 +29,7 @@ TransferCommand::TransferCommand(CLI::App& app)
     files_.addReplace(*command_, "let transferred fields replace the target's arrays of the same names");
     recordFiles_.addTo(*command_, "source and target, with what of the\ntarget is outside");
     files_.addThreads(*command_);
+    files_.addCompression(*command_);
     files_.addQuiet(*command_, "print no summary and no progress");
     command_->footer(
         text("Example:\n"
@@ -55,6 +56,7 @@ void TransferCommand::checkOptions(bool isCollection) const
     {
         recordFiles_.checkNoneGiven();
     }
+    files_.checkCompression();
 }
 
 ExitStatus TransferCommand::run() const
@@ -110,8 +112,8 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
         arrays.push_back(validPointMask(result.origins));
     }
     std::vector<PendingOutput> outputs;
-    outputs.push_back(
-        output.prepare([&](const std::filesystem::path& path) { target.writeWith(result.fields, arrays, path); }));
+    outputs.push_back(output.prepare([&](const std::filesystem::path& path)
+                                     { target.writeWith(result.fields, arrays, path, files.writing()); }));
 
     const TransferRecord record{source, fields, &target, result, options, progress.times()};
     recordFiles.prepare(record, progress, outputs);

@@ -4,6 +4,7 @@
 #include "PointTable.h"
 #include "Text.h"
 #include "VtkMessages.h"
+#include "VtuWriter.h"
 
 #include <vtkCellArray.h>
 #include <vtkCellType.h>
@@ -39,6 +40,22 @@ template <typename Writer> void write(vtkPointSet& dataSet, const std::filesyste
     {
         throw CannotWrite(reason.value_or("VTK gives no reason"));
     }
+}
+
+/// Lets VTK's own writer append raw bytes, too.
+void configure(vtkXMLWriter& writer, Compression compression)
+{
+    constexpr int fastest = 1;
+    constexpr int small = 6;
+    writer.SetDataModeToAppended();
+    writer.EncodeAppendedDataOff();
+    writer.SetHeaderTypeToUInt64();
+    if (compression == Compression::none)
+    {
+        writer.SetCompressorTypeToNone();
+        return;
+    }
+    writer.SetCompressionLevel(compression == Compression::small ? small : fastest);
 }
 
 vtkSmartPointer<vtkCellArray> onePointCells(vtkIdType pointCount)
@@ -82,7 +99,7 @@ template <typename DataSet> vtkSmartPointer<vtkPointSet> as(vtkPointSet& dataSet
 
 } // namespace
 
-void writeDataSet(vtkPointSet& dataSet, const std::filesystem::path& path)
+void writeDataSet(vtkPointSet& dataSet, const std::filesystem::path& path, const FileWriting& writing)
 {
     switch (formatOf(path).value_or(FileFormat::unstructuredGrid))
     {
@@ -90,6 +107,7 @@ void writeDataSet(vtkPointSet& dataSet, const std::filesystem::path& path)
     case FileFormat::polyData:
     {
         vtkNew<vtkXMLPolyDataWriter> writer;
+        configure(*writer, writing.compression);
         write(*as<vtkPolyData>(dataSet), path, *writer);
         return;
     }
@@ -102,8 +120,16 @@ void writeDataSet(vtkPointSet& dataSet, const std::filesystem::path& path)
     }
     default:
     {
+        const vtkSmartPointer<vtkPointSet> cells = as<vtkUnstructuredGrid>(dataSet);
+        auto& grid = *vtkUnstructuredGrid::SafeDownCast(cells);
+        if (canWriteVtu(grid))
+        {
+            writeVtu(grid, path, writing);
+            return;
+        }
         vtkNew<vtkXMLUnstructuredGridWriter> writer;
-        write(*as<vtkUnstructuredGrid>(dataSet), path, *writer);
+        configure(*writer, writing.compression);
+        write(grid, path, *writer);
         return;
     }
     }

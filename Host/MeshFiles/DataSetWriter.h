@@ -2,6 +2,7 @@
 #ifndef VELTRANE_HOST_DATA_SET_WRITER_H
 #define VELTRANE_HOST_DATA_SET_WRITER_H
 
+#include "Compression.h"
 #include "FileErrors.h"
 
 #include <filesystem>
@@ -13,7 +14,7 @@ namespace veltrane
 
 /// Writes cells or points in the format that the file's ending stands for. Points become cells of one point, and cells
 /// are left out, where the format needs it. Throws CannotWrite with nothing but the reason.
-void writeDataSet(vtkPointSet& dataSet, const std::filesystem::path& path);
+void writeDataSet(vtkPointSet& dataSet, const std::filesystem::path& path, const FileWriting& writing = {});
 
 } // namespace veltrane
 

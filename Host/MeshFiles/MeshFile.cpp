@@ -198,7 +198,7 @@ Field MeshFile::field(const std::string& name, const std::string& newName) const
 }
 
 void MeshFile::writeWith(std::span<const Field> fields, std::span<const IntegerArray> arrays,
-                         const std::filesystem::path& path) const
+                         const std::filesystem::path& path, const FileWriting& writing) const
 {
     const vtkSmartPointer<vtkUnstructuredGrid> grid = shallowCopy(*contents_->grid);
     for (const Field& field : fields)
@@ -217,7 +217,7 @@ void MeshFile::writeWith(std::span<const Field> fields, std::span<const IntegerA
         dataOf(*grid, integers.place)
             .AddArray(toArray(integers, isPerPoint ? grid->GetNumberOfPoints() : grid->GetNumberOfCells(), rowOf));
     }
-    writeDataSet(*grid, path);
+    writeDataSet(*grid, path, writing);
 }
 
 } // namespace veltrane

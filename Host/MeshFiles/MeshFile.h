@@ -2,6 +2,7 @@
 #ifndef VELTRANE_HOST_MESH_FILE_H
 #define VELTRANE_HOST_MESH_FILE_H
 
+#include "Compression.h"
 #include "Field.h"
 #include "FieldArrays.h"
 #include "FileErrors.h"
@@ -84,7 +85,7 @@ public:
     /// and these arrays, one of the same name being replaced, in the format that the path's ending stands for. Cells
     /// that are not part of the mesh get 0. Throws CannotWrite with nothing but the reason.
     void writeWith(std::span<const Field> fields, std::span<const IntegerArray> arrays,
-                   const std::filesystem::path& path) const;
+                   const std::filesystem::path& path, const FileWriting& writing = {}) const;
 
 private:
     struct Contents;

@@ -82,7 +82,7 @@ bool PointFile::hasArray(const std::string& name) const
 }
 
 void PointFile::writeWith(std::span<const Field> fields, const std::string& arrayName, std::span<const int> array,
-                          const std::filesystem::path& path) const
+                          const std::filesystem::path& path, const FileWriting& writing) const
 {
     const auto dataSet = vtkSmartPointer<vtkPointSet>::Take(contents_->dataSet->NewInstance());
     dataSet->ShallowCopy(contents_->dataSet);
@@ -95,7 +95,7 @@ void PointFile::writeWith(std::span<const Field> fields, const std::string& arra
     numbers->SetNumberOfValues(static_cast<vtkIdType>(array.size()));
     std::ranges::copy(array, numbers->GetPointer(0));
     dataSet->GetPointData()->AddArray(numbers);
-    writeDataSet(*dataSet, path);
+    writeDataSet(*dataSet, path, writing);
 }
 
 } // namespace veltrane

@@ -1,0 +1,248 @@
+#include "VtuWriter.h"
+
+#include "BlockWriter.h"
+#include "PlacedFile.h"
+#include "Text.h"
+#include "ThreadWorkers.h"
+#include "XmlNumberTypes.h"
+
+#include <vtkCellArray.h>
+#include <vtkCellData.h>
+#include <vtkDataArray.h>
+#include <vtkFieldData.h>
+#include <vtkInformation.h>
+#include <vtkPointData.h>
+#include <vtkPoints.h>
+#include <vtkStringArray.h>
+#include <vtkUnsignedCharArray.h>
+#include <vtkUnstructuredGrid.h>
+
+#include <bit>
+#include <cstring>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace veltrane
+{
+namespace
+{
+
+/// Keys that VTK itself puts beside arrays when it looks for their ranges.
+int rangeKeyCount(vtkInformation& information)
+{
+    return information.Has(vtkDataArray::COMPONENT_RANGE()) + information.Has(vtkDataArray::L2_NORM_RANGE()) +
+           information.Has(vtkDataArray::L2_NORM_FINITE_RANGE());
+}
+
+bool canWrite(vtkAbstractArray* array)
+{
+    if (array == nullptr || (array->HasInformation() &&
+                             array->GetInformation()->GetNumberOfKeys() > rangeKeyCount(*array->GetInformation())))
+    {
+        return false;
+    }
+    return vtkStringArray::SafeDownCast(array) != nullptr ||
+           (vtkDataArray::SafeDownCast(array) != nullptr && array->HasStandardMemoryLayout() &&
+            !xmlNameOf(array->GetDataType()).empty());
+}
+
+bool canWrite(vtkFieldData& data)
+{
+    for (int i = 0; i < data.GetNumberOfArrays(); ++i)
+    {
+        if (!canWrite(data.GetAbstractArray(i)) || data.GetAbstractArray(i)->GetName() == nullptr)
+        {
+            return false;
+        }
+    }
+    return true;
+}
+
+std::string escaped(std::string_view words)
+{
+    std::string result;
+    for (const char letter : words)
+    {
+        switch (letter)
+        {
+        case '&': result += "&amp;"; break;
+        case '<': result += "&lt;"; break;
+        case '>': result += "&gt;"; break;
+        case '"': result += "&quot;"; break;
+        case '\n': result += "&#10;"; break;
+        case '\r': result += "&#13;"; break;
+        case '\t': result += "&#9;"; break;
+        default: result += letter;
+        }
+    }
+    return result;
+}
+
+ArrayBytes memoryOf(vtkDataArray& array, vtkIdType firstValue = 0)
+{
+    const auto valueSize = static_cast<std::size_t>(array.GetDataTypeSize());
+    const auto count = static_cast<std::size_t>(array.GetNumberOfValues() - firstValue);
+    return ArrayBytes({static_cast<const std::byte*>(array.GetVoidPointer(firstValue)), count * valueSize});
+}
+
+/// The strings one after another, each with a 0 at its end.
+ArrayBytes bytesOf(vtkStringArray& strings)
+{
+    auto bytes = std::make_shared<std::string>();
+    for (vtkIdType i = 0; i < strings.GetNumberOfValues(); ++i)
+    {
+        *bytes += strings.GetValue(i);
+        *bytes += '\0';
+    }
+    return {bytes->size(), [bytes](std::uint64_t first, std::span<std::byte> room)
+            { std::memcpy(room.data(), bytes->data() + first, room.size()); }};
+}
+
+/// The text of the file in front of the arrays, and the arrays. Where an array begins is known only when those before
+/// it have been written, so the text keeps room for it.
+class Contents
+{
+public:
+    void add(const std::string& line) { text_ += line + "\n"; }
+
+    void addArray(const std::string& attributes, ArrayBytes bytes)
+    {
+        text_ += text("<DataArray ", attributes, " format=\"appended\" offset=");
+        places_.push_back(text_.size());
+        text_.append(offsetWidth, ' ');
+        text_ += "/>\n";
+        arrays_.push_back(std::move(bytes));
+    }
+
+    void addArray(vtkAbstractArray& array, bool isOfFile)
+    {
+        std::string attributes = text("type=\"", xmlNameOf(array.GetDataType()), "\"");
+        if (array.GetDataType() == VTK_ID_TYPE)
+        {
+            attributes += " IdType=\"1\"";
+        }
+        attributes += text(" Name=\"", escaped(array.GetName()), "\"");
+        if (array.GetNumberOfComponents() > 1)
+        {
+            attributes += text(" NumberOfComponents=\"", array.GetNumberOfComponents(), "\"");
+        }
+        for (int component = 0; component < array.GetNumberOfComponents() && array.HasAComponentName(); ++component)
+        {
+            if (const char* name = array.GetComponentName(component))
+            {
+                attributes += text(" ComponentName", component, "=\"", escaped(name), "\"");
+            }
+        }
+        if (isOfFile)
+        {
+            attributes += text(" NumberOfTuples=\"", array.GetNumberOfTuples(), "\"");
+        }
+        auto* strings = vtkStringArray::SafeDownCast(&array);
+        addArray(attributes, strings != nullptr ? bytesOf(*strings) : memoryOf(*vtkDataArray::SafeDownCast(&array)));
+    }
+
+    void addArrays(vtkFieldData& data, bool areOfFile)
+    {
+        for (int i = 0; i < data.GetNumberOfArrays(); ++i)
+        {
+            addArray(*data.GetAbstractArray(i), areOfFile);
+        }
+    }
+
+    void write(const std::filesystem::path& path, const FileWriting& writing)
+    {
+        ThreadWorkers workers(writing.threads);
+        PlacedFile file(path);
+        BlockWriter blocks(file, writing.compression, workers);
+        text_ += "<AppendedData encoding=\"raw\">\n_";
+        const std::uint64_t begin = text_.size();
+        std::uint64_t place = begin;
+        for (std::size_t i = 0; i < arrays_.size(); ++i)
+        {
+            const std::string offset = text('"', place - begin, '"');
+            text_.replace(places_[i], offset.size(), offset);
+            place = blocks.write(arrays_[i], place);
+        }
+        constexpr std::string_view end = "\n</AppendedData>\n</VTKFile>\n";
+        file.write(std::as_bytes(std::span(end)), place);
+        file.write(std::as_bytes(std::span(text_)), 0);
+        file.close();
+    }
+
+private:
+    static constexpr std::size_t offsetWidth = 22; // of the largest number in quotation marks
+
+    std::string text_;
+    std::vector<std::size_t> places_; ///< of the offsets, one per array
+    std::vector<ArrayBytes> arrays_;
+};
+
+/// Which arrays are the active ones: Scalars="T"
+std::string activeArrays(vtkDataSetAttributes& data)
+{
+    std::string attributes;
+    for (int type = 0; type < vtkDataSetAttributes::NUM_ATTRIBUTES; ++type)
+    {
+        vtkAbstractArray* array = data.GetAbstractAttribute(type);
+        if (array != nullptr)
+        {
+            attributes +=
+                text(' ', vtkDataSetAttributes::GetAttributeTypeAsString(type), "=\"", escaped(array->GetName()), '"');
+        }
+    }
+    return attributes;
+}
+
+void addCells(Contents& contents, vtkUnstructuredGrid& grid)
+{
+    vtkDataArray& connectivity = *grid.GetCells()->GetConnectivityArray();
+    const std::string type = text("type=\"", xmlNameOf(connectivity.GetDataType()), "\" Name=\"");
+    contents.addArray(type + "connectivity\"", memoryOf(connectivity));
+    contents.addArray(type + "offsets\"", memoryOf(*grid.GetCells()->GetOffsetsArray(), 1)); // VTK has a 0 in front
+    contents.addArray("type=\"UInt8\" Name=\"types\"", memoryOf(*grid.GetCellTypesArray()));
+}
+
+} // namespace
+
+bool canWriteVtu(vtkUnstructuredGrid& grid)
+{
+    return grid.GetPoints() != nullptr && canWrite(grid.GetPoints()->GetData()) && grid.GetCells() != nullptr &&
+           grid.GetNumberOfCells() > 0 && grid.GetCellTypesArray() != nullptr && grid.GetFaces() == nullptr &&
+           canWrite(*grid.GetPointData()) && canWrite(*grid.GetCellData()) && canWrite(*grid.GetFieldData());
+}
+
+void writeVtu(vtkUnstructuredGrid& grid, const std::filesystem::path& path, const FileWriting& writing)
+{
+    Contents contents;
+    const bool isCompressed = writing.compression != Compression::none;
+    contents.add("<?xml version=\"1.0\"?>");
+    contents.add(text("<VTKFile type=\"UnstructuredGrid\" version=\"1.0\" byte_order=\"",
+                      std::endian::native == std::endian::little ? "LittleEndian" : "BigEndian",
+                      "\" header_type=\"UInt64\"", isCompressed ? " compressor=\"vtkZLibDataCompressor\"" : "", ">"));
+    contents.add("<UnstructuredGrid>");
+    if (grid.GetFieldData()->GetNumberOfArrays() > 0)
+    {
+        contents.add("<FieldData>");
+        contents.addArrays(*grid.GetFieldData(), true);
+        contents.add("</FieldData>");
+    }
+    contents.add(text("<Piece NumberOfPoints=\"", grid.GetNumberOfPoints(), "\" NumberOfCells=\"",
+                      grid.GetNumberOfCells(), "\">"));
+    contents.add(text("<PointData", activeArrays(*grid.GetPointData()), ">"));
+    contents.addArrays(*grid.GetPointData(), false);
+    contents.add("</PointData>");
+    contents.add(text("<CellData", activeArrays(*grid.GetCellData()), ">"));
+    contents.addArrays(*grid.GetCellData(), false);
+    contents.add("</CellData>");
+    contents.add("<Points>");
+    vtkDataArray& points = *grid.GetPoints()->GetData();
+    contents.addArray(text("type=\"", xmlNameOf(points.GetDataType()), "\" Name=\"Points\" NumberOfComponents=\"3\""),
+                      memoryOf(points));
+    contents.add("</Points>\n<Cells>");
+    addCells(contents, grid);
+    contents.add("</Cells>\n</Piece>\n</UnstructuredGrid>");
+    contents.write(path, writing);
+}
+
+} // namespace veltrane
