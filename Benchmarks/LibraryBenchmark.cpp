@@ -15,6 +15,7 @@
 #include <cstring>
 #include <ctime>
 #include <dlfcn.h>
+#include <filesystem>
 #include <iostream>
 #include <map>
 #include <stdexcept>
@@ -147,9 +148,8 @@ bool compare(const Library& oldLibrary, const Library& newLibrary, const CaseOpt
     table.addRow({transfer.title(), isSame ? "same bits" : "other bits", fixed(ratios[ratios.size() / 2], 3)});
     return isSame;
 }
-} // namespace
 
-int main(int argc, char** argv)
+int run(int argc, char** argv)
 {
     CLI::App app("Two builds of the library side by side");
     std::string oldPath;
@@ -193,4 +193,18 @@ int main(int argc, char** argv)
     }
     table.printMarkdown(std::cout);
     return isGood ? 0 : 1;
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try
+    {
+        return run(argc, argv);
+    }
+    catch (const std::exception& error)
+    {
+        std::cerr << error.what() << '\n';
+        return 1;
+    }
 }

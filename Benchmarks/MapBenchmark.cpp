@@ -6,6 +6,7 @@
 // threads the time on the clock: then nothing else should run.
 #include "Map.h"
 #include "Table.h"
+#include "TemporaryDirectory.h"
 #include "TransferCase.h"
 
 #include "Search/Prefetch.h"
@@ -16,7 +17,6 @@
 #include <chrono>
 #include <cmath>
 #include <ctime>
-#include <filesystem>
 #include <functional>
 #include <iostream>
 #include <map>
@@ -98,8 +98,11 @@ public:
 
     veltrane::Map build(int threads) const
     {
-        const veltrane::MapOptions options{
-            .mode = veltrane::OutsideMode::defaultValue, .rules = veltrane::asExported(), .threads = threads};
+        const veltrane::MapOptions options{.mode = veltrane::OutsideMode::defaultValue,
+                                           // As in transfer(), which builds a map for one use.
+                                           .takesChecksums = false,
+                                           .rules = veltrane::asExported(),
+                                           .threads = threads};
         return points_ ? veltrane::Map(source_, *points_, options) : veltrane::Map(source_, *target_, options);
     }
 
@@ -257,9 +260,8 @@ bool measure(const CaseOptions& options, int nbRuns, int threads, Table& table)
     }
     return comparison.isRight();
 }
-} // namespace
 
-int main(int argc, char** argv)
+int run(int argc, char** argv)
 {
     CLI::App app("The map beside the exported call");
     const std::map<std::string, MeshKind> kinds{{"tetrahedra", MeshKind::tetrahedra},
@@ -286,10 +288,7 @@ int main(int argc, char** argv)
         nbElts = 2000;
         nbRuns = 1;
     }
-    // The library leaves its log in the current directory.
-    const std::filesystem::path directory = std::filesystem::temp_directory_path() / "veltrane-map-benchmark";
-    std::filesystem::create_directories(directory);
-    std::filesystem::current_path(directory);
+    const WorkingDirectory directory; // where the library leaves its log
     Table table({"case", "exported call, s", "map and apply / exported", "exported / apply", "20 exported / 20 steps",
                  "apply / bare loop", "map, 1 thread / N", "apply, 1 thread / N"},
                 1);
@@ -307,7 +306,19 @@ int main(int argc, char** argv)
         }
     }
     table.printMarkdown(std::cout);
-    std::filesystem::current_path("/");
-    std::filesystem::remove_all(directory);
     return isGood ? 0 : 1;
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try
+    {
+        return run(argc, argv);
+    }
+    catch (const std::exception& error)
+    {
+        std::cerr << error.what() << '\n';
+        return 1;
+    }
 }

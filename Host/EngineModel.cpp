@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <new>
 
 namespace veltrane
 {
@@ -28,13 +29,15 @@ std::vector<int> stateCodes(const std::vector<Material>& materials)
 
 EngineModel::EngineModel(const Mesh& mesh) : stateCodes_(stateCodes(mesh.materials()))
 {
-    const auto elementCount = static_cast<std::size_t>(mesh.elementCount());
-    nodesPerElement_ = std::make_unique_for_overwrite<const int*[]>(elementCount);
-    typeCodes_ = std::make_unique_for_overwrite<int[]>(elementCount);
-    for (std::size_t element = 0; element < elementCount; ++element)
+    const int elementCount = mesh.elementCount();
+    if (!nodesPerElement_.allocate(elementCount) || !typeCodes_.allocate(elementCount))
     {
-        nodesPerElement_[element] = mesh.nodesOf(static_cast<int>(element)).data();
-        typeCodes_[element] = static_cast<int>(mesh.kinds()[element]);
+        throw std::bad_alloc();
+    }
+    for (int element = 0; element < elementCount; ++element)
+    {
+        nodesPerElement_[element] = mesh.nodesOf(element).data();
+        typeCodes_[element] = static_cast<int>(mesh.kinds()[static_cast<std::size_t>(element)]);
     }
     model_.init(ModelKind::mesh, mesh.elementCount(), mesh.nodeCount(), rowsOfThree(mesh.coordinates()),
                 nodesPerElement_.get(), typeCodes_.get(), static_cast<int>(stateCodes_.size()),

@@ -4,10 +4,10 @@
 
 #include "Mesh.h"
 
+#include "Allocation.h"
 #include "ModelClass.h"
 
 #include <cstddef>
-#include <memory>
 #include <vector>
 
 namespace veltrane
@@ -25,8 +25,8 @@ public:
     const ModelClass& model() const { return model_; }
 
 private:
-    std::unique_ptr<const int*[]> nodesPerElement_;
-    std::unique_ptr<int[]> typeCodes_;
+    OwnedArray<const int*> nodesPerElement_;
+    OwnedArray<int> typeCodes_;
     std::vector<int> stateCodes_;
     ModelClass model_;
 };

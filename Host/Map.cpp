@@ -56,7 +56,8 @@ MapSettings engineSettings(const MapOptions& options)
             .atGaussPoints = options.toGaussPoints,
             .fromGaussPoints = options.fromGaussPoints,
             .nearLimit = options.rules.nearLimit,
-            .tuning = engineTuning(options.tuning)};
+            .tuning = engineTuning(options.tuning),
+            .takesChecksums = options.takesChecksums};
 }
 
 int countOf(std::int64_t count)

@@ -45,6 +45,8 @@ struct MapOptions
     bool toNodes = true;          ///< nodes of the target, or points, receive values
     bool toGaussPoints = false;   ///< Gauss points of the target mesh do
     bool fromGaussPoints = false; ///< fields at Gauss points of the source may be applied
+    /// Of both meshes, for isFrom() and isTo(); they take a few percent of the time.
+    bool takesChecksums = true;
     Rules rules{};
     Tuning tuning{};
     int threads = 1; ///< 0: as many as usableThreadCount() tells
@@ -179,6 +181,7 @@ public:
     std::vector<std::byte> bytes() const;
     static Map fromBytes(std::span<const std::byte> bytes);
     /// Whether the map was built from this mesh, or to this target: positions, elements and state codes are the same.
+    /// False if it was built without checksums.
     bool isFrom(const Mesh& source) const;
     bool isTo(const Mesh& target) const;
     bool isTo(const PointCloud& points) const;

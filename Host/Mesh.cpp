@@ -182,13 +182,6 @@ const ElementKindInfo& Mesh::kindOf(int element) const
     return *findElementKind(data_.kinds[static_cast<std::size_t>(element)]);
 }
 
-std::span<const int> Mesh::nodesOf(int element) const
-{
-    const std::size_t begin = data_.offsets[static_cast<std::size_t>(element)];
-    const std::size_t end = data_.offsets[static_cast<std::size_t>(element) + 1];
-    return std::span(data_.connectivity).subspan(begin, end - begin);
-}
-
 std::span<const float, 3> Mesh::nodePosition(int node) const
 {
     return std::span(data_.coordinates).subspan(static_cast<std::size_t>(node) * 3).first<3>();

@@ -66,7 +66,12 @@ public:
     const std::vector<Material>& materials() const { return data_.materials; }
 
     const ElementKindInfo& kindOf(int element) const;
-    std::span<const int> nodesOf(int element) const;
+    std::span<const int> nodesOf(int element) const
+    {
+        const std::size_t begin = data_.offsets[static_cast<std::size_t>(element)];
+        const std::size_t end = data_.offsets[static_cast<std::size_t>(element) + 1];
+        return std::span(data_.connectivity).subspan(begin, end - begin);
+    }
     std::span<const float, 3> nodePosition(int node) const;
 
     /// An index into materials().

@@ -98,6 +98,7 @@ MapOptions mapOptions(std::span<const Field> sourceFields, const TransferOptions
             .toGaussPoints = isUsed(Location::gaussPoints),
             .fromGaussPoints = std::ranges::any_of(sourceFields, [](const Field& field)
                                                    { return field.location() == Location::gaussPoints; }),
+            .takesChecksums = false,
             .rules = options.rules,
             .tuning = options.tuning,
             .threads = options.threads,

@@ -11,7 +11,9 @@ TransferResult MapCache::carry(const Mesh& source, std::span<const Field> fields
     if (!map_ || !map_->isFrom(source) || !map_->isTo(target))
     {
         map_.reset(); // before the new one takes its memory
-        map_.emplace(source, target, mapOptions(fields, options));
+        MapOptions choices = mapOptions(fields, options);
+        choices.takesChecksums = true; // by which the next step tells whether it can use the map
+        map_.emplace(source, target, choices);
     }
     return transferWith(*map_, fields, options);
 }

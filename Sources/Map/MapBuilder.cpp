@@ -263,7 +263,7 @@ bool MapBuilder::assignMaterials()
         return false;
     }
     itsTarget.nodes = {itsMatlIds.get(), itsMatlStates.get(), itsMappingFlags.get()};
-    assignMaterialsToNodes(itsTarget.model, itsTarget.matlMappingFlags, itsTarget.nodes, &itsWorkers);
+    assignMaterialsToNodes(itsTarget.model, itsTarget.matlMappingFlags, itsTarget.nodes, itsWorkers);
     return true;
 }
 
@@ -705,14 +705,19 @@ void MapBuilder::computeWeights(std::int64_t row)
         return;
     }
     const int elt = itsTable.elements[row];
-    ShapeValues shape = shapeValuesAt(itsSource, {.elt = elt, .referenceCoords = itsTable.referenceCoords[row]});
-    if (itsTable.finding(row) == Finding::near)
-    {
-        normaliseNearMiss(shape);
-    }
+    const int* nodes = itsSource.itsConnectivity[elt];
     const std::int64_t first = itsTable.firstWeights[row];
-    std::copy_n(itsSource.itsConnectivity[elt], shape.nbNodes, itsTable.nodes.get() + first);
-    std::copy_n(shape.values, shape.nbNodes, itsTable.weights.get() + first);
+    visitElementKind(itsSource.itsEltTypes[elt],
+                     [&]<class Kind>(Kind)
+                     {
+                         auto values = shapeFunctionsAt<Kind>(itsTable.referenceCoords[row]);
+                         if (itsTable.finding(row) == Finding::near)
+                         {
+                             normaliseNearMiss(values);
+                         }
+                         std::copy_n(nodes, values.size(), itsTable.nodes.get() + first);
+                         std::copy_n(values.data(), values.size(), itsTable.weights.get() + first);
+                     });
 }
 
 bool MapBuilder::listSingularElements()

@@ -8,37 +8,51 @@ namespace
 constexpr int notAssigned = -1;
 constexpr Stage materialStage{"Pretreatment", 2, 3};
 
-/// Where all elements say the same it does not matter which one is the first.
+/// Where all elements say the same it does not matter which one is the first; it is enough to know which nodes are part
+/// of any. `isPart` has room for a mark per node.
 void assignOneMaterial(const ModelClass& mesh, const int* matlMappingFlags, const NodeMaterials& tables,
-                       Workers& workers)
+                       Workers& workers, unsigned char* isPart)
 {
+    std::fill_n(isPart, mesh.itsNbNodes, static_cast<unsigned char>(0));
     const auto visitElt = [&](std::int64_t elt)
     {
+        const int* nodes = mesh.itsConnectivity[elt];
         const int nbNodes = mesh.nbNodesOfElt(static_cast<int>(elt));
         for (int i = 0; i < nbNodes; ++i)
         {
-            const std::atomic_ref matlId(tables.matlIds[mesh.itsConnectivity[elt][i]]);
-            if (matlId.load(std::memory_order_relaxed) == notAssigned)
+            // Workers would take each other's memory away if they wrote what stands there already.
+            const std::atomic_ref mark(isPart[nodes[i]]);
+            if (mark.load(std::memory_order_relaxed) == 0)
             {
-                matlId.store(0, std::memory_order_relaxed);
+                mark.store(1, std::memory_order_relaxed);
             }
         }
     };
     forEachItem(workers, materialStage, mesh.itsNbElts, visitElt);
     const auto visitNode = [&](std::int64_t node)
     {
-        if (tables.matlIds[node] != notAssigned)
-        {
-            tables.matlStates[node] = mesh.itsMatlStates[0];
-            tables.mappingFlags[node] = matlMappingFlags[0];
-        }
+        const bool isAssigned = isPart[node] != 0;
+        tables.matlIds[node] = isAssigned ? 0 : notAssigned;
+        tables.matlStates[node] = isAssigned ? mesh.itsMatlStates[0] : notAssigned;
+        tables.mappingFlags[node] = isAssigned ? matlMappingFlags[0] : 0;
     };
     forEachItem(workers, materialStage, mesh.itsNbNodes, visitNode);
 }
 } // namespace
 
 void assignMaterialsToNodes(const ModelClass& mesh, const int* matlMappingFlags, const NodeMaterials& tables,
-                            Workers* workers)
+                            Workers& workers)
+{
+    OwnedArray<unsigned char> isPart;
+    if (mesh.itsNbMatls == 1 && isPart.allocate(mesh.itsNbNodes))
+    {
+        assignOneMaterial(mesh, matlMappingFlags, tables, workers, isPart.get());
+        return;
+    }
+    assignMaterialsToNodes(mesh, matlMappingFlags, tables);
+}
+
+void assignMaterialsToNodes(const ModelClass& mesh, const int* matlMappingFlags, const NodeMaterials& tables)
 {
     std::fill_n(tables.matlStates, mesh.itsNbNodes, notAssigned);
     if (tables.matlIds != nullptr)
@@ -48,12 +62,6 @@ void assignMaterialsToNodes(const ModelClass& mesh, const int* matlMappingFlags,
     if (tables.mappingFlags != nullptr)
     {
         std::fill_n(tables.mappingFlags, mesh.itsNbNodes, 0);
-    }
-    const bool hasAllTables = tables.matlIds != nullptr && tables.mappingFlags != nullptr;
-    if (workers != nullptr && workers->nbWorkers() > 1 && mesh.itsNbMatls == 1 && hasAllTables)
-    {
-        assignOneMaterial(mesh, matlMappingFlags, tables, *workers);
-        return;
     }
     for (int elt = 0; elt < mesh.itsNbElts; ++elt)
     {

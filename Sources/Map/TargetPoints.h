@@ -20,9 +20,11 @@ struct NodeMaterials
 /// Gives every node the material of the first element that reaches it. A material of state -1 leaves the node open to
 /// later elements, since -1 also means not assigned. `matlMappingFlags`, per material, may be null where the table of
 /// flags is.
-/// Where there are workers they may be used.
+void assignMaterialsToNodes(const ModelClass& mesh, const int* matlMappingFlags, const NodeMaterials& tables);
+
+/// The same by workers, with all tables. Takes memory of its own, but does without if there is none.
 void assignMaterialsToNodes(const ModelClass& mesh, const int* matlMappingFlags, const NodeMaterials& tables,
-                            Workers* workers = nullptr);
+                            Workers& workers);
 
 /// The target of a transfer: a mesh, or a cloud, whose points have materials of their own.
 struct Target

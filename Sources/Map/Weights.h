@@ -5,6 +5,8 @@
 #include "../ModelClass.h"
 #include "../Search/PointLocator.h"
 
+#include <span>
+
 /// The weights of an element's nodes at a point.
 struct ShapeValues
 {
@@ -22,25 +24,29 @@ inline ShapeValues shapeValuesAt(const ModelClass& sourceModel, const LocatedPoi
 }
 
 /// Brings the weights of a point outside its element back into [0, 1] with sum 1; false if all are 0 then.
-inline bool normaliseNearMiss(ShapeValues& shape)
+inline bool normaliseNearMiss(std::span<float> weights)
 {
     float sum = 0.0F;
-    for (int i = 0; i < shape.nbNodes; ++i)
+    for (float& weight : weights)
     {
-        float& value = shape.values[i];
-        value = value < 0.0F ? 0.0F : value;
-        value = value > 1.0F ? 1.0F : value;
-        sum += value;
+        weight = weight < 0.0F ? 0.0F : weight;
+        weight = weight > 1.0F ? 1.0F : weight;
+        sum += weight;
     }
     if (sum == 0.0F)
     {
         return false;
     }
-    for (int i = 0; i < shape.nbNodes; ++i)
+    for (float& weight : weights)
     {
-        shape.values[i] /= sum;
+        weight /= sum;
     }
     return true;
+}
+
+inline bool normaliseNearMiss(ShapeValues& shape)
+{
+    return normaliseNearMiss(std::span(shape.values, static_cast<std::size_t>(shape.nbNodes)));
 }
 
 #endif

@@ -101,6 +101,16 @@ TEST_F(StoredMaps, AreTheSameBytesFromAnyNumberOfThreadsAndWhateverStoodInMemory
     }
 }
 
+TEST_F(StoredMaps, WithoutChecksumsKnowNoMeshes)
+{
+    MapOptions options = everything;
+    options.takesChecksums = false;
+    const Map unnamed(source, target, options);
+    expectSame(map, unnamed, source);
+    EXPECT_FALSE(unnamed.isFrom(source));
+    EXPECT_FALSE(unnamed.isTo(target));
+}
+
 TEST_F(StoredMaps, KnowTheMeshesThatTheyWereBuiltFrom)
 {
     EXPECT_TRUE(map.isFrom(source));
