@@ -1,6 +1,7 @@
 #include "Arguments.h"
 #include "Bindings.h"
 #include "CellMesh.h"
+#include "Unnumbered.h"
 
 #include "Map.h"
 
@@ -33,12 +34,6 @@ struct Task
     bool usesMaterials = true;
 };
 
-template <class Model> Model withoutMaterials(Model model)
-{
-    model.setStateCodes(std::vector<int>(model.materials().size(), 0));
-    return model;
-}
-
 const Mesh& modelOf(const CellMesh& mesh)
 {
     return mesh.mesh;
@@ -67,7 +62,7 @@ Map makeMap(const CellMesh& source, const Target& target, const Task& task, cons
     {
         return Map(source.mesh, modelOf(target), options);
     }
-    return Map(withoutMaterials(source.mesh), withoutMaterials(modelOf(target)), options);
+    return Map(Unnumbered(source.mesh).model(), Unnumbered(modelOf(target)).model(), options);
 }
 
 Location locationOf(bool isAtGaussPoints)
@@ -181,6 +176,17 @@ Map fromBytes(const nb::bytes& bytes)
     return Map::fromBytes(content);
 }
 
+// A map that disregards materials was built from models without their numbers.
+bool isFrom(const Map& map, const CellMesh& source)
+{
+    return map.isFrom(source.mesh) || map.isFrom(Unnumbered(source.mesh).model());
+}
+
+template <class Target> bool isTo(const Map& map, const Target& target)
+{
+    return map.isTo(modelOf(target)) || map.isTo(Unnumbered(modelOf(target)).model());
+}
+
 template <class Number> void bindApply(nb::class_<Map>& map)
 {
     map.def("apply", &apply<Number>, nb::arg("values").noconvert(), nb::arg("out").noconvert(), nb::arg("way"));
@@ -240,11 +246,11 @@ void bindMap(nb::module_& module)
         .def("matrix", &matrix)
         .def("save", &Map::save, nb::call_guard<nb::gil_scoped_release>())
         .def_static("load", &Map::load, nb::call_guard<nb::gil_scoped_release>())
-        .def("bytes", &bytesOf)
+        .def("to_bytes", &bytesOf)
         .def_static("from_bytes", &fromBytes)
-        .def("is_from", [](const Map& self, const CellMesh& mesh) { return self.isFrom(mesh.mesh); })
-        .def("is_to", [](const Map& self, const CellMesh& mesh) { return self.isTo(mesh.mesh); })
-        .def("is_to", [](const Map& self, const PointCloud& points) { return self.isTo(points); });
+        .def("is_from", &isFrom, nb::call_guard<nb::gil_scoped_release>())
+        .def("is_to", &isTo<CellMesh>, nb::call_guard<nb::gil_scoped_release>())
+        .def("is_to", &isTo<PointCloud>, nb::call_guard<nb::gil_scoped_release>());
     bindApply<float>(map);
     bindApply<double>(map);
     bindMakeMap<CellMesh>(module);

@@ -1,6 +1,7 @@
 #include "Arguments.h"
 #include "Bindings.h"
 #include "CellMesh.h"
+#include "Unnumbered.h"
 
 #include "Match.h"
 
@@ -23,20 +24,13 @@ MatchOptions optionsOf(std::vector<bool> selection, const Settings& settings, nb
             .progress = progressTo(progress)};
 }
 
-Mesh withoutMaterials(const CellMesh& mesh)
-{
-    Mesh copy = mesh.mesh;
-    copy.setStateCodes(std::vector<int>(copy.materials().size(), 0));
-    return copy;
-}
-
 template <class Matching>
 auto match(const Matching& matching, const CellMesh& source, const CellMesh& target, bool usesMaterials,
            const MatchOptions& options)
 {
     const nb::gil_scoped_release noGil;
     return usesMaterials ? matching(source.mesh, target.mesh, options)
-                         : matching(withoutMaterials(source), withoutMaterials(target), options);
+                         : matching(Unnumbered(source.mesh).model(), Unnumbered(target.mesh).model(), options);
 }
 
 ArrayOut<int> nodes(const CellMesh& source, const CellMesh& target, bool usesMaterials, std::vector<bool> selection,

@@ -139,7 +139,7 @@ void bindMeshes(nb::module_& module)
                  const auto count = static_cast<std::size_t>(mesh.mesh.nodeCount());
                  return arrayOf(mesh.mesh.coordinates(), {count, 3}, static_cast<float*>(nullptr));
              })
-        .def("kind_counts", [](const CellMesh& mesh) { return nb::cast(kindCounts(mesh)); })
+        .def("kind_counts", &kindCounts)
         .def("volumes", &volumesOf, nb::call_guard<nb::gil_scoped_release>());
     nb::class_<PointCloud>(module, "Points").def_prop_ro("point_count", &PointCloud::pointCount);
 

@@ -52,7 +52,7 @@ class CellKind(NamedTuple):
     is_volume: bool  #: others can only receive values
 
 
-def cell_kinds() -> list:
+def cell_kinds() -> list[CellKind]:
     """The types of cells that can be used, as `CellKind`."""
     return [CellKind(*kind) for kind in _core.cell_kinds()]
 

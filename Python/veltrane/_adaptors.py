@@ -65,17 +65,17 @@ class VtkModel:
         except TypeError:  # before VTK 9.6 only the longer name gives them per cell
             return grid.GetCellTypesArray()
 
-    def fields(self) -> dict:
+    def fields(self) -> dict[str, np.ndarray]:
         return self._arrays(self._data.GetPointData())
 
-    def cell_arrays(self) -> dict:
+    def cell_arrays(self) -> dict[str, np.ndarray]:
         return self._arrays(self._data.GetCellData())
 
-    def _arrays(self, data: Any) -> dict:
+    def _arrays(self, data: Any) -> dict[str, np.ndarray]:
         arrays = (data.GetArray(i) for i in range(data.GetNumberOfArrays()))
         return {one.GetName(): self._numpy(one) for one in arrays if one is not None and one.GetName()}
 
-    def with_arrays(self, point_arrays: dict, cell_arrays: Optional[dict] = None) -> Any:
+    def with_arrays(self, point_arrays: dict[str, np.ndarray], cell_arrays: Optional[dict[str, np.ndarray]] = None) -> Any:
         """A copy that shares everything, with further arrays."""
         from vtkmodules.util.numpy_support import numpy_to_vtk
 
@@ -119,13 +119,13 @@ class MeshioModel:
             blocks.append((block.type, data))
         return Cells.of_blocks(blocks)
 
-    def fields(self) -> dict:
+    def fields(self) -> dict[str, np.ndarray]:
         return {name: np.asarray(values) for name, values in self._mesh.point_data.items()}
 
-    def cell_arrays(self) -> dict:
+    def cell_arrays(self) -> dict[str, np.ndarray]:
         return {name: np.concatenate(blocks) for name, blocks in self._mesh.cell_data.items()}
 
-    def with_arrays(self, point_arrays: dict, cell_arrays: Optional[dict] = None) -> Any:
+    def with_arrays(self, point_arrays: dict[str, np.ndarray], cell_arrays: Optional[dict[str, np.ndarray]] = None) -> Any:
         """A copy that shares everything, with further arrays."""
         result = copy.copy(self._mesh)
         result.point_data = {**self._mesh.point_data, **point_arrays}

@@ -1,5 +1,11 @@
 """The exceptions of the package. Each carries one clear sentence."""
 
+from __future__ import annotations
+
+from collections.abc import Iterator
+from contextlib import contextmanager
+from typing import Callable
+
 
 class Error(Exception):
     """What every exception of the package is; itself, of files that cannot be read or written."""
@@ -41,6 +47,17 @@ class SingularElementError(TransferError):
 
 class CancelledError(Error):
     """The progress callback has returned False."""
+
+
+@contextmanager
+def advising(kind: type[Error], reworded: Callable[[str], str]) -> Iterator[None]:
+    """Gives exceptions of just this kind the sentence that is made of their own: what to do, in the package's terms."""
+    try:
+        yield
+    except Error as error:
+        if type(error) is not kind:
+            raise
+        raise kind(reworded(str(error))) from None
 
 
 for _error in list(globals().values()):

@@ -10,7 +10,7 @@ import numpy as np
 
 from . import _core
 from ._arrays import values as values_of
-from ._errors import InvalidDataError, InvalidOptionError, WrongTypeError
+from ._errors import InvalidDataError, InvalidOptionError, OutsideError, WrongTypeError, advising
 from ._meshes import selection
 from ._models import mesh_of, target_of
 from ._progress import Progress, told
@@ -37,8 +37,8 @@ class Statistics(NamedTuple):
     mean_elements_per_used_bucket: float
     interpolated_point_count: int
     mean_iterations: float  #: per interpolated point
-    nodes_near_and_far: Optional[tuple]  #: None where locations cannot be near
-    gauss_points_near_and_far: Optional[tuple]
+    nodes_near_and_far: Optional[tuple[int, int]]  #: None where locations cannot be near
+    gauss_points_near_and_far: Optional[tuple[int, int]]
     unconverged_point_count: int
     singular_element_count: int
 
@@ -126,14 +126,16 @@ class Map:
         task.selection = selection(target_model, only)
         task.uses_materials = source_mesh._materials is not None and target_model._materials is not None
         volumes = source_mesh._as_source()
-        with told(progress) as callback:
+        with told(progress) as callback, advising(
+            OutsideError, lambda sentence: f"{sentence.rstrip('.')}; outside='nan' gives such places not a number"
+        ):
             core = _core.make_map(volumes, target_model._core, task, chosen, callback)
         cells = None if volumes.is_whole else volumes.cells()
         start = math.nan if outside == "nan" else number(default, "default") or 0.0
         self._set(core, start, source_at, target_at, chosen.threads, cells)
 
     def _set(
-        self, core: Any, default: float, source_at: str, target_at: str, threads: int, cells: Optional[np.ndarray]
+        self, core: _core.Map, default: float, source_at: str, target_at: str, threads: int, cells: Optional[np.ndarray]
     ) -> None:
         self._core = core
         self._default = default
@@ -142,7 +144,7 @@ class Map:
         self._state = (default, source_at, target_at, threads, cells)
         self._threads = threads
         self._cells = cells
-        self._kept_places: dict = {}
+        self._kept_places: dict[bool, Places] = {}
         every = core.location_count(False) + core.location_count(True)
         self._fills_first = core.statistics()["interpolated_point_count"] != every
 
@@ -204,7 +206,7 @@ class Map:
             out[...] = result
         return out
 
-    def _apply(self, values: np.ndarray, result: np.ndarray, way: Any) -> None:
+    def _apply(self, values: np.ndarray, result: np.ndarray, way: _core.Way) -> None:
         components = math.prod(values.shape[1:])
         if components <= _MOST_COMPONENTS:
             if components:
@@ -222,7 +224,7 @@ class Map:
 
     def apply_transposed(
         self, values: Any, *, target_at: Optional[str] = None, return_left: bool = False
-    ) -> Union[np.ndarray, tuple]:
+    ) -> Union[np.ndarray, tuple[np.ndarray, Any]]:
         """Distributes what stands at target locations, such as nodal forces, to the source's nodes.
 
         The weights are those of `apply`, so sums are kept up to the rounding of the weights.
@@ -329,7 +331,7 @@ class Map:
         return Statistics(**self._core.statistics())
 
     @property
-    def shape(self) -> tuple:
+    def shape(self) -> tuple[int, int]:
         """Number of target locations and of source locations, as of the matrix."""
         return (self._core.location_count(self._to_gauss_points), self._source_count(self._from_gauss_points))
 
@@ -354,12 +356,12 @@ class Map:
 
     # Keeping
 
-    def save(self, path: Union[str, os.PathLike]) -> None:
+    def save(self, path: Union[str, os.PathLike[str]]) -> None:
         """Writes the map to a file, which the C++ interface can read, too. Raises `Error` if that fails."""
         self._core.save(_path(path))
 
     @classmethod
-    def load(cls, path: Union[str, os.PathLike], *, default: float = math.nan) -> Map:
+    def load(cls, path: Union[str, os.PathLike[str]], *, default: float = math.nan) -> Map:
         """Reads a map back. Raises `Error` if there is no such file, or it is not a whole map of this version.
 
         A file holds no default value: locations without values become not a number, or what `default` says. If cells
@@ -367,12 +369,12 @@ class Map:
         """
         return _restored(_core.Map.load(_path(path)), number(default, "default") or 0.0)
 
-    def __reduce__(self) -> tuple:
-        return _unpickled, (self._core.bytes(), self._state)
+    def __reduce__(self) -> tuple[Any, ...]:
+        return _unpickled, (self._core.to_bytes(), self._state)
 
     # What it tells
 
-    def _counts(self) -> dict:
+    def _counts(self) -> dict[str, int]:
         finding = np.bincount(self.places().finding, minlength=5)
         counts = {
             "inside": finding[_INSIDE],
@@ -383,7 +385,7 @@ class Map:
         }
         return {name: int(count) for name, count in counts.items() if count or name in ("inside", "near", "far")}
 
-    def _sizes(self) -> tuple:
+    def _sizes(self) -> tuple[str, str]:
         def say(count: int, at_gauss_points: bool) -> str:
             return f"{count} {'Gauss points' if at_gauss_points else 'nodes'}"
 
@@ -412,13 +414,13 @@ class Map:
 
     def _way(
         self, source_at: Optional[str], target_at: Optional[str], default: Optional[float], threads: Optional[int]
-    ) -> Any:
+    ) -> _core.Way:
         way = _core.Way()
         way.from_gauss_points = (
             self._from_gauss_points if source_at is None else _is_at_gauss_points(source_at, "source_at")
         )
         way.to_gauss_points = self._target_place(target_at)
-        way.default_value = self._default if default is None else number(default, "default")
+        way.default_value = self._default if default is None else number(default, "default") or 0.0
         way.fills_first = self._fills_first
         way.threads = self._threads if threads is None else whole(threads, "threads", 2**31 - 1)
         return way
@@ -428,7 +430,7 @@ def _is_at_gauss_points(place: Any, name: str) -> bool:
     return choice(place, {"nodes": False, "gauss_points": True}, name)
 
 
-def _check_out(out: Any, shape: tuple, dtype: np.dtype) -> None:
+def _check_out(out: Any, shape: tuple[int, ...], dtype: np.dtype) -> None:
     if not isinstance(out, np.ndarray):
         raise WrongTypeError("out= is no numpy array")
     if out.shape != shape or out.dtype.newbyteorder("=") != dtype:
@@ -447,7 +449,7 @@ def _path(path: Any) -> str:
     return name
 
 
-def _restored(core: Any, default: float) -> Map:
+def _restored(core: _core.Map, default: float) -> Map:
     at_nodes, at_gauss_points = core.location_count(False) > 0, core.location_count(True) > 0
     result = Map.__new__(Map)
     target_at = "nodes" if not at_gauss_points else "both" if at_nodes else "gauss_points"
@@ -455,7 +457,7 @@ def _restored(core: Any, default: float) -> Map:
     return result
 
 
-def _unpickled(content: bytes, state: tuple) -> Map:
+def _unpickled(content: bytes, state: tuple[Any, ...]) -> Map:
     result = Map.__new__(Map)
     result._set(_core.Map.from_bytes(content), *state)
     return result

@@ -8,7 +8,8 @@ import numpy as np
 
 from . import _core
 from ._adaptors import adapted
-from ._meshes import selection
+from ._errors import TransferError, advising
+from ._meshes import Mesh, selection
 from ._models import mesh_of
 from ._progress import Progress, told
 from ._settings import settings
@@ -71,7 +72,7 @@ def match_gauss_points(source: Any, target: Any, **options: Any) -> Any:
     return match if holder is None else holder.with_arrays({}, _cell_arrays(match, target_mesh))
 
 
-def _cell_arrays(match: GaussPointMatch, mesh: Any) -> dict:
+def _cell_arrays(match: GaussPointMatch, mesh: Mesh) -> dict[str, np.ndarray]:
     counts = np.diff(match.offsets)
     element = np.full(mesh.n_cells, -1, dtype=np.int32)
     gauss_point = np.full((mesh.n_cells, max(1, int(counts.max(initial=0)))), -1, dtype=np.int32)
@@ -92,13 +93,15 @@ def _matched(
     skip_unsupported: bool = False,
     progress: Progress = False,
     **search: Any,
-) -> tuple:
+) -> tuple[Any, _core.Mesh, Mesh]:
     chosen = settings(**search)
     source_mesh = mesh_of(source, "source", materials, skip_unsupported)
     target_mesh = mesh_of(target, "target", materials, skip_unsupported)
     uses_materials = source_mesh._materials is not None and target_mesh._materials is not None
     volumes = source_mesh._as_source()
     flags = selection(target_mesh, only)
-    with told(progress) as callback:
+    with told(progress) as callback, advising(
+        TransferError, lambda sentence: sentence.replace("the Mapping option", "the Mapping option (veltrane.transfer)")
+    ):
         result = matching(volumes, target_mesh._core, uses_materials, flags, chosen, callback)
     return result, volumes, target_mesh

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from collections.abc import Mapping
-from typing import Any, Optional
+from typing import Any, Optional, Union
 
 import numpy as np
 
@@ -31,7 +31,7 @@ def type_number(cell_type: Any) -> int:
     return int(integers([cell_type], "cell types")[0])
 
 
-def _joined(arrays: list) -> np.ndarray:
+def _joined(arrays: list[np.ndarray]) -> np.ndarray:
     return arrays[0] if len(arrays) == 1 else np.concatenate(arrays)
 
 
@@ -44,7 +44,7 @@ class Cells:
         self.types = types
 
     @classmethod
-    def of_blocks(cls, blocks: list) -> Cells:
+    def of_blocks(cls, blocks: list[tuple[Any, Any]]) -> Cells:
         """Of pairs of a type, which all cells of a block have, and an array of shape (cells, points of a cell)."""
         parts, sizes, types = [], [], []
         for cell_type, block in blocks:
@@ -84,7 +84,8 @@ class Cells:
             return cls(array.reshape(-1), offsets, types)
         if array.ndim != 1:
             raise InvalidDataError(f"the cells have the shape {array.shape}, not (n,) or (cells, points per cell)")
-        return cls(*_core.split_cells(array), types)
+        connectivity, offsets = _core.split_cells(array)
+        return cls(connectivity, offsets, types)
 
 
 class Mesh:
@@ -139,7 +140,7 @@ class Mesh:
         self._core = _core.make_mesh(
             points, cells.connectivity, cells.offsets, cells.types, index, numbers, bool(skip_unsupported)
         )
-        self._volumes: Any = None
+        self._volumes: Optional[_core.Mesh] = None
 
     @property
     def n_points(self) -> int:
@@ -176,7 +177,7 @@ class Mesh:
         """Where the Gauss points of each element begin among those of the mesh, and the end: int64."""
         return self._core.gauss_point_offsets()
 
-    def _as_source(self) -> Any:
+    def _as_source(self) -> _core.Mesh:
         """What a search works on: volumes alone."""
         if self._volumes is None:
             self._volumes = self._core.volumes() if self._core.has_surfaces else self._core
@@ -221,7 +222,7 @@ class Points:
         return f"<veltrane.Points: {self.n_points} points>"
 
 
-def selection(target: Any, only: Any) -> list:
+def selection(target: Union[Mesh, Points], only: Any) -> list[bool]:
     """Per material of the target whether its locations receive values; empty if all do."""
     if only is None:
         return []
@@ -232,8 +233,3 @@ def selection(target: Any, only: Any) -> list:
     if missing.size:
         raise InvalidDataError(f"the target has no material {missing[0]}")
     return [bool(one) for one in np.isin(target._materials, wanted)]
-
-
-def check_is_mesh(model: Any, what: str) -> None:
-    if not isinstance(model, Mesh):
-        raise WrongTypeError(f"the {what} is no mesh but a {type(model).__name__}")

@@ -11,7 +11,7 @@ from ._errors import InvalidDataError, WrongTypeError
 from ._meshes import Mesh, Points
 
 
-def _material_array(arrays: dict, name: Optional[str], what: str) -> Any:
+def _material_array(arrays: dict[str, np.ndarray], name: Optional[str], what: str) -> Any:
     if name is None:
         return None
     if not isinstance(name, str):
@@ -58,7 +58,7 @@ def target_of(
     if adaptor is None:
         return points_of(model)
     try:
-        holds_nothing = np.all(np.isin(adaptor.cells().types, (0, 1, 2, 3, 4)))
+        holds_nothing = bool(np.all(np.isin(adaptor.cells().types, (0, 1, 2, 3, 4))))
     except InvalidDataError:
         holds_nothing = True
     return points_of(model, materials) if holds_nothing else mesh_of(model, "target", materials, skip_unsupported)

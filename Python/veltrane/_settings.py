@@ -35,7 +35,7 @@ def whole(value: Any, name: str, largest: int) -> int:
     return result
 
 
-def choice(value: Any, choices: dict, name: str) -> Any:
+def choice(value: Any, choices: dict[str, Any], name: str) -> Any:
     if not isinstance(value, str) or value not in choices:
         raise InvalidOptionError(f"{name}={value!r} is none of {', '.join(map(repr, choices))}")
     return choices[value]
@@ -49,7 +49,7 @@ def settings(
     near_limit: Any = None,
     points_near: bool = False,
     as_exported: bool = False,
-) -> Any:
+) -> _core.Settings:
     result = _core.Settings()
     result.threads = whole(threads, "threads", 2**31 - 1)
     result.tolerance = number(tolerance, "tolerance")

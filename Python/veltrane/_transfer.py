@@ -19,7 +19,7 @@ MASK = "vtkValidPointMask"
 class Transferred(NamedTuple):
     """What a transfer gives for a target that cannot hold it."""
 
-    values: Union[np.ndarray, dict]  #: an array, or a dict of them by name
+    values: Union[np.ndarray, dict[str, np.ndarray]]  #: an array, or a dict of them by name
     mask: np.ndarray  #: per target location 1 a cell, 2 neighbours, -1 the default value, 0 none: int8
 
 
@@ -76,14 +76,14 @@ def sample(source: Any, points: Any, fields: Any = None, *, replace: bool = Fals
     return _carried(source, points, cloud, fields, replace, options)
 
 
-def _carried(source: Any, target: Any, target_model: Any, fields: Any, replace: bool, options: dict) -> Any:
+def _carried(source: Any, target: Any, target_model: Any, fields: Any, replace: bool, options: dict[str, Any]) -> Any:
     if options.get("target_at", "nodes") != "nodes" or options.get("source_at", "nodes") != "nodes":
         raise InvalidOptionError("values at Gauss points are carried by veltrane.Map")
+    source_mesh = mesh_of(source, "source", options.get("materials"), options.get("skip_unsupported", False))
     result_holder = adapted(target)
     chosen = _chosen(fields, adapted(source))
     if result_holder is not None and not replace:
         _check_new(chosen, result_holder.fields())
-    source_mesh = mesh_of(source, "source", options.get("materials"), options.get("skip_unsupported", False))
     for name, values in chosen.items():
         if len(values) != source_mesh.n_points:
             raise InvalidDataError(
@@ -97,7 +97,7 @@ def _carried(source: Any, target: Any, target_model: Any, fields: Any, replace: 
     return Transferred(next(iter(results.values())) if is_single else results, the_map.mask)
 
 
-def _check_new(names: Any, existing: dict) -> None:
+def _check_new(names: Any, existing: dict[str, np.ndarray]) -> None:
     for name in names:
         if name in existing:
             raise InvalidDataError(
@@ -105,7 +105,7 @@ def _check_new(names: Any, existing: dict) -> None:
             )
 
 
-def _chosen(fields: Any, holder: Any) -> dict:
+def _chosen(fields: Any, holder: Any) -> dict[str, np.ndarray]:
     """The arrays to be carried, by their new names."""
     own = {} if holder is None else holder.fields()
     if fields is None:
@@ -130,7 +130,7 @@ def _chosen(fields: Any, holder: Any) -> dict:
     return {name: values_of(array, f"the values of field '{name}'") for name, array in chosen.items()}
 
 
-def _own(arrays: dict, name: Any) -> np.ndarray:
+def _own(arrays: dict[str, np.ndarray], name: Any) -> np.ndarray:
     if name not in arrays:
         there = f"only {', '.join(sorted(map(str, arrays)))}" if arrays else "and no other"
         raise InvalidDataError(f"the source has no point array '{name}', {there}")

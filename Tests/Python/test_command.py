@@ -15,13 +15,17 @@ MESHES = pathlib.Path(__file__).resolve().parents[2] / "Examples" / "Meshes"
 
 
 @pytest.fixture
-def command():
+def program():
     path = os.environ.get("VELTRANE_COMMAND", "")
     if not os.path.exists(path):
         pytest.skip("VELTRANE_COMMAND names no program")
+    return path
 
+
+@pytest.fixture
+def command(program):
     def run(*arguments):
-        subprocess.run([path, *map(os.fspath, arguments), "--quiet"], check=True)
+        subprocess.run([program, *map(os.fspath, arguments), "--quiet"], check=True)
 
     return run
 
@@ -31,6 +35,19 @@ def check_equal(ours, theirs):
     for name in theirs.point_data:
         assert ours.point_data[name].dtype.kind == theirs.point_data[name].dtype.kind
         assert np.array_equal(ours.point_data[name], theirs.point_data[name], equal_nan=True), name
+
+
+def test_a_refusal_begins_with_the_command_s_sentence(program, tmp_path):
+    source = MESHES / "flange_tetrahedra_coarse.vtu"
+    points = pyvista.PolyData([[27.0, 0.0, 50.0], [0.0, 0.0, 50.0]])  # in the wall of the pipe, and on its axis
+    points.save(tmp_path / "points.vtp")
+    arguments = [program, "sample", source, tmp_path / "points.vtp", "-o", tmp_path / "out.vtp"]
+    said = subprocess.run(arguments, capture_output=True, text=True, check=False).stderr.splitlines()[-1]
+    with pytest.raises(veltrane.OutsideError) as caught:
+        veltrane.sample(pyvista.read(source), points)
+    theirs, ours = said.removeprefix("veltrane: "), str(caught.value)
+    assert theirs.split(";")[0] == ours.split(";")[0]
+    assert "--outside" in theirs and "outside=" in ours
 
 
 @pytest.mark.parametrize("outside", ["error", "default", "propagate"])

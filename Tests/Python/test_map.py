@@ -225,6 +225,17 @@ def test_materials_of_the_same_number_correspond():
         veltrane.Map(source, mixed, only=5)
 
 
+def test_a_map_knows_its_meshes_where_it_disregards_their_materials():
+    points, cells = meshes.tetrahedra(2)
+    numbered = veltrane.Mesh(points, cells, "tetra", np.arange(len(cells)) % 2)
+    plain = veltrane.Mesh(points, cells, "tetra")
+    assert veltrane.Map(numbered, plain).is_from(numbered) and veltrane.Map(plain, numbered).is_to(numbered)
+    assert veltrane.Map(numbered, numbered).is_from(numbered)
+    assert not veltrane.Map(numbered, plain).is_from(plain)
+    centre = veltrane.Points([[0.5, 0.5, 0.6]], [7])
+    assert veltrane.Map(plain, centre).is_to(centre)
+
+
 def test_only_volumes_are_a_source():
     points, cells = meshes.tetrahedra(1)
     mesh = veltrane.Mesh(points, {"triangle": [[0, 1, 3]], "vertex": [[0]], "tetra": cells})

@@ -13,7 +13,7 @@ def test_nodes_in_another_order(bricks):
 
 
 def test_a_node_without_a_partner(bricks):
-    with pytest.raises(veltrane.TransferError):
+    with pytest.raises(veltrane.TransferError, match="Mapping option .veltrane.transfer."):
         veltrane.match_nodes(bricks, veltrane.Mesh(*meshes.hexahedra(2), "hexahedron"))
 
 

@@ -112,6 +112,8 @@ def test_every_kind_of_cell_is_listed_with_its_size():
 def test_what_is_no_mesh_is_named():
     with pytest.raises(veltrane.WrongTypeError, match="is a dict, not a veltrane.Mesh"):
         veltrane.transfer({}, {})
+    with pytest.raises(veltrane.WrongTypeError, match="the source is a list"):
+        veltrane.sample([], [[0.0, 0.0, 0.0]])
 
 
 def test_an_exception_can_be_caught_as_its_family():

@@ -64,6 +64,7 @@ def test_ctrl_c_ends_the_search(threads):
         import os, signal, sys
         sys.path.insert(0, {os.path.dirname(__file__)!r})
         import meshes, veltrane
+        signal.signal(signal.SIGINT, signal.default_int_handler)  # a shell may have it ignored in the background
         told = []
         def interrupt(percent, stage):
             told.append(percent)
