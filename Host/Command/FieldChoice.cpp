@@ -129,7 +129,8 @@ std::vector<std::string> chooseFields(const MeshFile& file, const std::vector<st
         {
             available.pop_back();
             warn(text("left out point-data array '", array.name, "' of '", file.path().string(), "': it has ",
-                      array.componentCount, " components, more than the ", maxComponentCount, " that can be ", done));
+                      array.componentCount, " components, more than the ", maxComponentCount, " that can be ", done),
+                 text("components of ", array.name));
         }
     }
     if (available.empty())

@@ -12,6 +12,7 @@
 #include <iostream>
 #include <iterator>
 #include <sstream>
+#include <utility>
 
 namespace veltrane
 {
@@ -25,12 +26,25 @@ std::string number(double value)
     return std::isnan(value) ? "-" : inDigits(digits, value);
 }
 
-void addRows(TextTable& table, std::string_view place, const std::vector<ArrayContents>& arrays)
+using Arrays = std::vector<ArrayContents>;
+
+bool hasNotANumbers(const Arrays& arrays)
+{
+    return std::ranges::any_of(arrays, [](const ArrayContents& array) { return array.notANumberCount > 0; });
+}
+
+void addRows(TextTable& table, std::string_view place, const Arrays& arrays, bool showsNotANumbers)
 {
     for (const ArrayContents& array : arrays)
     {
-        table.addRow({array.name, std::string(place), array.type, std::to_string(array.componentCount),
-                      number(array.min), number(array.max)});
+        std::vector<std::string> row{array.name,        std::string(place),
+                                     array.type,        std::to_string(array.componentCount),
+                                     number(array.min), number(array.max)};
+        if (showsNotANumbers)
+        {
+            row.push_back(std::to_string(array.notANumberCount));
+        }
+        table.addRow(std::move(row));
     }
 }
 
@@ -41,11 +55,18 @@ void printArrays(std::ostream& stream, const FileContents& contents)
         printLine(stream, "arrays", "none");
         return;
     }
+    const bool showsNotANumbers = hasNotANumbers(contents.pointArrays) || hasNotANumbers(contents.cellArrays) ||
+                                  hasNotANumbers(contents.otherArrays);
+    std::vector<std::string> heading{"array", "of", "type", "components", "min", "max"};
+    if (showsNotANumbers)
+    {
+        heading.push_back("NaN");
+    }
     TextTable table(1);
-    table.addRow({"array", "of", "type", "components", "min", "max"});
-    addRows(table, "points", contents.pointArrays);
-    addRows(table, "cells", contents.cellArrays);
-    addRows(table, "file", contents.otherArrays);
+    table.addRow(heading);
+    addRows(table, "points", contents.pointArrays, showsNotANumbers);
+    addRows(table, "cells", contents.cellArrays, showsNotANumbers);
+    addRows(table, "file", contents.otherArrays, showsNotANumbers);
     table.print(stream);
 }
 

@@ -31,7 +31,8 @@ MeshFile read(const std::string& path, const MeshReading& reading)
     throwIfInterrupted();
     if (!file.skippedCells().empty())
     {
-        warn(text("left out cells of '", path, "' that cannot be used: ", cellCountText(file.skippedCells())));
+        warn(text("left out cells of '", path, "' that cannot be used: ", cellCountText(file.skippedCells())),
+             text("cells left out ", reading.role == MeshRole::source));
     }
     return file;
 }
@@ -313,7 +314,8 @@ void checkSourceCells(const MeshFile& source)
         warn(text("'", source.path().string(), "' has ",
                   oneOrMore(static_cast<long long>(inverted.size()), "cell that is", "cells that are"),
                   " inside out; the first is cell ", source.cellOf(inverted.front()), ", a ",
-                  mesh.kindOf(inverted.front()).name));
+                  mesh.kindOf(inverted.front()).name),
+             "cells inside out");
     }
 }
 

@@ -3,12 +3,18 @@
 #include "ProgressBar.h"
 #include "Text.h"
 
+#include <sys/mman.h>
+
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <iomanip>
 #include <iostream>
 #include <iterator>
+#include <new>
 
 namespace veltrane
 {
@@ -18,10 +24,67 @@ namespace
 constexpr int labelWidth = 18;
 constexpr int countWidth = 9;
 
+/// The one that lives, if any.
+WarningsOnce* warningsOnce = nullptr;
+
 } // namespace
 
-void warn(const std::string& sentence)
+/// Entries are taken by whoever comes first and never given back.
+struct WarningsOnce::Table
 {
+    static constexpr std::size_t size = 256;
+
+    std::array<std::atomic<std::uint64_t>, size> kinds; ///< 0: free
+    std::atomic<long long> untoldCount;
+
+    /// Whether it is the first time. If the table is full, it is taken for that.
+    bool enter(std::string_view kind)
+    {
+        const std::uint64_t key = std::max<std::uint64_t>(std::hash<std::string_view>{}(kind), 1);
+        for (std::atomic<std::uint64_t>& entry : kinds)
+        {
+            std::uint64_t found = 0;
+            if (entry.compare_exchange_strong(found, key))
+            {
+                return true;
+            }
+            if (found == key)
+            {
+                ++untoldCount;
+                return false;
+            }
+        }
+        return true;
+    }
+};
+
+WarningsOnce::WarningsOnce() : table_(nullptr)
+{
+    void* memory = ::mmap(nullptr, sizeof(Table), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    table_ = memory == MAP_FAILED ? nullptr : new (memory) Table{};
+    warningsOnce = this;
+}
+
+WarningsOnce::~WarningsOnce()
+{
+    warningsOnce = nullptr;
+    if (table_ != nullptr)
+    {
+        ::munmap(table_, sizeof(Table));
+    }
+}
+
+long long WarningsOnce::untoldCount() const
+{
+    return table_ == nullptr ? 0 : table_->untoldCount.load();
+}
+
+void warn(const std::string& sentence, std::string_view kind)
+{
+    if (warningsOnce != nullptr && warningsOnce->table_ != nullptr && !warningsOnce->table_->enter(kind))
+    {
+        return;
+    }
     clearTerminalLine(std::cerr);
     std::cerr << "veltrane: warning: " << sentence << '\n';
 }

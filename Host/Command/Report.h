@@ -13,7 +13,29 @@ namespace veltrane
 {
 
 /// Writes a warning to standard error.
-void warn(const std::string& sentence);
+///
+/// \param kind  what it is about, for WarningsOnce: "cells inside out"
+void warn(const std::string& sentence, std::string_view kind);
+
+/// While it lives, only the first warning of a kind is told, here and in processes that are forked meanwhile. There is
+/// no more than one at a time.
+class WarningsOnce
+{
+public:
+    WarningsOnce();
+    ~WarningsOnce();
+    WarningsOnce(const WarningsOnce&) = delete;
+    WarningsOnce& operator=(const WarningsOnce&) = delete;
+
+    /// How many were not told.
+    long long untoldCount() const;
+
+private:
+    friend void warn(const std::string& sentence, std::string_view kind);
+    struct Table;
+
+    Table* table_; ///< of all processes; null if there is no memory for it, and all warnings are told
+};
 
 /// "a, b"
 std::string joined(const std::vector<std::string>& texts);

@@ -194,6 +194,7 @@ ExitStatus runSeries(const std::vector<Step>& steps, int jobs, const std::filesy
     checkParts(steps, collection, partEnding, output);
     const PartDirectory parts(collection);
     std::vector<Step> written;
+    const WarningsOnce warnings;
     ChildProcesses workers;
     {
         ProgressBar progress(!isQuiet);
@@ -230,6 +231,12 @@ ExitStatus runSeries(const std::vector<Step>& steps, int jobs, const std::filesy
         }
     }
     throwIfInterrupted();
+    if (warnings.untoldCount() > 0)
+    {
+        warn(text("there were ", oneOrMore(warnings.untoldCount(), "more such warning", "more such warnings"),
+                  " of other steps"),
+             "other steps");
+    }
     if (isFailure(workers.outcome()))
     {
         return workers.outcome();

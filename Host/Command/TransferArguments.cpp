@@ -91,7 +91,8 @@ void warnOfUnusableValues(const Field& field, const std::string& name, const std
             const auto place = (first - values.begin()) / field.componentCount();
             warn(text("'", path.string(), "': field '", name, "' has ", oneOrMore(count, "value", "values"),
                       " beyond finite single-precision numbers; the first is ", *first, " at ",
-                      field.location() == Location::nodes ? "point " : "Gauss point ", place, ", counted from 0"));
+                      field.location() == Location::nodes ? "point " : "Gauss point ", place, ", counted from 0"),
+                 text("values of ", name));
         },
         field.values());
 }
@@ -196,7 +197,8 @@ std::vector<ChosenField> TransferArguments::chooseFields(const MeshFile& source)
     if (!cellsAsNodes && fields.empty() && !cellArrays.empty())
     {
         warn(text("cell data is not transferred: ", quotedNames(cellArrays), " of '", source.path().string(),
-                  "'; --cells-as-nodes averages it at the nodes first"));
+                  "'; --cells-as-nodes averages it at the nodes first"),
+             "cell data");
     }
     return chooseAndRename(source, fields, "transferred");
 }
@@ -240,7 +242,7 @@ void reportMissingMaterials(const std::optional<std::string>& sentence, OutsideM
     {
         throw BadFile(*sentence);
     }
-    warn(*sentence);
+    warn(*sentence, "materials");
 }
 
 TransferResult explainingFailures(const std::function<TransferResult()>& transfer, const std::string& outsideAdvice,

@@ -103,7 +103,7 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
         sourceBox, target.mesh().boundingBox());
     if (const std::string hint = unitHint(sourceBox, target.mesh().boundingBox()); !hint.empty())
     {
-        warn(hint.substr(2));
+        warn(hint.substr(2), "units");
     }
     progress.beginStage("writing output");
     std::vector<IntegerArray> arrays;
@@ -124,7 +124,7 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
     }
     if (result.outcome == Outcome::propagationWarning)
     {
-        warn("regions of the target are not connected to any region with values; they hold 0");
+        warn("regions of the target are not connected to any region with values; they hold 0", "unreached");
         return ExitStatus::propagationWarning;
     }
     return ExitStatus::done;

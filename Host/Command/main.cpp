@@ -14,9 +14,15 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <iostream>
+#include <numeric>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace
 {
@@ -30,6 +36,53 @@ veltrane::ExitStatus afterFlush(veltrane::ExitStatus status)
         throw veltrane::CannotWrite(veltrane::text("cannot write to standard output: ", std::strerror(errno)));
     }
     return status;
+}
+
+/// Insertions, deletions and replacements of a letter that make one word of the other.
+std::size_t distanceBetween(std::string_view first, std::string_view second)
+{
+    std::vector<std::size_t> distances(second.size() + 1);
+    std::iota(distances.begin(), distances.end(), std::size_t{0});
+    for (std::size_t i = 0; i < first.size(); ++i)
+    {
+        std::size_t diagonal = std::exchange(distances.front(), i + 1);
+        for (std::size_t j = 0; j < second.size(); ++j)
+        {
+            const std::size_t replaced = diagonal + (first[i] == second[j] ? 0 : 1);
+            diagonal = distances[j + 1];
+            distances[j + 1] = std::min({replaced, distances[j] + 1, distances[j + 1] + 1});
+        }
+    }
+    return distances.back();
+}
+
+/// "'transfer'", or all commands if none is like the word.
+std::string suggestionFor(const std::string& word, const CLI::App& app)
+{
+    constexpr std::size_t farthest = 2;
+    std::string all;
+    std::pair<std::size_t, std::string> nearest{farthest + 1, ""};
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+    {
+        const std::string& name = command->get_name();
+        all += veltrane::text(all.empty() ? "" : ", ", name);
+        const bool isBeginning = !word.empty() && name.starts_with(word);
+        nearest = std::min(nearest, {isBeginning ? 0 : distanceBetween(word, name), veltrane::text("'", name, "'")});
+    }
+    return nearest.first <= farthest ? nearest.second : veltrane::text("one of ", all);
+}
+
+/// The first word is a command, unless it is an option. Of the parser nothing more can be had than that it does not
+/// expect the word. Nothing if all is well.
+std::string unknownCommandText(int argc, char** argv, const CLI::App& app)
+{
+    const std::string word = argc < 2 ? "-" : argv[1];
+    const auto isWord = [&](const CLI::App* command) { return command->get_name() == word; };
+    if (word.starts_with('-') || !app.get_subcommands(isWord).empty())
+    {
+        return "";
+    }
+    return veltrane::text("there is no command '", word, "'; did you mean ", suggestionFor(word, app), "?");
 }
 
 } // namespace
@@ -57,6 +110,11 @@ int main(int argc, char** argv)
     const veltrane::InfoCommand info(app);
     const veltrane::CompareCommand compare(app);
 
+    if (const std::string sentence = unknownCommandText(argc, argv, app); !sentence.empty())
+    {
+        std::cerr << "veltrane: " << sentence << '\n';
+        return static_cast<int>(ExitStatus::usage);
+    }
     try
     {
         app.parse(argc, argv);

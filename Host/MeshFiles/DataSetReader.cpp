@@ -1,5 +1,6 @@
 #include "DataSetReader.h"
 
+#include "AppendedData.h"
 #include "ExodusReader.h"
 #include "FileFormat.h"
 #include "LegacyStructure.h"
@@ -49,6 +50,7 @@ template <typename Reader> auto readXml(const std::filesystem::path& path)
     if (parser != nullptr && parser->GetRootElement() != nullptr)
     {
         checkStructure(*parser->GetRootElement(), path);
+        checkAppendedData(*parser, path);
     }
     throwIfFailed(messages, reader->GetErrorCode(), path);
     reader->Update();

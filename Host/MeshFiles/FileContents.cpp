@@ -1,15 +1,16 @@
 #include "FileContents.h"
 
+#include "CellNames.h"
 #include "DataSetReader.h"
 #include "FieldArrays.h"
 #include "GridElements.h"
-#include "VtkCells.h"
 
 #include <vtkCellData.h>
 #include <vtkDataArray.h>
 #include <vtkFieldData.h>
 #include <vtkPointData.h>
 #include <vtkPointSet.h>
+#include <vtkUnstructuredGrid.h>
 
 #include <algorithm>
 #include <cmath>
@@ -30,7 +31,8 @@ ArrayContents contentsOf(vtkAbstractArray& array)
                            .componentCount = array.GetNumberOfComponents(),
                            .tupleCount = array.GetNumberOfTuples(),
                            .min = notANumber,
-                           .max = notANumber};
+                           .max = notANumber,
+                           .notANumberCount = 0};
     if (auto* numbers = vtkDataArray::SafeDownCast(&array))
     {
         for (vtkIdType tuple = 0; tuple < numbers->GetNumberOfTuples(); ++tuple)
@@ -38,6 +40,7 @@ ArrayContents contentsOf(vtkAbstractArray& array)
             for (int component = 0; component < numbers->GetNumberOfComponents(); ++component)
             {
                 const double value = numbers->GetComponent(tuple, component);
+                contents.notANumberCount += std::isnan(value) ? 1 : 0;
                 contents.min = std::fmin(contents.min, value); // takes the other one if one is not a number
                 contents.max = std::fmax(contents.max, value);
             }
@@ -56,17 +59,7 @@ std::vector<ArrayContents> contentsOf(vtkFieldData& data)
     return contents;
 }
 
-CellContents describe(int cellType, long long count)
-{
-    if (const VtkCellKind* kind = findVtkCellKind(cellType))
-    {
-        const ElementKindInfo& info = *findElementKind(kind->kind);
-        return {std::string(info.name), std::string(info.plural), count};
-    }
-    return {vtkCellName(cellType), vtkCellName(cellType), count};
-}
-
-/// Kinds that differ in nothing but the order of their points are one.
+/// Types of one name are one.
 std::vector<CellContents> countCells(vtkPointSet& dataSet)
 {
     std::map<int, long long> counts;
@@ -77,15 +70,15 @@ std::vector<CellContents> countCells(vtkPointSet& dataSet)
     std::vector<CellContents> cells;
     for (const auto& [cellType, count] : counts)
     {
-        const CellContents described = describe(cellType, count);
-        const auto found = std::ranges::find(cells, described.name, &CellContents::name);
+        const CellName name = cellNameOf(cellType);
+        const auto found = std::ranges::find(cells, name.one, &CellContents::name);
         if (found != cells.end())
         {
             found->count += count;
         }
         else
         {
-            cells.push_back(described);
+            cells.push_back({name.one, name.more, count});
         }
     }
     return cells;
@@ -109,6 +102,11 @@ std::optional<std::string> materialArrayOf(vtkPointSet& dataSet, const std::file
 FileContents describeContents(vtkPointSet& dataSet, const std::filesystem::path& path)
 {
     checkTupleCounts(dataSet, path);
+    if (auto* grid = vtkUnstructuredGrid::SafeDownCast(&dataSet))
+    {
+        checkCells(*grid, path);
+    }
+    readCoordinates(dataSet, path); // refuses those that no transfer takes
     FileContents contents{.pointCount = dataSet.GetNumberOfPoints(),
                           .cellCount = dataSet.GetNumberOfCells(),
                           .cells = countCells(dataSet),

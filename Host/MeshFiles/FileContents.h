@@ -22,12 +22,13 @@ struct ArrayContents
     long long tupleCount;
     double min; ///< over all components; not a number if there are no numbers
     double max;
+    long long notANumberCount; ///< among all components
 };
 
-/// Cells of one type.
+/// Cells of one name.
 struct CellContents
 {
-    std::string name; ///< "tetrahedron", or VTK's name if no element corresponds
+    std::string name; ///< "tetrahedron"
     std::string plural;
     long long count;
 };
@@ -46,7 +47,8 @@ struct FileContents
     std::vector<double> stepTimes;
 };
 
-/// Of what has been read from a file. Throws BadFile if its arrays do not fit.
+/// Of what has been read from a file. Throws BadFile if its arrays do not fit, or if it is broken: cells
+/// that refer to no points, coordinates that are no numbers.
 FileContents describeContents(vtkPointSet& dataSet, const std::filesystem::path& path);
 
 /// Of a mesh file or a point file. Throws NoInput or BadFile, naming the file and what is wrong.

@@ -1,5 +1,6 @@
 #include "GaussFields.h"
 
+#include "CellNames.h"
 #include "DataSetReader.h"
 #include "FieldArrays.h"
 #include "GaussPoints.h"
@@ -128,9 +129,9 @@ private:
         if (!order)
         {
             throw BadFile(text(place_,
-                               scheme == nullptr ? "has no quadrature scheme for cells of the type "
-                                                 : "has other Gauss points than can be used in cells of the type ",
-                               vtkCellName(cellType)));
+                               scheme == nullptr ? "has no quadrature scheme for "
+                                                 : "has other Gauss points than can be used in ",
+                               cellNameOf(cellType).more));
         }
         return orders_.emplace(cellType, *order).first->second;
     }

@@ -1,5 +1,6 @@
 #include "GridElements.h"
 
+#include "CellNames.h"
 #include "DataSetReader.h"
 #include "Text.h"
 #include "VtkCells.h"
@@ -38,10 +39,6 @@ bool isPointOrLine(int cellType)
 vtkUnsignedCharArray& checkedCellTypes(vtkUnstructuredGrid& grid, const std::filesystem::path& path)
 {
     const vtkIdType cellCount = grid.GetNumberOfCells();
-    if (cellCount == 0)
-    {
-        throw BadFile(text(quoted(path), " has no cells"));
-    }
     vtkUnsignedCharArray* types = grid.GetCellTypesArray();
     if (types == nullptr || types->GetNumberOfValues() != cellCount)
     {
@@ -63,27 +60,39 @@ vtkUnsignedCharArray& checkedCellTypes(vtkUnstructuredGrid& grid, const std::fil
     return *types;
 }
 
-/// Adds a cell's element to the mesh data.
-void addElement(MeshData& data, const VtkCellKind& cellKind, vtkIdType cell, std::span<const vtkIdType> points,
-                vtkIdType pointCount, const std::filesystem::path& path)
+/// The points of a cell. A check that they exist, and that there are as many as its kind needs, if there is one.
+std::span<const vtkIdType> checkedPoints(vtkUnstructuredGrid& grid, vtkIdType cell, const VtkCellKind* cellKind,
+                                         const std::filesystem::path& path)
 {
-    const ElementKindInfo& kind = *findElementKind(cellKind.kind);
-    if (points.size() != static_cast<std::size_t>(kind.nodeCount))
+    vtkIdType size = 0;
+    const vtkIdType* begin = nullptr;
+    grid.GetCells()->GetCellAtId(cell, size, begin);
+    const std::span points(begin, static_cast<std::size_t>(size));
+    const ElementKindInfo* kind = cellKind == nullptr ? nullptr : findElementKind(cellKind->kind);
+    if (kind != nullptr && size != kind->nodeCount)
     {
-        throw BadFile(text(quoted(path), ": cell ", cell, " is a ", kind.name, " of ", points.size(),
-                           " points instead of ", kind.nodeCount));
+        throw BadFile(text(quoted(path), ": cell ", cell, " is a ", kind->name, " of ", size, " points instead of ",
+                           kind->nodeCount));
     }
-    for (std::size_t i = 0; i < points.size(); ++i)
+    const vtkIdType pointCount = grid.GetNumberOfPoints();
+    const auto isMissing = [&](vtkIdType point) { return point < 0 || point >= pointCount; };
+    const auto missing = std::ranges::find_if(points, isMissing);
+    if (missing != points.end())
     {
-        const vtkIdType point = points[static_cast<std::size_t>(cellKind.nodeOrder[i])];
-        if (point < 0 || point >= pointCount)
-        {
-            throw BadFile(text(quoted(path), ": cell ", cell, " refers to point ", point, ", but there are ",
-                               pointCount, " points, counted from 0"));
-        }
-        data.connectivity.push_back(static_cast<int>(point));
+        throw BadFile(text(quoted(path), ": cell ", cell, " refers to point ", *missing, ", but there are ", pointCount,
+                           " points, counted from 0"));
     }
-    data.kinds.push_back(kind.kind);
+    return points;
+}
+
+/// Adds a cell's element to the mesh data.
+void addElement(MeshData& data, const VtkCellKind& cellKind, std::span<const vtkIdType> points)
+{
+    for (const int place : cellKind.nodeOrder)
+    {
+        data.connectivity.push_back(static_cast<int>(points[static_cast<std::size_t>(place)]));
+    }
+    data.kinds.push_back(cellKind.kind);
     data.offsets.push_back(data.connectivity.size());
 }
 
@@ -115,6 +124,10 @@ long long materialNumber(vtkDataArray& array, vtkIdType item, std::string_view i
 
 GridElements readElements(vtkUnstructuredGrid& grid, const MeshReading& reading, const std::filesystem::path& path)
 {
+    if (grid.GetNumberOfCells() == 0)
+    {
+        throw BadFile(text(quoted(path), " has no cells"));
+    }
     const vtkUnsignedCharArray& types = checkedCellTypes(grid, path);
     GridElements elements;
     elements.data.offsets.push_back(0);
@@ -135,11 +148,7 @@ GridElements readElements(vtkUnstructuredGrid& grid, const MeshReading& reading,
         {
             continue;
         }
-        vtkIdType size = 0;
-        const vtkIdType* points = nullptr;
-        grid.GetCells()->GetCellAtId(cell, size, points);
-        addElement(elements.data, *cellKind, cell, {points, static_cast<std::size_t>(size)}, grid.GetNumberOfPoints(),
-                   path);
+        addElement(elements.data, *cellKind, checkedPoints(grid, cell, cellKind, path));
         elements.cells.push_back(cell);
     }
     if (!elements.skipped.empty() && !reading.skipUnsupported)
@@ -152,6 +161,19 @@ GridElements readElements(vtkUnstructuredGrid& grid, const MeshReading& reading,
         throw BadFile(text(quoted(path), " has no ", needOf(reading.role)));
     }
     return elements;
+}
+
+void checkCells(vtkUnstructuredGrid& grid, const std::filesystem::path& path)
+{
+    if (grid.GetNumberOfCells() == 0)
+    {
+        return;
+    }
+    const vtkUnsignedCharArray& types = checkedCellTypes(grid, path);
+    for (vtkIdType cell = 0; cell < grid.GetNumberOfCells(); ++cell)
+    {
+        checkedPoints(grid, cell, findVtkCellKind(types.GetValue(cell)), path);
+    }
 }
 
 std::vector<float> readCoordinates(vtkPointSet& points, const std::filesystem::path& path)
@@ -241,7 +263,8 @@ std::string cellCountText(const CellCounts& counts)
     std::string list;
     for (const auto& [cellType, count] : counts)
     {
-        list += text(list.empty() ? "" : ", ", count, " ", vtkCellName(cellType));
+        const CellName name = cellNameOf(cellType);
+        list += text(list.empty() ? "" : ", ", count, " ", count == 1 ? name.one : name.more);
     }
     return list;
 }

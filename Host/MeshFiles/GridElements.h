@@ -57,6 +57,9 @@ struct GridElements
 /// All of these throw BadFile, naming the file and what is wrong where.
 GridElements readElements(vtkUnstructuredGrid& grid, const MeshReading& reading, const std::filesystem::path& path);
 
+/// That the cells are whole: their points exist, and are as many as they need. Of a file without cells nothing is said.
+void checkCells(vtkUnstructuredGrid& grid, const std::filesystem::path& path);
+
 /// In single precision.
 std::vector<float> readCoordinates(vtkPointSet& points, const std::filesystem::path& path);
 
@@ -77,7 +80,7 @@ struct MaterialNumbers
 MaterialNumbers readMaterials(vtkDataArray* array, const std::vector<vtkIdType>& items, const std::string& itemName,
                               const std::filesystem::path& path);
 
-/// "3 vtkLine, 1 vtkQuadraticHexahedron"
+/// "3 lines, 1 quadratic hexahedron"
 std::string cellCountText(const CellCounts& counts);
 
 } // namespace veltrane

@@ -1,14 +1,9 @@
 #include "VtkCells.h"
 
-#include "Text.h"
-
 #include "Elements/ElementKinds.h"
-
-#include <vtkCellTypes.h>
 
 #include <algorithm>
 #include <array>
-#include <string_view>
 
 namespace veltrane
 {
@@ -48,16 +43,6 @@ const VtkCellKind* findVtkCellKind(int cellType)
 const VtkCellKind& vtkCellKindOf(ElementKind kind)
 {
     return *std::ranges::find(cellKinds, kind, &VtkCellKind::kind);
-}
-
-std::string vtkCellName(int cellType)
-{
-    const std::string_view name = vtkCellTypes::GetClassNameFromTypeId(cellType);
-    if (name.empty() || name == "UnknownClass")
-    {
-        return text("cell type ", cellType);
-    }
-    return std::string(name);
 }
 
 } // namespace veltrane

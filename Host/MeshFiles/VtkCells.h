@@ -5,7 +5,6 @@
 #include "ElementKind.h"
 
 #include <span>
-#include <string>
 
 namespace veltrane
 {
@@ -25,9 +24,6 @@ const VtkCellKind* findVtkCellKind(int cellType);
 
 /// The cell type in which elements of a kind are written.
 const VtkCellKind& vtkCellKindOf(ElementKind kind);
-
-/// The name of a cell type, whatever it is.
-std::string vtkCellName(int cellType);
 
 } // namespace veltrane
 

@@ -1,5 +1,6 @@
 #include "XmlStructure.h"
 
+#include "AppendedData.h"
 #include "DataSetReader.h"
 #include "Text.h"
 
@@ -40,6 +41,7 @@ void checkStructure(vtkXMLDataElement& root, const std::filesystem::path& path)
         if (const char* piece = child.GetAttribute("Source"))
         {
             checkReadable(path.parent_path() / piece); // VTK would not say which one it is
+            checkAppendedData(path.parent_path() / piece);
         }
         checkCountAttribute(child, "NumberOfPoints", 0, path);
         checkCountAttribute(child, "NumberOfCells", 0, path);

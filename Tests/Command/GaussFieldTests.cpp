@@ -207,8 +207,7 @@ TEST_F(GaussFields, MustBeAtTheGaussPointsOfTheElements)
     const std::vector<std::string> arguments{"transfer", "gauss.vtu", "source.vtu", "-o", "out.vtu", "--quiet"};
     const std::string array = "'gauss.vtu': Gauss-point array 'G' ";
     writeGrid(*backwards(7), runner.file("gauss.vtu"));
-    expectFailure(runner, 65, array + "has other Gauss points than can be used in cells of the type vtkHexahedron",
-                  arguments);
+    expectFailure(runner, 65, array + "has other Gauss points than can be used in hexahedra", arguments);
 
     auto grid = backwards(8);
     grid->GetCellData()->GetArray("offsets")->SetComponent(0, 0, 2);
@@ -226,7 +225,7 @@ TEST_F(GaussFields, MustBeAtTheGaussPointsOfTheElements)
     grid->InsertNextCell(VTK_TETRA, 4, std::array<vtkIdType, 4>{0, 1, 2, 4}.data());
     vtkIdTypeArray::SafeDownCast(grid->GetCellData()->GetArray("offsets"))->InsertNextValue(0);
     writeGrid(*grid, runner.file("gauss.vtu"));
-    expectFailure(runner, 65, array + "has no quadrature scheme for cells of the type vtkTetra", arguments);
+    expectFailure(runner, 65, array + "has no quadrature scheme for tetrahedra", arguments);
 }
 
 TEST_F(GaussFields, NeedAFormatThatHasThem)

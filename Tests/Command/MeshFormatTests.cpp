@@ -368,13 +368,13 @@ TEST_F(MeshFormat, CellsWithoutCounterpartAreNamedAndSkippedOnRequest)
     grid->InsertNextCell(VTK_QUADRATIC_TRIANGLE, 6, points.data());
     grid->InsertNextCell(VTK_QUADRATIC_TRIANGLE, 6, points.data());
     writeGrid(*grid, runner.file("source.vtu"));
-    const std::string cells = "cells that cannot be used: 2 vtkQuadraticTriangle, 1 vtkQuadraticHexahedron";
+    const std::string cells = "cells that cannot be used: 2 quadratic triangles, 1 quadratic hexahedron";
     expectRefused("source.vtu", "'source.vtu' has " + cells + "; --skip-unsupported leaves them out");
 
     const CommandResult result = transfer("source.vtu", "out.vtu", {"--skip-unsupported"});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors, "veltrane: warning: left out cells of 'source.vtu' that cannot be used: 2 "
-                             "vtkQuadraticTriangle, 1 vtkQuadraticHexahedron\n");
+                             "quadratic triangles, 1 quadratic hexahedron\n");
     expectLinear();
 }
 

@@ -271,6 +271,64 @@ TEST_F(SampleCommand, HelpsWithAnExample)
     EXPECT_THAT(runner.run({"sample", "--help"}).output, HasSubstr("Example:\n  veltrane sample "));
 }
 
+TEST(InfoCommand, NamesCellsAndCountsWhatIsNotANumber)
+{
+    const CommandRunner runner;
+    const auto grid = makeGrid(VTK_TETRA, 1);
+    addDoubles(*grid, "T", linear);
+    grid->GetPointData()->GetArray("T")->SetComponent(2, 0, std::nan(""));
+    grid->GetPointData()->GetArray("T")->SetComponent(3, 0, std::nan(""));
+    std::array<vtkIdType, 20> points{};
+    grid->InsertNextCell(VTK_QUADRATIC_HEXAHEDRON, 20, points.data());
+    grid->InsertNextCell(VTK_POLYGON, 5, points.data());
+    grid->InsertNextCell(VTK_POLYGON, 5, points.data());
+    addCellNumbers(*grid, "part", [](vtkIdType) { return 1; });
+    writeGrid(*grid, runner.file("grid.vtu"));
+    const CommandResult result = runner.run({"info", "grid.vtu"});
+    EXPECT_EQ(result.errors, "");
+    EXPECT_THAT(result.output, HasSubstr("2 polygons, 6 tetrahedra, 1 quadratic hexahedron\n"));
+    EXPECT_THAT(result.output, HasSubstr("array      of    type  components  min  max  NaN\n"));
+    EXPECT_THAT(result.output, HasSubstr("\nT      points  double           1   -2    8    2\n"));
+    EXPECT_THAT(result.output, HasSubstr("\npart    cells     int           1    1    1    0\n"));
+}
+
+TEST(InfoCommand, RefusesBrokenFilesAsTransferDoes)
+{
+    const CommandRunner runner;
+    const auto expect = [&](vtkUnstructuredGrid& grid, const std::string& sentence)
+    {
+        writeGrid(grid, runner.file("grid.vtu"));
+        expectFailure(runner, 65, sentence, {"info", "grid.vtu"});
+        expectFailure(runner, 65, sentence, {"transfer", "grid.vtu", "grid.vtu", "-o", "out.vtu", "--quiet"});
+    };
+    const auto withCell = [](int cellType, std::vector<vtkIdType> points)
+    {
+        auto grid = makeGrid(VTK_TETRA, 1);
+        addDoubles(*grid, "T", linear);
+        grid->InsertNextCell(cellType, static_cast<vtkIdType>(points.size()), points.data());
+        return grid;
+    };
+    expect(*withCell(VTK_TETRA, {0, 1, 2, 8}),
+           "'grid.vtu': cell 6 refers to point 8, but there are 8 points, counted from 0");
+    expect(*withCell(VTK_TETRA, {0, 1, 2}), "'grid.vtu': cell 6 is a tetrahedron of 3 points instead of 4");
+    const auto grid = makeGrid(VTK_TETRA, 1);
+    addDoubles(*grid, "T", linear);
+    grid->GetPoints()->SetPoint(3, 0, std::nan(""), 0);
+    expect(*grid, "'grid.vtu': point 3 has the coordinate nan, which is not a finite single-precision number");
+}
+
+TEST(Command, NamesTheCommandThatMayBeMeant)
+{
+    const CommandRunner runner;
+    const auto expect = [&](const std::string& word, const std::string& meant) {
+        expectFailure(runner, 64, "there is no command '" + word + "'; did you mean " + meant + "?", {word, "a.vtu"});
+    };
+    expect("trasnfer", "'transfer'");
+    expect("inf", "'info'");
+    expect("trans", "'transfer'");
+    expect("frob", "one of transfer, sample, match, info, compare");
+}
+
 TEST(InfoCommand, TellsWhatIsInFiles)
 {
     const CommandRunner runner;
@@ -286,7 +344,7 @@ TEST(InfoCommand, TellsWhatIsInFiles)
     EXPECT_EQ(result.errors, "");
     EXPECT_EQ(result.output, "file              grid.vtu\n"
                              "points            27\n"
-                             "cells             8 hexahedra, 1 vtkQuadraticEdge\n"
+                             "cells             8 hexahedra, 1 quadratic line\n"
                              "box               x = 0 to 1\n"
                              "                  y = 0 to 1\n"
                              "                  z = 0 to 1\n"

@@ -22,6 +22,7 @@
 #include <sys/wait.h>
 
 #include <array>
+#include <cmath>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
@@ -430,6 +431,26 @@ TEST_F(Series, AStepThatIsKilledIsToldOf)
     EXPECT_EQ(contentsOf(streams / "errors"),
               "veltrane: the process of a step has been ended by a signal: File size limit exceeded\n");
     EXPECT_EQ(runner.directory().names(), before);
+}
+
+TEST_F(Series, WarnsOnceOfWhatAllStepsHave)
+{
+    for (const double time : ThreeSteps::times)
+    {
+        const auto grid = ThreeSteps::gridAt(time);
+        grid->GetPointData()->GetArray("T")->SetComponent(static_cast<vtkIdType>(time), 0, std::nan(""));
+        addDoubles(*grid, "U", linear);
+        writeGrid(*grid, runner.file("step" + std::to_string(static_cast<int>(10 * time)) + ".vtu"));
+    }
+    for (const char* jobs : {"1", "3"})
+    {
+        const CommandResult result = transfer("source.pvd", "out.pvd", {"--jobs", jobs});
+        EXPECT_EQ(result.status, 0);
+        EXPECT_THAT(result.errors,
+                    testing::MatchesRegex("veltrane: warning: 'step[0-9]+.vtu': field 'T' has 1 value beyond finite "
+                                          "single-precision numbers; the first is nan at point [0-2], counted from 0\n"
+                                          "veltrane: warning: there were 2 more such warnings of other steps\n"));
+    }
 }
 
 TEST_F(Series, CtrlCCancelsAllSteps)

@@ -2,6 +2,8 @@
 // reference cell and the reference element.
 #include "VtkCells.h"
 
+#include "CellNames.h"
+
 #include <vtkCell.h>
 #include <vtkCellType.h>
 #include <vtkGenericCell.h>
@@ -83,7 +85,7 @@ const std::vector<Correspondence> correspondences{
 
 void PrintTo(const Correspondence& correspondence, std::ostream* stream)
 {
-    *stream << veltrane::vtkCellName(correspondence.cellType);
+    *stream << veltrane::cellNameOf(correspondence.cellType).one;
 }
 
 class VtkCellNodeOrder : public testing::TestWithParam<Correspondence>
@@ -115,8 +117,10 @@ TEST(VtkCells, OtherCellTypesHaveNoKindButAName)
 {
     EXPECT_EQ(veltrane::findVtkCellKind(VTK_LINE), nullptr);
     EXPECT_EQ(veltrane::findVtkCellKind(VTK_QUADRATIC_HEXAHEDRON), nullptr);
-    EXPECT_EQ(veltrane::vtkCellName(VTK_QUADRATIC_HEXAHEDRON), "vtkQuadraticHexahedron");
-    EXPECT_EQ(veltrane::vtkCellName(200), "cell type 200");
+    EXPECT_EQ(veltrane::cellNameOf(VTK_POLYHEDRON).one, "polyhedron");
+    EXPECT_EQ(veltrane::cellNameOf(VTK_POLYHEDRON).more, "polyhedra");
+    EXPECT_EQ(veltrane::cellNameOf(VTK_VOXEL).more, "hexahedra");
+    EXPECT_EQ(veltrane::cellNameOf(200).more, "cells of type 200");
 }
 
 } // namespace
