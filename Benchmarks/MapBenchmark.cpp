@@ -273,6 +273,7 @@ int run(int argc, char** argv)
     std::int64_t nbElts = 300'000;
     int nbRuns = 5;
     int threads = 2;
+    std::uint32_t seed = 2;
     bool isSmoke = false;
     app.add_option("--mesh", chosenKinds, "tetrahedra, hexahedra (both)");
     app.add_option("--target", chosenTargets, "nodes, cloud (both)");
@@ -280,6 +281,7 @@ int run(int argc, char** argv)
     app.add_option("--elements", nbElts, "source elements (300000)");
     app.add_option("--runs", nbRuns, "runs of each (5)");
     app.add_option("--threads", threads, "threads beside one (2)");
+    app.add_option("--seed", seed, "of all random numbers (2)");
     app.add_flag("--smoke", isSmoke, "small sizes, one run: to see that it works");
     CLI11_PARSE(app, argc, argv);
     if (isSmoke)
@@ -302,6 +304,7 @@ int run(int argc, char** argv)
             options.target = targets.at(target);
             options.nbSourceElts = nbElts;
             options.nbPoints = nbPoints;
+            options.seed = seed;
             isGood = measure(options, nbRuns, threads, table) && isGood;
         }
     }

@@ -39,6 +39,9 @@ struct Rules
     bool stopsAtUnreachedNodes = false;
     /// Points that are farther than this from the place in a near element whose values they would take are far.
     float nearLimit = std::numeric_limits<float>::infinity();
+    /// Coordinates are counted from the middle of the source where single precision would not tell its nodes apart
+    /// well enough: see TransferStatistics::origin.
+    bool movesOrigin = true;
 };
 
 /// The rules of the exported functions: results are the same bits.
@@ -47,7 +50,8 @@ constexpr Rules asExported()
     return {.refusesOverhang = true,
             .admitsExportedKindsOnly = true,
             .leavesOutSingularElements = false,
-            .stopsAtUnreachedNodes = true};
+            .stopsAtUnreachedNodes = true,
+            .movesOrigin = false};
 }
 
 struct Progress

@@ -1,5 +1,6 @@
 #include "ElementChecks.h"
 
+#include "CommonOrigin.h"
 #include "Errors.h"
 #include "Text.h"
 
@@ -66,7 +67,7 @@ bool isLeftHanded(const std::array<std::array<double, 3>, 3>& d)
     return determinant < -rounding * length(d[0]) * length(d[1]) * length(d[2]);
 }
 
-bool isInsideOutAtACorner(const Mesh& mesh, int element)
+bool isInsideOutAtACorner(const Mesh& mesh, const PositionsInMesh& positions, int element)
 {
     const std::span<const int> nodes = mesh.nodesOf(element);
     auto derivatives = allDerivativesAtCorners(mesh.kindOf(element).kind);
@@ -75,7 +76,7 @@ bool isInsideOutAtACorner(const Mesh& mesh, int element)
         std::array<std::array<double, 3>, 3> directions{};
         for (std::size_t node = 0; node < nodes.size(); ++node)
         {
-            const std::span<const float, 3> position = mesh.nodePosition(nodes[node]);
+            const std::span<const float, 3> position = positions[nodes[node]];
             for (std::size_t i = 0; i < 3; ++i)
             {
                 for (std::size_t axis = 0; axis < 3; ++axis)
@@ -94,14 +95,14 @@ bool isInsideOutAtACorner(const Mesh& mesh, int element)
 
 /// The determinant as the library computes it, in single precision and in this order: it takes exactly 0 for singular
 /// and nothing else.
-float jacobianDeterminantAtStart(const Mesh& mesh, int element)
+float jacobianDeterminantAtStart(const Mesh& mesh, const PositionsInMesh& positions, int element)
 {
     float jacobian[3][3] = {};
     const std::span<const int> nodes = mesh.nodesOf(element);
     const std::span<const Derivatives> derivatives = derivativesAtStart(mesh.kindOf(element).kind);
     for (std::size_t node = 0; node < nodes.size(); ++node)
     {
-        const std::span<const float, 3> position = mesh.nodePosition(nodes[node]);
+        const std::span<const float, 3> position = positions[nodes[node]];
         for (std::size_t row = 0; row < 3; ++row)
         {
             for (std::size_t column = 0; column < 3; ++column)
@@ -140,9 +141,10 @@ void checkSourceKinds(const Mesh& source)
 
 std::optional<int> findFlatElement(const Mesh& mesh)
 {
+    const PositionsInMesh positions(mesh);
     for (int element = 0; element < mesh.elementCount(); ++element)
     {
-        if (mesh.kindOf(element).isVolume && jacobianDeterminantAtStart(mesh, element) == 0.0F)
+        if (mesh.kindOf(element).isVolume && jacobianDeterminantAtStart(mesh, positions, element) == 0.0F)
         {
             return element;
         }
@@ -153,10 +155,11 @@ std::optional<int> findFlatElement(const Mesh& mesh)
 std::vector<int> findInvertedElements(const Mesh& mesh)
 {
     std::vector<int> inverted;
+    const PositionsInMesh positions(mesh);
     for (int element = 0; element < mesh.elementCount(); ++element)
     {
-        if (mesh.kindOf(element).isVolume &&
-            (jacobianDeterminantAtStart(mesh, element) < 0.0F || isInsideOutAtACorner(mesh, element)))
+        if (mesh.kindOf(element).isVolume && (jacobianDeterminantAtStart(mesh, positions, element) < 0.0F ||
+                                              isInsideOutAtACorner(mesh, positions, element)))
         {
             inverted.push_back(element);
         }

@@ -17,6 +17,18 @@ const float (*rowsOfThree(const std::vector<float>& coordinates))[3]
     return reinterpret_cast<const float(*)[3]>(coordinates.data());
 }
 
+/// Those of a mesh or of points, or `moved`, which become the same counted from the origin.
+template <class Positions>
+const std::vector<float>& coordinatesOf(const Positions& positions, const Origin& origin, std::vector<float>& moved)
+{
+    if (origin == noOrigin)
+    {
+        return positions.coordinates();
+    }
+    moved = coordinatesFrom(origin, positions.coordinates(), positions.exactCoordinates());
+    return moved;
+}
+
 std::vector<int> stateCodes(const std::vector<Material>& materials)
 {
     std::vector<int> codes;
@@ -27,26 +39,23 @@ std::vector<int> stateCodes(const std::vector<Material>& materials)
 
 } // namespace
 
-EngineModel::EngineModel(const Mesh& mesh) : stateCodes_(stateCodes(mesh.materials()))
+EngineModel::EngineModel(const Mesh& mesh, const Origin& origin) : stateCodes_(stateCodes(mesh.materials()))
 {
-    const int elementCount = mesh.elementCount();
-    if (!nodesPerElement_.allocate(elementCount) || !typeCodes_.allocate(elementCount))
+    if (!typeCodes_.allocate(mesh.elementCount()))
     {
         throw std::bad_alloc();
     }
-    for (int element = 0; element < elementCount; ++element)
-    {
-        nodesPerElement_[element] = mesh.nodesOf(element).data();
-        typeCodes_[element] = static_cast<int>(mesh.kinds()[static_cast<std::size_t>(element)]);
-    }
-    model_.init(ModelKind::mesh, mesh.elementCount(), mesh.nodeCount(), rowsOfThree(mesh.coordinates()),
-                nodesPerElement_.get(), typeCodes_.get(), static_cast<int>(stateCodes_.size()),
-                mesh.materialPerElement().data(), stateCodes_.data());
+    std::ranges::transform(mesh.kinds(), typeCodes_.get(), [](ElementKind kind) { return static_cast<int>(kind); });
+    model_.init(ModelKind::mesh, mesh.elementCount(), mesh.nodeCount(),
+                rowsOfThree(coordinatesOf(mesh, origin, movedCoordinates_)), mesh.nodesPerElement().data(),
+                typeCodes_.get(), static_cast<int>(stateCodes_.size()), mesh.materialPerElement().data(),
+                stateCodes_.data());
 }
 
-EngineModel::EngineModel(const PointCloud& points) : stateCodes_(stateCodes(points.materials()))
+EngineModel::EngineModel(const PointCloud& points, const Origin& origin) : stateCodes_(stateCodes(points.materials()))
 {
-    model_.init(ModelKind::pointCloud, 0, points.pointCount(), rowsOfThree(points.coordinates()), nullptr, nullptr,
+    model_.init(ModelKind::pointCloud, 0, points.pointCount(),
+                rowsOfThree(coordinatesOf(points, origin, movedCoordinates_)), nullptr, nullptr,
                 static_cast<int>(stateCodes_.size()), points.materialPerPoint().data(), stateCodes_.data());
 }
 

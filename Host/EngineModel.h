@@ -2,6 +2,7 @@
 #ifndef VELTRANE_HOST_ENGINE_MODEL_H
 #define VELTRANE_HOST_ENGINE_MODEL_H
 
+#include "CommonOrigin.h"
 #include "Mesh.h"
 
 #include "Allocation.h"
@@ -13,19 +14,19 @@
 namespace veltrane
 {
 
-/// The engine's view of a mesh or of points, whose arrays it borrows.
+/// The engine's view of a mesh or of points, whose arrays it borrows; coordinates are counted from the origin.
 class EngineModel
 {
 public:
-    explicit EngineModel(const Mesh& mesh);
-    explicit EngineModel(const PointCloud& points);
+    explicit EngineModel(const Mesh& mesh, const Origin& origin = noOrigin);
+    explicit EngineModel(const PointCloud& points, const Origin& origin = noOrigin);
     EngineModel(const EngineModel&) = delete;
     EngineModel& operator=(const EngineModel&) = delete;
 
     const ModelClass& model() const { return model_; }
 
 private:
-    OwnedArray<const int*> nodesPerElement_;
+    std::vector<float> movedCoordinates_;
     OwnedArray<int> typeCodes_;
     std::vector<int> stateCodes_;
     ModelClass model_;

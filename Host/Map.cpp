@@ -82,20 +82,28 @@ TransferStatistics statisticsOf(const TransferMap& map, bool hasOutsideCounts)
     }
     statistics.unconvergedPointCount = countOf(figures.nbUnconvergedPoints);
     statistics.singularElementCount = countOf(figures.nbSingularElts);
+    statistics.origin = figures.origin;
     return statistics;
 }
 
-std::shared_ptr<const TransferMap> build(const EngineModel& source, const EngineModel& target, std::vector<int> flags,
+template <typename Target>
+std::shared_ptr<const TransferMap> build(const Mesh& source, const Target& target, std::vector<int> flags,
                                          const MapOptions& options, const char* title)
 {
+    MapSettings settings = engineSettings(options);
     ThreadWorkers workers(options.threads, options.progress, title);
     if (!workers.report(0, "Pretreatment"))
     {
         workers.throwStopped(cancelledText);
     }
+    if (options.rules.movesOrigin)
+    {
+        settings.origin = commonOrigin(source, target.coordinates(), settings.tuning.refCoordTolerance);
+    }
+    const EngineModel sourceModel(source, settings.origin);
+    const EngineModel targetModel(target, settings.origin);
     auto map = std::make_shared<TransferMap>();
-    const MapFailure failure =
-        map->build(source.model(), target.model(), flags.data(), engineSettings(options), workers);
+    const MapFailure failure = map->build(sourceModel.model(), targetModel.model(), flags.data(), settings, workers);
     if (workers.isStopped() || failure.reason == MapFailure::cancelled || !workers.report(100, terminatedText))
     {
         workers.throwStopped(cancelledText);
@@ -119,8 +127,7 @@ std::shared_ptr<const TransferMap> build(const Mesh& source, const Mesh& target,
     {
         checkVolumeElements(target, "target", "Gauss-point fields need a target of volume elements only");
     }
-    return build(EngineModel(source), EngineModel(target),
-                 mappingFlags(options.targetMapping, target.materials().size()), options, meshTitle);
+    return build(source, target, mappingFlags(options.targetMapping, target.materials().size()), options, meshTitle);
 }
 
 std::shared_ptr<const TransferMap> build(const Mesh& source, const PointCloud& points, const MapOptions& options)
@@ -131,8 +138,7 @@ std::shared_ptr<const TransferMap> build(const Mesh& source, const PointCloud& p
     {
         throw InvalidOption("points receive values as nodes do, one location for each field");
     }
-    return build(EngineModel(source), EngineModel(points),
-                 mappingFlags(options.targetMapping, points.materials().size()), options, pointsTitle);
+    return build(source, points, mappingFlags(options.targetMapping, points.materials().size()), options, pointsTitle);
 }
 
 const char* placeName(Location location)
@@ -512,19 +518,19 @@ Map Map::load(const std::filesystem::path& path)
 bool Map::isFrom(const Mesh& source) const
 {
     OneWorker worker;
-    return checksumOf(EngineModel(source).model(), worker) == map_->sourceChecksum();
+    return checksumOf(EngineModel(source, map_->statistics().origin).model(), worker) == map_->sourceChecksum();
 }
 
 bool Map::isTo(const Mesh& target) const
 {
     OneWorker worker;
-    return checksumOf(EngineModel(target).model(), worker) == map_->targetChecksum();
+    return checksumOf(EngineModel(target, map_->statistics().origin).model(), worker) == map_->targetChecksum();
 }
 
 bool Map::isTo(const PointCloud& points) const
 {
     OneWorker worker;
-    return checksumOf(EngineModel(points).model(), worker) == map_->targetChecksum();
+    return checksumOf(EngineModel(points, map_->statistics().origin).model(), worker) == map_->targetChecksum();
 }
 
 } // namespace veltrane

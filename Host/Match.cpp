@@ -42,8 +42,10 @@ void run(const Mesh& source, const Mesh& target, const std::vector<int>& flags, 
     {
         workers.throwStopped(texts.cancelled);
     }
-    const EngineModel sourceModel(source);
-    const EngineModel targetModel(target);
+    const Origin origin =
+        options.rules.movesOrigin ? commonOrigin(source, target.coordinates(), tuning.refCoordTolerance) : noOrigin;
+    const EngineModel sourceModel(source, origin);
+    const EngineModel targetModel(target, origin);
     const MapFailure failure = match(MeshPair{sourceModel.model(), targetModel.model(), flags.data()},
                                      engineRules(options.rules), tuning, workers);
     if (workers.isStopped() || (!failure && !workers.report(100, texts.terminated)))

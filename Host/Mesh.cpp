@@ -42,6 +42,31 @@ void checkCoordinates(const std::vector<float>& coordinates, std::string_view wh
     }
 }
 
+/// Makes the coordinates in single precision if only those in double are given, which are dropped where they say no
+/// more.
+void roundCoordinates(std::vector<float>& coordinates, std::vector<double>& exact)
+{
+    if (coordinates.empty())
+    {
+        coordinates.reserve(exact.size());
+        for (const double coordinate : exact)
+        {
+            // Beyond the largest single there is no conversion that is defined.
+            const bool fits = std::abs(coordinate) <= double{std::numeric_limits<float>::max()};
+            coordinates.push_back(fits ? static_cast<float>(coordinate) : std::numeric_limits<float>::infinity());
+        }
+    }
+    if (!exact.empty() && exact.size() != coordinates.size())
+    {
+        throw InvalidData(text("there are ", coordinates.size(), " coordinates in single precision, but ", exact.size(),
+                               " in double"));
+    }
+    if (std::ranges::equal(exact, coordinates, [](double x, float rounded) { return x == double{rounded}; }))
+    {
+        exact = {};
+    }
+}
+
 void checkStateCode(const Material& material)
 {
     if (material.stateCode == notAssigned)
@@ -171,10 +196,33 @@ float Box::size() const
 
 Mesh::Mesh(MeshData data) : data_(std::move(data))
 {
+    roundCoordinates(data_.coordinates, data_.exactCoordinates);
     checkCoordinates(data_.coordinates, "node");
     checkElements(data_);
     checkNodeNumbers(data_);
     checkMaterials(data_.materials, data_.materialPerElement, data_.kinds.size(), "element");
+    nodesPerElement_.reserve(data_.offsets.size());
+    for (const std::size_t offset : data_.offsets)
+    {
+        nodesPerElement_.push_back(data_.connectivity.data() + offset);
+    }
+    data_.offsets = {};
+}
+
+Mesh::Mesh(const Mesh& other) : data_(other.data_)
+{
+    nodesPerElement_.reserve(other.nodesPerElement_.size());
+    for (const int* nodes : other.nodesPerElement_)
+    {
+        nodesPerElement_.push_back(data_.connectivity.data() + (nodes - other.data_.connectivity.data()));
+    }
+}
+
+Mesh& Mesh::operator=(Mesh other) noexcept
+{
+    std::swap(data_, other.data_);
+    std::swap(nodesPerElement_, other.nodesPerElement_);
+    return *this;
 }
 
 const ElementKindInfo& Mesh::kindOf(int element) const
@@ -229,6 +277,20 @@ PointCloud::PointCloud(std::vector<float> coordinates, std::vector<int> material
                        std::vector<Material> materials)
     : coordinates_(std::move(coordinates)), materialPerPoint_(std::move(materialPerPoint)),
       materials_(std::move(materials))
+{
+    check();
+}
+
+PointCloud::PointCloud(std::vector<double> coordinates, std::vector<int> materialPerPoint,
+                       std::vector<Material> materials)
+    : exactCoordinates_(std::move(coordinates)), materialPerPoint_(std::move(materialPerPoint)),
+      materials_(std::move(materials))
+{
+    roundCoordinates(coordinates_, exactCoordinates_);
+    check();
+}
+
+void PointCloud::check() const
 {
     if (coordinates_.empty())
     {

@@ -40,7 +40,9 @@ struct Box
 /// What a mesh is made of. All numbers count from 0.
 struct MeshData
 {
-    std::vector<float> coordinates{};   ///< x, y, z of each node, one node after another
+    std::vector<float> coordinates{}; ///< x, y, z of each node, one node after another
+    /// The same in double precision, instead of `coordinates` or along with them; empty where they are singles.
+    std::vector<double> exactCoordinates{};
     std::vector<ElementKind> kinds{};   ///< one per element
     std::vector<std::size_t> offsets{}; ///< where each element's nodes begin in `connectivity`, and the end: one more
                                         ///< entry than there are elements
@@ -56,11 +58,17 @@ class Mesh
 public:
     /// Throws InvalidData, naming what is wrong and where.
     explicit Mesh(MeshData data);
+    Mesh(const Mesh& other);
+    Mesh(Mesh&& other) noexcept = default;
+    Mesh& operator=(Mesh other) noexcept;
+    ~Mesh() = default;
 
     int nodeCount() const { return static_cast<int>(data_.coordinates.size() / 3); }
     int elementCount() const { return static_cast<int>(data_.kinds.size()); }
 
     const std::vector<float>& coordinates() const { return data_.coordinates; }
+    /// In double precision; empty if coordinates() says it all.
+    const std::vector<double>& exactCoordinates() const { return data_.exactCoordinates; }
     const std::vector<ElementKind>& kinds() const { return data_.kinds; }
     const std::vector<int>& materialPerElement() const { return data_.materialPerElement; }
     const std::vector<Material>& materials() const { return data_.materials; }
@@ -68,10 +76,11 @@ public:
     const ElementKindInfo& kindOf(int element) const;
     std::span<const int> nodesOf(int element) const
     {
-        const std::size_t begin = data_.offsets[static_cast<std::size_t>(element)];
-        const std::size_t end = data_.offsets[static_cast<std::size_t>(element) + 1];
-        return std::span(data_.connectivity).subspan(begin, end - begin);
+        const auto i = static_cast<std::size_t>(element);
+        return {nodesPerElement_[i], nodesPerElement_[i + 1]};
     }
+    /// Where each element's nodes begin in memory, and the end of all: one more entry than there are elements.
+    const std::vector<const int*>& nodesPerElement() const { return nodesPerElement_; }
     std::span<const float, 3> nodePosition(int node) const;
 
     /// An index into materials().
@@ -91,7 +100,8 @@ public:
     void setMaterials(std::vector<Material> materials, std::vector<int> materialPerElement);
 
 private:
-    MeshData data_;
+    MeshData data_; ///< without the offsets
+    std::vector<const int*> nodesPerElement_;
 };
 
 /// Points with materials, as a target. Points count from 0. Only the materials' state codes can change afterwards.
@@ -100,9 +110,12 @@ class PointCloud
 public:
     /// Coordinates are x, y, z of each point. Throws InvalidData, naming what is wrong and where.
     PointCloud(std::vector<float> coordinates, std::vector<int> materialPerPoint, std::vector<Material> materials);
+    PointCloud(std::vector<double> coordinates, std::vector<int> materialPerPoint, std::vector<Material> materials);
 
     int pointCount() const { return static_cast<int>(coordinates_.size() / 3); }
     const std::vector<float>& coordinates() const { return coordinates_; }
+    /// In double precision; empty if coordinates() says it all.
+    const std::vector<double>& exactCoordinates() const { return exactCoordinates_; }
     const std::vector<int>& materialPerPoint() const { return materialPerPoint_; }
     const std::vector<Material>& materials() const { return materials_; }
 
@@ -112,7 +125,10 @@ public:
     void setStateCodes(std::span<const int> codes);
 
 private:
+    void check() const;
+
     std::vector<float> coordinates_;
+    std::vector<double> exactCoordinates_;
     std::vector<int> materialPerPoint_;
     std::vector<Material> materials_;
 };

@@ -2,6 +2,7 @@
 #ifndef VELTRANE_HOST_TRANSFER_STATISTICS_H
 #define VELTRANE_HOST_TRANSFER_STATISTICS_H
 
+#include <array>
 #include <optional>
 #include <string>
 
@@ -29,7 +30,8 @@ struct TransferStatistics
     std::optional<OutsideCounts> gaussPoints; ///< mesh targets only
     /// Points in no element that lie in the box of one in which the iteration did not converge.
     int unconvergedPointCount = 0;
-    int singularElementCount = 0; ///< source elements that were left out for some point
+    int singularElementCount = 0;   ///< source elements that were left out for some point
+    std::array<double, 3> origin{}; ///< what was taken off all coordinates before they became single precision
 };
 
 /// The figures as lines of text, as the library writes them into its log.

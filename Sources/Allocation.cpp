@@ -15,7 +15,7 @@ void askForLargePages([[maybe_unused]] void* bytes, [[maybe_unused]] std::size_t
 {
 #if defined(__linux__) && defined(MADV_HUGEPAGE)
     constexpr std::size_t pageSize = std::size_t{1} << 21;
-    constexpr std::size_t worthwhile = 4 * pageSize;
+    constexpr std::size_t worthwhile = 2 * pageSize;
     if (bytes == nullptr || size < worthwhile)
     {
         return;

@@ -155,7 +155,6 @@ private:
     void leaveAt(std::int64_t index, const PieceList& list, const NearestElement& nearest) const;
     MapFailure planPropagation();
     MapFailure finish();
-    void sumUpIterations();
     bool allocateWeights();
     void computeWeights(std::int64_t row);
     bool listSingularElements();
@@ -204,6 +203,7 @@ MapFailure MapBuilder::prepare()
     }
     itsMap.itsFarPoints = itsSettings.farPoints;
     itsMap.itsNbSourceNodes = itsSource.itsNbNodes;
+    itsMap.itsStatistics.origin = itsSettings.origin;
     for (int elt = 0; elt < itsSource.itsNbElts; ++elt)
     {
         itsMap.itsNbSourceGaussPoints += itsSource.nbGaussPointsOfElt(elt);
@@ -316,9 +316,8 @@ bool MapBuilder::allocateTable()
 {
     const std::int64_t nbRows = itsTable.nbRows();
     return allocateFilled<unsigned char>(itsTable.findings, nbRows, 0) &&
-           allocateFilled(itsTable.elements, nbRows, noElement) &&
-           allocateFilled(itsTable.referenceCoords, nbRows, Vector3{}) && itsTable.firstWeights.allocate(nbRows + 1) &&
-           itsIterations.allocate(nbRows);
+           allocateFilled(itsTable.elements, nbRows, noElement) && itsTable.referenceCoords.allocate(nbRows) &&
+           itsTable.firstWeights.allocate(nbRows + 1) && itsIterations.allocate(nbRows);
 }
 
 /// Searches the points of one section of the table, then the elements near those that are in none.
@@ -640,7 +639,6 @@ MapFailure MapBuilder::planPropagation()
 MapFailure MapBuilder::finish()
 {
     itsMap.itsIsJumping = itsNbJumping > 0;
-    sumUpIterations();
     if (!allocateWeights())
     {
         return noMemoryFailure();
@@ -668,33 +666,29 @@ MapFailure MapBuilder::finish()
     return {};
 }
 
-/// The sum is a single-precision one, in the order of the points.
-void MapBuilder::sumUpIterations()
+/// Counts weights and iterations; the sum of these is a single-precision one, in the order of the points.
+bool MapBuilder::allocateWeights()
 {
-    float sum = 0.0F;
+    const int* types = itsSource.itsEltTypes;
+    const bool hasOneKind = std::all_of(types, types + itsSource.itsNbElts, [&](int type) { return type == types[0]; });
+    const int nbNodesOfAll = hasOneKind ? itsSource.nbNodesOfElt(0) : 0;
+    std::int64_t nbWeights = 0;
+    float nbIterations = 0.0F;
     int nbPoints = 0;
     for (std::int64_t row = 0; row < itsTable.nbRows(); ++row)
     {
+        itsTable.firstWeights[row] = nbWeights;
         if (itsTable.hasWeights(row))
         {
-            sum += static_cast<float>(itsIterations[row]);
+            nbWeights += hasOneKind ? nbNodesOfAll : itsSource.nbNodesOfElt(itsTable.elements[row]);
+            nbIterations += static_cast<float>(itsIterations[row]);
             ++nbPoints;
         }
     }
-    itsMap.itsStatistics.nbInterpolatedPoints = nbPoints;
-    itsMap.itsStatistics.meanIterations = sum / static_cast<float>(nbPoints);
-    itsIterations.release();
-}
-
-bool MapBuilder::allocateWeights()
-{
-    std::int64_t nbWeights = 0;
-    for (std::int64_t row = 0; row < itsTable.nbRows(); ++row)
-    {
-        itsTable.firstWeights[row] = nbWeights;
-        nbWeights += itsTable.hasWeights(row) ? itsSource.nbNodesOfElt(itsTable.elements[row]) : 0;
-    }
     itsTable.firstWeights[itsTable.nbRows()] = nbWeights;
+    itsMap.itsStatistics.nbInterpolatedPoints = nbPoints;
+    itsMap.itsStatistics.meanIterations = nbIterations / static_cast<float>(nbPoints);
+    itsIterations.release();
     return itsTable.nodes.allocate(nbWeights) && itsTable.weights.allocate(nbWeights);
 }
 
@@ -702,6 +696,7 @@ void MapBuilder::computeWeights(std::int64_t row)
 {
     if (!itsTable.hasWeights(row))
     {
+        itsTable.referenceCoords[row] = {};
         return;
     }
     const int elt = itsTable.elements[row];

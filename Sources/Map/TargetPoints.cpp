@@ -14,6 +14,7 @@ void assignOneMaterial(const ModelClass& mesh, const int* matlMappingFlags, cons
                        Workers& workers, unsigned char* isPart)
 {
     std::fill_n(isPart, mesh.itsNbNodes, static_cast<unsigned char>(0));
+    const bool isAlone = workers.nbWorkers() == 1;
     const auto visitElt = [&](std::int64_t elt)
     {
         const int* nodes = mesh.itsConnectivity[elt];
@@ -22,7 +23,7 @@ void assignOneMaterial(const ModelClass& mesh, const int* matlMappingFlags, cons
         {
             // Workers would take each other's memory away if they wrote what stands there already.
             const std::atomic_ref mark(isPart[nodes[i]]);
-            if (mark.load(std::memory_order_relaxed) == 0)
+            if (isAlone || mark.load(std::memory_order_relaxed) == 0)
             {
                 mark.store(1, std::memory_order_relaxed);
             }

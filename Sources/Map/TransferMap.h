@@ -37,7 +37,8 @@ struct MapSettings
     bool fromGaussPoints = false;                             ///< source values may be at Gauss points
     float nearLimit = std::numeric_limits<float>::infinity(); ///< points that are farther than this are far
     SearchTuning tuning;
-    bool takesChecksums = true; ///< of the models, for whoever stores the map
+    bool takesChecksums = true;     ///< of the models, for whoever stores the map
+    std::array<double, 3> origin{}; ///< what was taken off the models' coordinates before they became singles
 };
 
 /// The figures of a map's search.
@@ -57,6 +58,7 @@ struct MapStatistics
     std::int64_t nbUnconvergedPoints = 0;
     /// Source elements that were left out for some point because their Jacobian was singular on the way to it.
     std::int64_t nbSingularElts = 0;
+    std::array<double, 3> origin{}; ///< that of the settings
 };
 
 /// One field of an application: where its source values are, and where its target values go. The arrays are borrowed.

@@ -1,0 +1,96 @@
+#include "CommonOrigin.h"
+
+#include "EngineTuning.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace veltrane
+{
+namespace
+{
+
+float farthestCoordinate(std::span<const float> coordinates)
+{
+    float farthest = 0;
+    for (const float coordinate : coordinates)
+    {
+        farthest = std::max(farthest, std::abs(coordinate));
+    }
+    return farthest;
+}
+
+float spacingAt(float coordinate)
+{
+    return std::nextafter(coordinate, Box::infinity) - coordinate;
+}
+
+/// The smallest side of the element's box.
+float smallestSide(const Mesh& mesh, int element)
+{
+    Box box;
+    for (const int node : mesh.nodesOf(element))
+    {
+        box.add(mesh.nodePosition(node));
+    }
+    return std::min({box.max[0] - box.min[0], box.max[1] - box.min[1], box.max[2] - box.min[2]});
+}
+
+bool hasVolumeElementBelow(const Mesh& mesh, float side)
+{
+    for (int element = 0; element < mesh.elementCount(); ++element)
+    {
+        if (mesh.kindOf(element).isVolume && smallestSide(mesh, element) < side)
+        {
+            return true;
+        }
+    }
+    return false;
+}
+
+double exactCoordinate(std::span<const float> coordinates, std::span<const double> exact, std::size_t i)
+{
+    return exact.empty() ? double{coordinates[i]} : exact[i];
+}
+
+} // namespace
+
+Origin commonOrigin(const Mesh& source, std::span<const float> targetCoordinates, float tolerance)
+{
+    constexpr float share = 0.1F;
+    const float farthest = std::max(farthestCoordinate(source.coordinates()), farthestCoordinate(targetCoordinates));
+    if (!hasVolumeElementBelow(source, spacingAt(farthest) / (share * tolerance)))
+    {
+        return noOrigin;
+    }
+    Origin origin{};
+    const Box box = source.boundingBox();
+    for (std::size_t axis = 0; axis < 3; ++axis)
+    {
+        origin[axis] = 0.5 * (double{box.min[axis]} + double{box.max[axis]});
+    }
+    return origin;
+}
+
+std::vector<float> coordinatesFrom(const Origin& origin, std::span<const float> coordinates,
+                                   std::span<const double> exact)
+{
+    std::vector<float> moved(coordinates.size());
+    for (std::size_t i = 0; i < moved.size(); ++i)
+    {
+        moved[i] = static_cast<float>(exactCoordinate(coordinates, exact, i) - origin[i % 3]);
+    }
+    return moved;
+}
+
+PositionsInMesh::PositionsInMesh(const Mesh& mesh) : coordinates_(mesh.coordinates())
+{
+    const Origin origin = commonOrigin(mesh, {}, engineTuning({}).refCoordTolerance);
+    if (origin != noOrigin)
+    {
+        moved_ = coordinatesFrom(origin, mesh.coordinates(), mesh.exactCoordinates());
+        coordinates_ = moved_;
+    }
+}
+
+} // namespace veltrane
