@@ -275,23 +275,16 @@ void Mesh::setMaterials(std::vector<Material> materials, std::vector<int> materi
 
 PointCloud::PointCloud(std::vector<float> coordinates, std::vector<int> materialPerPoint,
                        std::vector<Material> materials)
-    : coordinates_(std::move(coordinates)), materialPerPoint_(std::move(materialPerPoint)),
-      materials_(std::move(materials))
+    : PointCloud(std::move(coordinates), {}, std::move(materialPerPoint), std::move(materials))
 {
-    check();
 }
 
-PointCloud::PointCloud(std::vector<double> coordinates, std::vector<int> materialPerPoint,
-                       std::vector<Material> materials)
-    : exactCoordinates_(std::move(coordinates)), materialPerPoint_(std::move(materialPerPoint)),
-      materials_(std::move(materials))
+PointCloud::PointCloud(std::vector<float> coordinates, std::vector<double> exactCoordinates,
+                       std::vector<int> materialPerPoint, std::vector<Material> materials)
+    : coordinates_(std::move(coordinates)), exactCoordinates_(std::move(exactCoordinates)),
+      materialPerPoint_(std::move(materialPerPoint)), materials_(std::move(materials))
 {
     roundCoordinates(coordinates_, exactCoordinates_);
-    check();
-}
-
-void PointCloud::check() const
-{
     if (coordinates_.empty())
     {
         throw InvalidData("there is no point");

@@ -110,7 +110,9 @@ class PointCloud
 public:
     /// Coordinates are x, y, z of each point. Throws InvalidData, naming what is wrong and where.
     PointCloud(std::vector<float> coordinates, std::vector<int> materialPerPoint, std::vector<Material> materials);
-    PointCloud(std::vector<double> coordinates, std::vector<int> materialPerPoint, std::vector<Material> materials);
+    /// Exact coordinates are as those of MeshData.
+    PointCloud(std::vector<float> coordinates, std::vector<double> exactCoordinates, std::vector<int> materialPerPoint,
+               std::vector<Material> materials);
 
     int pointCount() const { return static_cast<int>(coordinates_.size() / 3); }
     const std::vector<float>& coordinates() const { return coordinates_; }
@@ -125,8 +127,6 @@ public:
     void setStateCodes(std::span<const int> codes);
 
 private:
-    void check() const;
-
     std::vector<float> coordinates_;
     std::vector<double> exactCoordinates_;
     std::vector<int> materialPerPoint_;

@@ -9,6 +9,7 @@
 #include <vtkCellType.h>
 #include <vtkDataArray.h>
 #include <vtkDataSetAttributes.h>
+#include <vtkDoubleArray.h>
 #include <vtkPoints.h>
 #include <vtkUnsignedCharArray.h>
 #include <vtkUnstructuredGrid.h>
@@ -201,6 +202,13 @@ std::vector<float> readCoordinates(vtkPointSet& points, const std::filesystem::p
         }
     }
     return coordinates;
+}
+
+std::vector<double> readExactCoordinates(vtkPointSet& points)
+{
+    auto* data = points.GetPoints() == nullptr ? nullptr : vtkDoubleArray::SafeDownCast(points.GetPoints()->GetData());
+    return data == nullptr ? std::vector<double>()
+                           : std::vector(data->GetPointer(0), data->GetPointer(data->GetNumberOfValues()));
 }
 
 std::span<const char* const> usualMaterialArrays()

@@ -63,6 +63,9 @@ void checkCells(vtkUnstructuredGrid& grid, const std::filesystem::path& path);
 /// In single precision.
 std::vector<float> readCoordinates(vtkPointSet& points, const std::filesystem::path& path);
 
+/// In double precision; empty if the file has them in single precision.
+std::vector<double> readExactCoordinates(vtkPointSet& points);
+
 /// In the order in which they are looked for.
 std::span<const char* const> usualMaterialArrays();
 

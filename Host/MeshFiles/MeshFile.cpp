@@ -83,6 +83,7 @@ MeshFile::MeshFile(const std::filesystem::path& path, const MeshReading& reading
 
     GridElements elements = readElements(grid, reading, path);
     elements.data.coordinates = readCoordinates(grid, path);
+    elements.data.exactCoordinates = readExactCoordinates(grid);
     vtkDataArray* materialArray = findMaterialArray(*grid.GetCellData(), reading.materialArray, path);
     if (materialArray != nullptr)
     {

@@ -43,8 +43,8 @@ PointFile::PointFile(const std::filesystem::path& path, const std::optional<std:
     MaterialNumbers materials = readMaterials(array, numbers, "point", path);
     try
     {
-        contents_->points.emplace(readCoordinates(dataSet, path), std::move(materials.materialPerItem),
-                                  std::move(materials.materials));
+        contents_->points.emplace(readCoordinates(dataSet, path), readExactCoordinates(dataSet),
+                                  std::move(materials.materialPerItem), std::move(materials.materials));
     }
     catch (const InvalidData& error)
     {

@@ -12,7 +12,7 @@
 namespace
 {
 constexpr std::uint64_t mark = 0x50414D5F52544C56; // "VLTR_MAP"
-constexpr std::uint64_t version = 2;
+constexpr std::uint64_t version = 1;
 constexpr std::uint64_t byteOrder = 0x0102030405060708;
 
 std::int64_t padded(std::int64_t size)

@@ -1,4 +1,5 @@
 // Meshes far from the origin of their coordinates.
+#include "CommonOrigin.h"
 #include "HostMeshes.h"
 #include "Map.h"
 #include "Match.h"
@@ -6,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <numeric>
 
 namespace
@@ -65,8 +67,8 @@ TEST_P(MapsFarFromTheOrigin, FindAsManyNodes)
 
 TEST_P(MapsFarFromTheOrigin, FindAsManyPoints)
 {
-    const veltrane::PointCloud points(target.exactCoordinates(), std::vector<int>(target.exactCoordinates().size() / 3),
-                                      {{"", 1}});
+    const veltrane::PointCloud points({}, target.exactCoordinates(),
+                                      std::vector<int>(target.exactCoordinates().size() / 3), {{"", 1}});
     EXPECT_EQ(insideCount(Map(source, points)), target.nodeCount());
 }
 
