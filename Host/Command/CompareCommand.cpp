@@ -213,7 +213,7 @@ std::vector<NamedComparison> CompareCommand::compareWithFile(const MeshFile& fil
     }
     printLine(stream, "A", file_);
     printLine(stream, "B", reference_);
-    printLine(stream, "mesh of both", describe(file.mesh()));
+    printLine(stream, "mesh of both", describe(file));
     printNames(stream, "only in A", namesAlsoIn(referenceNames, names, false));
     printNames(stream, "only in B", namesAlsoIn(names, referenceNames, false));
     return comparisons;
@@ -241,7 +241,7 @@ std::vector<NamedComparison> CompareCommand::compareWithFormulas(const MeshFile&
     {
         printLine(stream, "B", text(formula.name, " = ", formula.expression));
     }
-    printLine(stream, "mesh", describe(file.mesh()));
+    printLine(stream, "mesh", describe(file));
     return comparisons;
 }
 

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <string>
 
 namespace veltrane
@@ -20,7 +21,7 @@ namespace
 using Json = nlohmann::ordered_json;
 
 // Counts up whenever a member changes its meaning or goes away.
-constexpr int formatVersion = 1;
+constexpr int formatVersion = 2;
 
 Json describeBox(const Box& box)
 {
@@ -49,13 +50,9 @@ Json describeMesh(const MeshFile& file)
 {
     const Mesh& mesh = file.mesh();
     Json elements = Json::object();
-    for (const ElementKindInfo& info : elementKinds)
+    for (const auto& [name, count] : file.elementCounts())
     {
-        const auto count = std::ranges::count(mesh.kinds(), info.kind);
-        if (count > 0)
-        {
-            elements[std::string(info.name)] = count;
-        }
+        elements[name.one] = count;
     }
     return {{"file", file.path().string()},
             {"nodes", mesh.nodeCount()},
@@ -90,15 +87,22 @@ Json describePoints(const TransferRecord& record)
         return {{"points", points.all},
                 {"notMapped", points.notMapped},
                 {"inside", points.inside},
-                {"outside", points.outside}};
+                {"outside", points.outside},
+                {"outsideOfMissingMaterial", points.outsideOfMissingMaterial}};
     }
     const std::optional<NodeCounts> nodes = countNodes(record);
     if (!nodes)
     {
         return nullptr;
     }
-    return {{"nodes", nodes->all},     {"inNoCell", nodes->inNoCell}, {"notMapped", nodes->notMapped},
-            {"inside", nodes->inside}, {"near", nodes->near},         {"far", nodes->far}};
+    return {{"nodes", nodes->all},
+            {"inNoCell", nodes->inNoCell},
+            {"notMapped", nodes->notMapped},
+            {"inside", nodes->inside},
+            {"near", nodes->near},
+            {"far", nodes->far},
+            {"farOfMissingMaterial", nodes->farOfMissingMaterial},
+            {"farReached", nodes->reached}};
 }
 
 Json describeGaussPoints(const TransferRecord& record)
@@ -137,9 +141,10 @@ Json describeStages(const StageTimes& times)
     return stages;
 }
 
-Json describeValues(const Field& field, int component)
+/// \param isCounted  as of statisticsOf()
+Json describeValues(const Field& field, int component, const std::function<bool(std::size_t)>& isCounted = {})
 {
-    const ComponentStatistics figures = statisticsOf(field, component);
+    const ComponentStatistics figures = statisticsOf(field, component, isCounted);
     return {{"min", figures.min}, {"mean", figures.mean}, {"max", figures.max}, {"unusable", figures.unusableCount}};
 }
 
@@ -156,7 +161,7 @@ Json describeFields(const TransferRecord& record)
         {
             components.push_back({{"name", componentName(target, component)},
                                   {"source", describeValues(source, component)},
-                                  {"target", describeValues(target, component)}});
+                                  {"target", describeValues(target, component, hasSourceValue(record, target))}});
         }
         fields.push_back({{"name", target.name()},
                           {"sourceLocation", locationName(source)},
@@ -167,12 +172,21 @@ Json describeFields(const TransferRecord& record)
     return fields;
 }
 
-Json describeOptions(const TransferOptions& options)
+Json describePlacement(const Placement& placement)
+{
+    return {{"scale", placement.scale}, {"rotation", placement.rotation}, {"translation", placement.translation}};
+}
+
+Json describeOptions(const TransferOptions& options, const Placement& placement)
 {
     Json described{{"mode", static_cast<int>(options.mode)}, {"defaultValue", options.defaultValue}};
     if (options.tuning.tolerance)
     {
         described["tolerance"] = *options.tuning.tolerance;
+    }
+    if (!placement.isIdentity())
+    {
+        described["placement"] = describePlacement(placement);
     }
     return described;
 }
@@ -185,7 +199,7 @@ Json describe(const TransferRecord& record)
             {"program", versionText()},
             {"outcome", isWarned ? "propagation warning" : "done"},
             {"message", record.result.message},
-            {"options", describeOptions(record.options)},
+            {"options", describeOptions(record.options, record.placement)},
             {"source", describeMesh(record.source)},
             {"target", describeTarget(record)},
             {"points", describePoints(record)},

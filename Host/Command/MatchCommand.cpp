@@ -149,7 +149,7 @@ MatchTable matchExplainingFailures(const Sort& sort, const MeshFile& source, con
 
 ExitStatus run(const Sort& sort, const MeshPairArguments& files)
 {
-    const std::optional<FileFormat> format = formatOf(files.output);
+    const std::optional<FileFormat> format = files.outputFormat();
     if (format != FileFormat::table && !isMeshOutput(format))
     {
         throw InvalidOption(text("the output '", files.output, "' is not named .csv, ", meshOutputEndings));
@@ -202,7 +202,7 @@ ExitStatus run(const Sort& sort, const MeshPairArguments& files)
     progress.finish();
     if (!files.quiet)
     {
-        std::cout << table.summary << '\n';
+        files.summaryStream() << table.summary << '\n';
     }
     return ExitStatus::done;
 }
@@ -230,6 +230,7 @@ MatchCommand::MatchCommand(CLI::App& app)
              "of the mean source cell. A node is of the material of the first cell that it is part of.\n\n",
              meshFormatHelp, materialHelp, exitStatusHelp));
 
+    gaussPoints_.files.keepsRepeatedNodes = true; // Gauss points are those of the cells as they are given
     addOptions(gaussPoints_, gaussPointSort().points,
                "how exactly the source cell around the centre of a target\n"
                "cell is located, as part of its size (0.001)");
@@ -250,7 +251,9 @@ void MatchCommand::addOptions(Request& request, std::string_view points, const s
     CLI::App& command = *request.command;
     request.files.addFiles(command, text("mesh file with the ", points, " to be found, of volume cells"),
                            "mesh file of the same geometry, or of a part of it",
-                           "file to be written: a table (.csv), or the target with\nthe numbers found (.vtu, .vtk)");
+                           "file to be written: a table (.csv, or - for standard\noutput), or the target with the "
+                           "numbers found (.vtu, .vtk)");
+    request.files.streamEnding = ".csv";
     request.files.materials.addTo(command, text(points, " to be matched"));
     if (!toleranceHelp.empty())
     {

@@ -10,6 +10,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <iostream>
 #include <iterator>
 
 namespace veltrane
@@ -57,7 +58,7 @@ void MeshPairArguments::addFiles(CLI::App& command, const std::string& sourceHel
 void MeshPairArguments::addSkipUnsupported(CLI::App& command)
 {
     command.add_flag("--skip-unsupported", skipUnsupported,
-                     "leave out cells that cannot be used, such as quadratic\nhexahedra, instead of failing");
+                     "leave out volume cells that cannot be used, such as\npolyhedra in a source, instead of failing");
 }
 
 void MeshPairArguments::addTolerance(CLI::App& command, const std::string& help)
@@ -102,7 +103,7 @@ FileWriting MeshPairArguments::writing() const
 
 void MeshPairArguments::checkCompression() const
 {
-    const std::optional<FileFormat> format = formatOf(output);
+    const std::optional<FileFormat> format = outputFormat();
     if (!compression.empty() && (format == FileFormat::table || format == FileFormat::legacyUnstructuredGrid))
     {
         throw InvalidOption(text("--compression has no effect on the output '", output, "', only on .vtu and .vtp"));
@@ -116,17 +117,33 @@ void MeshPairArguments::addQuiet(CLI::App& command, const std::string& help)
 
 OutputFile MeshPairArguments::openOutput() const
 {
+    if (isOutputStandard())
+    {
+        return OutputFile::standardOutput(streamEnding);
+    }
     const std::array<std::filesystem::path, 2> inputs{source, target};
     return OutputFile(output, inputs);
 }
 
-MeshFile MeshPairArguments::readSource(bool cellsAsNodes) const
+std::optional<FileFormat> MeshPairArguments::outputFormat() const
+{
+    return formatOf(isOutputStandard() ? "-" + streamEnding : output);
+}
+
+std::ostream& MeshPairArguments::summaryStream() const
+{
+    return isOutputStandard() ? std::cerr : std::cout;
+}
+
+MeshFile MeshPairArguments::readSource(bool cellsAsNodes, const Placement& placement) const
 {
     return read(source, {.role = MeshRole::source,
                          .skipUnsupported = skipUnsupported,
                          .cellsAsNodes = cellsAsNodes,
                          .materialArray = materials.array,
-                         .step = step});
+                         .step = step,
+                         .placement = placement,
+                         .keepsRepeatedNodes = keepsRepeatedNodes});
 }
 
 MeshFile MeshPairArguments::readTarget(MeshRole role) const

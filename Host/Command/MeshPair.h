@@ -2,13 +2,16 @@
 #ifndef VELTRANE_COMMAND_MESH_PAIR_H
 #define VELTRANE_COMMAND_MESH_PAIR_H
 
+#include "FileFormat.h"
 #include "Materials.h"
 #include "MeshFile.h"
 #include "OutputFile.h"
+#include "TableText.h"
 
 #include <CLI/CLI.hpp>
 
 #include <filesystem>
+#include <iosfwd>
 #include <optional>
 #include <string>
 #include <vector>
@@ -73,10 +76,12 @@ struct MeshPairArguments
     std::optional<float> tolerance;
     std::optional<int> step; ///< of an Exodus file as the source, from 0
     bool skipUnsupported = false;
+    bool keepsRepeatedNodes = false; ///< see MeshReading
     bool replace = false;
     bool quiet = false;
-    int threads = 0;           ///< 0: all cores that the process may use
-    std::string compression{}; ///< empty if the option is not given
+    int threads = 0;            ///< 0: all cores that the process may use
+    std::string compression{};  ///< empty if the option is not given
+    std::string streamEnding{}; ///< of the format in which the output goes to standard output
 
     void addFiles(CLI::App& command, const std::string& sourceHelp, const std::string& targetHelp,
                   const std::string& outputHelp, const std::string& targetName = "TARGET");
@@ -90,6 +95,12 @@ struct MeshPairArguments
     /// Throws CannotWrite if it could not be written.
     OutputFile openOutput() const;
 
+    bool isOutputStandard() const { return output == standardStream; }
+    std::optional<FileFormat> outputFormat() const;
+
+    /// Where results are told: standard output, unless it takes the output itself.
+    std::ostream& summaryStream() const;
+
     /// How the output is to be written.
     FileWriting writing() const;
 
@@ -98,7 +109,7 @@ struct MeshPairArguments
 
     /// Throw NoInput or BadFile, and Cancelled if the command was interrupted meanwhile. Warn of cells left out on
     /// request.
-    MeshFile readSource(bool cellsAsNodes = false) const;
+    MeshFile readSource(bool cellsAsNodes = false, const Placement& placement = {}) const;
     MeshFile readTarget(MeshRole role) const;
 
     /// The box of the target, or of its selected materials, must touch the source's; throws BadFile.

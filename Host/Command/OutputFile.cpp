@@ -11,6 +11,8 @@
 
 #include <cerrno>
 #include <cstring>
+#include <fstream>
+#include <iostream>
 #include <system_error>
 #include <utility>
 
@@ -75,6 +77,19 @@ void checkExisting(const std::filesystem::path& path, std::span<const std::files
     }
 }
 
+void copyToStandardOutput(const std::filesystem::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    if (file.peek() != std::ifstream::traits_type::eof())
+    {
+        std::cout << file.rdbuf();
+    }
+    if (!std::cout.flush() || file.bad())
+    {
+        throw CannotWrite(text("cannot write to standard output: ", std::strerror(errno)));
+    }
+}
+
 } // namespace
 
 PendingOutput::PendingOutput(std::filesystem::path temporaryPath, std::filesystem::path path)
@@ -99,6 +114,11 @@ PendingOutput::PendingOutput(PendingOutput&& other) noexcept
 
 void PendingOutput::publish()
 {
+    if (path_.empty())
+    {
+        copyToStandardOutput(temporaryPath_);
+        return;
+    }
     std::error_code failure;
     std::filesystem::rename(temporaryPath_, path_, failure);
     if (failure)
@@ -133,14 +153,23 @@ OutputFile::OutputFile(const std::filesystem::path& path, std::span<const std::f
     {
         throw CannotWrite(text("cannot create '", path.string(), "': ", error.code().message()));
     }
+    pattern_ = path_;
     const PendingOutput trial(temporaryPath(), path_);
+}
+
+OutputFile OutputFile::standardOutput(const std::string& ending)
+{
+    OutputFile output;
+    output.givenPath_ = "standard output";
+    output.pattern_ = std::filesystem::temp_directory_path() / ("veltrane" + ending);
+    return output;
 }
 
 /// Of the same ending, which tells writers the format.
 std::filesystem::path OutputFile::temporaryPath() const
 {
-    return path_.parent_path() /
-           text(".", path_.stem().string(), ".", uniqueWord(), ".part", path_.extension().string());
+    return pattern_.parent_path() /
+           text(".", pattern_.stem().string(), ".", uniqueWord(), ".part", pattern_.extension().string());
 }
 
 bool OutputFile::isInput(const std::filesystem::path& path) const

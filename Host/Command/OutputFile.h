@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <functional>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace veltrane
@@ -14,6 +15,7 @@ namespace veltrane
 class PendingOutput
 {
 public:
+    /// \param path  empty if the output goes to standard output
     PendingOutput(std::filesystem::path temporaryPath, std::filesystem::path path);
     ~PendingOutput();
     PendingOutput(PendingOutput&& other) noexcept;
@@ -34,6 +36,9 @@ public:
     /// Throws CannotWrite, before any work is done, if the file could not be created or is one of the inputs.
     OutputFile(const std::filesystem::path& path, std::span<const std::filesystem::path> inputs);
 
+    /// Standard output, of the format that this ending stands for. What goes there is first a temporary file, too.
+    static OutputFile standardOutput(const std::string& ending);
+
     bool isInput(const std::filesystem::path& path) const;
 
     /// Has a temporary file beside the output written. If the writer throws, it is removed; of a CannotWrite it need
@@ -45,10 +50,13 @@ public:
     void write(const std::function<void(const std::filesystem::path&)>& writer) const;
 
 private:
+    OutputFile() = default;
+
     std::filesystem::path temporaryPath() const;
 
     std::filesystem::path givenPath_;
-    std::filesystem::path path_; ///< absolute, with links resolved
+    std::filesystem::path path_;    ///< absolute, with links resolved; empty if it is standard output
+    std::filesystem::path pattern_; ///< what the names of temporary files are made of
     std::vector<std::filesystem::path> inputs_;
 };
 

@@ -4,12 +4,12 @@
 #include "Interruption.h"
 #include "PointFile.h"
 #include "ProgressBar.h"
+#include "TableText.h"
 #include "Text.h"
 #include "TransferRecord.h"
 #include "TransferSummary.h"
 
 #include <filesystem>
-#include <iostream>
 #include <vector>
 
 namespace veltrane
@@ -49,13 +49,17 @@ std::string partEnding(const std::filesystem::path& points)
 SampleCommand::SampleCommand(CLI::App& app)
     : command_(app.add_subcommand("sample", "Samples the point data of a mesh file at points"))
 {
-    files_.addFiles(
-        *command_, "mesh file with the fields, of volume cells", "file with the points (.csv, .vtp, or any mesh file)",
-        "file to be written: the points with the fields added\n(.csv, .vtp, .vtu, .vtk, or .pvd for steps)", "POINTS");
+    files_.addFiles(*command_, "mesh file with the fields, of volume cells",
+                    "file with the points (.csv, .vtp, or any mesh file), or -\nfor a table from standard input",
+                    "file to be written: the points with the fields added\n(.csv, .vtp, .vtu, .vtk, .pvd for steps, or "
+                    "- for standard\noutput, as .csv)",
+                    "POINTS");
+    files_.streamEnding = ".csv";
     arguments_.addFields(*command_);
     arguments_.addOutside(*command_, "points", false);
     files_.materials.addTo(*command_, "points to receive values");
     arguments_.addTuning(*command_);
+    placement_.addTo(*command_);
     series_.addTo(*command_);
     files_.addSkipUnsupported(*command_);
     files_.addReplace(*command_, "let sampled fields replace the points' arrays of the same names");
@@ -80,7 +84,7 @@ void SampleCommand::checkOutput(bool isCollection) const
     {
         recordFiles_.checkNoneGiven();
     }
-    else if (!isPointOutput(formatOf(files_.output)))
+    else if (!isPointOutput(files_.outputFormat()))
     {
         throw InvalidOption(text("the output '", files_.output, "' is not named ", pointOutputEndings));
     }
@@ -90,7 +94,12 @@ void SampleCommand::checkOutput(bool isCollection) const
 ExitStatus SampleCommand::run() const
 {
     arguments_.options(!files_.materials.states.empty()); // each step would find the same fault
-    checkOutput(formatOf(files_.output) == FileFormat::collection);
+    placement_.placement();
+    if (files_.target == standardStream)
+    {
+        standardInput(); // before there are processes, of which each would read a part of it
+    }
+    checkOutput(files_.outputFormat() == FileFormat::collection);
     return runSteps(series_, files_, partEnding(files_.target),
                     [&](const MeshPairArguments& files, MapCache& maps) { return sampleOne(files, maps); });
 }
@@ -102,7 +111,7 @@ ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files, MapCache& ma
     const RecordFiles recordFiles(recordFiles_, files);
     ProgressBar progress(!files.quiet);
     progress.beginStage("reading source");
-    MeshFile source = files.readSource(arguments_.cellsAsNodes);
+    MeshFile source = files.readSource(arguments_.cellsAsNodes, placement_.placement());
     checkSourceCells(source);
     progress.beginStage("reading points");
     PointFile points = readPointFile(files);
@@ -113,7 +122,8 @@ ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files, MapCache& ma
         checkNewArray(files, points, field.newName);
     }
     options.fieldOptions = arguments_.fieldOptions(chosen);
-    const std::vector<Field> fields = readFields(source, chosen);
+    std::vector<Field> fields = readFields(source, chosen);
+    placement_.turn(fields);
     recordFiles.checkFields(fields, files.source);
     const bool haveMaterials = points.materialArray().has_value();
     options.targetMapping = files.materials.select(points.points().materials(), haveMaterials, points.path());
@@ -136,12 +146,12 @@ ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files, MapCache& ma
         output.prepare([&](const std::filesystem::path& path)
                        { points.writeWith(result.fields, mask.name, mask.values, path, files.writing()); }));
 
-    const TransferRecord record{source, fields, &points, result, options, progress.times()};
+    const TransferRecord record{source, fields, &points, result, options, progress.times(), placement_.placement()};
     recordFiles.prepare(record, progress, outputs);
     publishAll(outputs); // all of them are complete
     if (!files.quiet)
     {
-        printSummary(std::cout, record);
+        printSummary(files.summaryStream(), record);
     }
     return ExitStatus::done;
 }

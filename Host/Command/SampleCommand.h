@@ -5,6 +5,7 @@
 #include "ExitStatus.h"
 #include "MapCache.h"
 #include "MeshPair.h"
+#include "PlacementArguments.h"
 #include "RecordFiles.h"
 #include "Series.h"
 #include "TransferArguments.h"
@@ -35,6 +36,7 @@ private:
     CLI::App* command_;
     MeshPairArguments files_;
     TransferArguments arguments_;
+    PlacementArguments placement_;
     SeriesArguments series_;
     RecordFileOptions recordFiles_;
 };

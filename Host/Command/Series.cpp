@@ -15,7 +15,9 @@
 #include <charconv>
 #include <iostream>
 #include <iterator>
+#include <optional>
 #include <sstream>
+#include <string_view>
 #include <system_error>
 
 namespace veltrane
@@ -107,29 +109,55 @@ void removeParts(const std::vector<std::filesystem::path>& earlier, const std::v
     }
 }
 
+/// A number from 1.
+std::optional<std::size_t> stepNumber(std::string_view word)
+{
+    std::size_t number = 0;
+    const auto [end, failure] = std::from_chars(word.data(), word.data() + word.size(), number);
+    const bool isNumber = failure == std::errc() && end == word.data() + word.size() && number > 0;
+    return isNumber ? std::optional(number) : std::nullopt;
+}
+
+/// "3", "3-5"
+std::vector<std::size_t> parseSteps(std::string_view word, const std::string& list)
+{
+    const std::size_t dash = std::min(word.find('-'), word.size());
+    const auto first = stepNumber(word.substr(0, dash));
+    const auto last = dash == word.size() ? first : stepNumber(word.substr(dash + 1));
+    if (!first || !last || *first > *last)
+    {
+        throw InvalidOption(
+            text("--steps ", list, " is not all, last or numbers from 1, such as 3 or 3-5, separated by commas"));
+    }
+    std::vector<std::size_t> numbers;
+    constexpr std::size_t mostSteps = 1000000; // more than any source has; what there is of them is checked later
+    for (std::size_t number = *first; number <= *last && numbers.size() < mostSteps; ++number)
+    {
+        numbers.push_back(number);
+    }
+    return numbers;
+}
+
 std::vector<std::size_t> parseList(const std::string& list, std::size_t count)
 {
-    std::vector<std::size_t> numbers;
+    std::vector<std::size_t> indices;
     std::istringstream stream(list);
     for (std::string word; std::getline(stream, word, ',');)
     {
-        std::size_t number = 0;
-        const auto [end, failure] = std::from_chars(word.data(), word.data() + word.size(), number);
-        if (failure != std::errc() || end != word.data() + word.size() || number == 0)
+        for (const std::size_t number : parseSteps(word, list))
         {
-            throw InvalidOption(text("--steps ", list, " is not all, last or numbers from 1, separated by commas"));
+            if (number > count)
+            {
+                throw InvalidOption(text("--steps: the source has ", count, " steps; there is no step ", number));
+            }
+            if (std::ranges::find(indices, number - 1) != indices.end())
+            {
+                throw InvalidOption(text("--steps ", list, " names step ", number, " twice"));
+            }
+            indices.push_back(number - 1);
         }
-        if (number > count)
-        {
-            throw InvalidOption(text("--steps: the source has ", count, " steps; there is no step ", number));
-        }
-        if (std::ranges::find(numbers, number - 1) != numbers.end())
-        {
-            throw InvalidOption(text("--steps ", list, " names step ", number, " twice"));
-        }
-        numbers.push_back(number - 1);
     }
-    return numbers;
+    return indices;
 }
 
 } // namespace
@@ -139,8 +167,8 @@ void SeriesArguments::addTo(CLI::App& command)
     command
         .add_option("--steps", steps,
                     "the steps of a collection or an Exodus file: all, last,\n"
-                    "or numbers from 1, separated by commas (all if the output\n"
-                    "is a collection, otherwise last)")
+                    "or numbers from 1, such as 3 or 3-5, separated by commas\n"
+                    "(all if the output is a collection, otherwise last)")
         ->type_name("STEPS");
     command
         .add_option(

@@ -9,7 +9,6 @@
 #include "TransferSummary.h"
 
 #include <filesystem>
-#include <iostream>
 #include <vector>
 
 namespace veltrane
@@ -18,12 +17,15 @@ TransferCommand::TransferCommand(CLI::App& app)
     : command_(app.add_subcommand("transfer", "Transfers the point data of one mesh file to the mesh of another"))
 {
     files_.addFiles(*command_, "mesh file with the fields, of volume cells", "mesh file that is to receive the fields",
-                    "file to be written: the target with the fields added");
+                    "file to be written: the target with the fields added\n(.vtu, .vtk, .pvd for steps, or - for "
+                    "standard output, as .vtu)");
+    files_.streamEnding = ".vtu";
     arguments_.addFields(*command_);
     arguments_.addGauss(*command_);
     arguments_.addOutside(*command_, "nodes", true);
     files_.materials.addTo(*command_, "nodes to receive values");
     arguments_.addTuning(*command_);
+    placement_.addTo(*command_);
     series_.addTo(*command_);
     files_.addSkipUnsupported(*command_);
     files_.addReplace(*command_, "let transferred fields replace the target's arrays of the same names");
@@ -39,7 +41,7 @@ TransferCommand::TransferCommand(CLI::App& app)
 
 void TransferCommand::checkOptions(bool isCollection) const
 {
-    const std::optional<FileFormat> format = formatOf(files_.output);
+    const std::optional<FileFormat> format = files_.outputFormat();
     if (!isCollection && !isMeshOutput(format))
     {
         throw InvalidOption(text("the output '", files_.output, "' is not named ", meshOutputEndings));
@@ -61,8 +63,9 @@ void TransferCommand::checkOptions(bool isCollection) const
 
 ExitStatus TransferCommand::run() const
 {
-    checkOptions(formatOf(files_.output) == FileFormat::collection);
+    checkOptions(files_.outputFormat() == FileFormat::collection);
     arguments_.options(!files_.materials.states.empty()); // each step would find the same fault
+    placement_.placement();
     return runSteps(series_, files_, ".vtu",
                     [&](const MeshPairArguments& files, MapCache& maps) { return transferOne(files, maps); });
 }
@@ -74,7 +77,7 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
     const RecordFiles recordFiles(recordFiles_, files);
     ProgressBar progress(!files.quiet);
     progress.beginStage("reading source");
-    MeshFile source = files.readSource(arguments_.cellsAsNodes);
+    MeshFile source = files.readSource(arguments_.cellsAsNodes, placement_.placement());
     progress.beginStage("reading target");
     MeshFile target = files.readTarget(arguments_.atGaussPoints ? MeshRole::gaussPointTarget : MeshRole::target);
     useCommonMaterialArray(source, target);
@@ -86,7 +89,8 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
         files.checkNewArray(target, arguments_.atGaussPoints ? ArrayPlace::file : ArrayPlace::points, field.newName);
     }
     options.fieldOptions = arguments_.fieldOptions(chosen);
-    const std::vector<Field> fields = readFields(source, chosen);
+    std::vector<Field> fields = readFields(source, chosen);
+    placement_.turn(fields);
     recordFiles.checkFields(fields, files.source);
     options.targetLocations.assign(fields.size(), arguments_.atGaussPoints ? Location::gaussPoints : Location::nodes);
     options.targetMapping =
@@ -115,12 +119,12 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
     outputs.push_back(output.prepare([&](const std::filesystem::path& path)
                                      { target.writeWith(result.fields, arrays, path, files.writing()); }));
 
-    const TransferRecord record{source, fields, &target, result, options, progress.times()};
+    const TransferRecord record{source, fields, &target, result, options, progress.times(), placement_.placement()};
     recordFiles.prepare(record, progress, outputs);
     publishAll(outputs); // all of them are complete
     if (!files.quiet)
     {
-        printSummary(std::cout, record);
+        printSummary(files.summaryStream(), record);
     }
     if (result.outcome == Outcome::propagationWarning)
     {

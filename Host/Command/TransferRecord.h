@@ -7,6 +7,8 @@
 #include "StageTimes.h"
 #include "Transfer.h"
 
+#include <cstddef>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -24,6 +26,7 @@ struct TransferRecord
     const TransferResult& result;
     const TransferOptions& options;
     const StageTimes& times;
+    Placement placement{}; ///< of the source
 
     /// The target if it is a mesh, or if it is points, and otherwise null.
     const MeshFile* targetMesh() const;
@@ -39,6 +42,8 @@ struct NodeCounts
     long long inside;
     long long near; ///< just outside, with the values of a nearby element
     long long far;
+    long long farOfMissingMaterial; ///< of the far ones those of materials that the source lacks
+    long long reached;              ///< of the far ones those with values of neighbours
 };
 
 /// Nothing if the values are not at nodes.
@@ -51,10 +56,15 @@ struct PointCounts
     long long notMapped; ///< of materials that are not to receive values
     long long inside;
     long long outside;
+    long long outsideOfMissingMaterial; ///< of these those of materials that the source lacks
 };
 
 /// \pre the target is points
 PointCounts countPoints(const TransferRecord& record);
+
+/// Whether a location of the target holds a value of the source, by itself or through neighbours. Empty if there is
+/// nothing known of it, or all do.
+std::function<bool(std::size_t location)> hasSourceValue(const TransferRecord& record, const Field& field);
 
 /// "displacement x"
 std::string componentName(const Field& field, int component);

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cmath>
 #include <iomanip>
-#include <map>
 #include <ostream>
 
 namespace veltrane
@@ -71,15 +70,49 @@ void printMaterials(std::ostream& stream, const SideMaterials& source, const Sid
     }
 }
 
-std::string_view farRemark(OutsideMode mode)
+/// "scaled by 0.001, turned, moved by 0, 0, 10"
+std::string placementText(const Placement& placement)
 {
-    switch (mode)
+    const Placement identity;
+    std::vector<std::string> parts;
+    if (placement.scale != identity.scale)
     {
-    case OutsideMode::error: break;
-    case OutsideMode::defaultValue: return "too far from the source: default value";
-    case OutsideMode::propagate: return "too far from the source: values of neighbouring nodes";
+        parts.push_back(text("scaled by ", placement.scale));
     }
-    return "";
+    if (placement.rotation != identity.rotation)
+    {
+        parts.emplace_back("turned");
+    }
+    if (placement.translation != identity.translation)
+    {
+        const auto& [x, y, z] = placement.translation;
+        parts.push_back(text("moved by ", x, ", ", y, ", ", z));
+    }
+    return joined(parts);
+}
+
+/// What has become of far nodes, a line for each fate.
+void printFar(std::ostream& stream, const NodeCounts& nodes, OutsideMode mode)
+{
+    if (mode == OutsideMode::propagate)
+    {
+        printCount(stream, "  far", nodes.far,
+                   nodes.farOfMissingMaterial == nodes.far ? "no such material in the source"
+                                                           : "too far from the source");
+        if (nodes.far > 0)
+        {
+            printCount(stream, "    reached", nodes.reached, "values of neighbouring nodes");
+            printCount(stream, "    not reached", nodes.far - nodes.reached,
+                       "connected to no node with values: hold 0");
+        }
+        return;
+    }
+    printCount(stream, "  far", nodes.far - nodes.farOfMissingMaterial, "too far from the source: default value");
+    if (nodes.farOfMissingMaterial > 0)
+    {
+        printCount(stream, "  no material", nodes.farOfMissingMaterial,
+                   "no such material in the source: default value");
+    }
 }
 
 void printNodeCounts(std::ostream& stream, const NodeCounts& nodes, OutsideMode mode)
@@ -95,7 +128,7 @@ void printNodeCounts(std::ostream& stream, const NodeCounts& nodes, OutsideMode 
     }
     printCount(stream, "  inside", nodes.inside);
     printCount(stream, "  near", nodes.near, "just outside the source: values of a nearby element");
-    printCount(stream, "  far", nodes.far, farRemark(mode));
+    printFar(stream, nodes, mode);
 }
 
 void printPointCounts(std::ostream& stream, const PointCounts& points)
@@ -106,7 +139,13 @@ void printPointCounts(std::ostream& stream, const PointCounts& points)
         printCount(stream, "  not mapped", points.notMapped, "of other materials: hold the default value");
     }
     printCount(stream, "  inside", points.inside);
-    printCount(stream, "  outside", points.outside, "in no cell of the source: default value");
+    printCount(stream, "  outside", points.outside - points.outsideOfMissingMaterial,
+               "in no cell of the source: default value");
+    if (points.outsideOfMissingMaterial > 0)
+    {
+        printCount(stream, "  no material", points.outsideOfMissingMaterial,
+                   "no such material in the source: default value");
+    }
 }
 
 void printGaussPointCounts(std::ostream& stream, const Mesh& target, const OutsideCounts& outside)
@@ -234,13 +273,12 @@ void printNotices(std::ostream& stream, const TransferRecord& record)
     notices.print(stream);
 }
 
-/// A table of the values on both sides.
-void printValues(std::ostream& stream, std::string_view heading, std::span<const Field> sourceFields,
-                 std::span<const Field> targetFields)
+/// A table of the values on both sides, without those at the target that are none of the source's.
+void printValues(std::ostream& stream, std::string_view heading, const TransferRecord& record)
 {
     constexpr int digits = 6;
     std::size_t nameWidth = heading.size();
-    for (const Field& field : sourceFields)
+    for (const Field& field : record.sourceFields)
     {
         nameWidth = std::max(nameWidth, componentName(field, 0).size());
     }
@@ -249,18 +287,17 @@ void printValues(std::ostream& stream, std::string_view heading, std::span<const
     const auto addRow = [&](std::string name, const char* side, const ComponentStatistics& figures)
     {
         name.resize(std::max(nameWidth, name.size()), ' ');
-        table.addRow({text(name, "  ", side), inDigits(digits, figures.min), inDigits(digits, figures.mean),
-                      inDigits(digits, figures.max)});
+        const auto figure = [](double value) { return std::isnan(value) ? "-" : inDigits(digits, value); };
+        table.addRow({text(name, "  ", side), figure(figures.min), figure(figures.mean), figure(figures.max)});
     };
-    for (std::size_t i = 0; i < sourceFields.size(); ++i)
+    for (std::size_t i = 0; i < record.sourceFields.size(); ++i)
     {
-        for (int component = 0; component < sourceFields[i].componentCount(); ++component)
+        const Field& source = record.sourceFields[i];
+        const Field& target = record.result.fields[i];
+        for (int component = 0; component < source.componentCount(); ++component)
         {
-            const std::string name = componentName(sourceFields[i], component);
-            const ComponentStatistics source = statisticsOf(sourceFields[i], component);
-            const ComponentStatistics target = statisticsOf(targetFields[i], component);
-            addRow(name, "source", source);
-            addRow("", "target", target);
+            addRow(componentName(source, component), "source", statisticsOf(source, component));
+            addRow("", "target", statisticsOf(target, component, hasSourceValue(record, target)));
         }
     }
     table.print(stream);
@@ -277,18 +314,12 @@ std::string_view valuesHeading(const TransferRecord& record)
 
 } // namespace
 
-std::string describe(const Mesh& mesh)
+std::string describe(const MeshFile& file)
 {
-    std::map<ElementKind, int> counts;
-    for (const ElementKind kind : mesh.kinds())
+    std::string description = oneOrMore(file.mesh().nodeCount(), "node", "nodes");
+    for (const auto& [name, count] : file.elementCounts())
     {
-        ++counts[kind];
-    }
-    std::string description = oneOrMore(mesh.nodeCount(), "node", "nodes");
-    for (const auto& [kind, count] : counts)
-    {
-        const ElementKindInfo& info = *findElementKind(kind);
-        description += text(", ", oneOrMore(count, info.name, info.plural));
+        description += text(", ", oneOrMore(count, name.one, name.more));
     }
     return description;
 }
@@ -296,7 +327,11 @@ std::string describe(const Mesh& mesh)
 void printSummary(std::ostream& stream, const TransferRecord& record)
 {
     printLine(stream, "source", record.source.path().string());
-    printLine(stream, "", describe(record.source.mesh()));
+    printLine(stream, "", describe(record.source));
+    if (!record.placement.isIdentity())
+    {
+        printLine(stream, "", placementText(record.placement));
+    }
     if (record.source.leftOutCellCount() > 0)
     {
         printLine(stream, "",
@@ -310,14 +345,14 @@ void printSummary(std::ostream& stream, const TransferRecord& record)
     else
     {
         printLine(stream, "target", record.targetMesh()->path().string());
-        printLine(stream, "", describe(record.targetMesh()->mesh()));
+        printLine(stream, "", describe(*record.targetMesh()));
     }
     printMaterials(stream, {record.source.mesh().materials(), record.source.materialArray().has_value()},
                    targetMaterials(record));
     printCounts(stream, record);
     printTimes(stream, record.times);
     stream << '\n';
-    printValues(stream, valuesHeading(record), record.sourceFields, record.result.fields);
+    printValues(stream, valuesHeading(record), record);
     printNotices(stream, record);
 }
 

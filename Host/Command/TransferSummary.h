@@ -11,7 +11,7 @@ namespace veltrane
 {
 
 /// "12 nodes, 3 tetrahedra, 2 wedges"
-std::string describe(const Mesh& mesh);
+std::string describe(const MeshFile& file);
 
 void printSummary(std::ostream& stream, const TransferRecord& record);
 

@@ -3,15 +3,18 @@
 #include "AppendedData.h"
 #include "ExodusReader.h"
 #include "FileFormat.h"
+#include "LegacyScanner.h"
 #include "LegacyStructure.h"
 #include "PointTable.h"
 #include "ReadingGuard.h"
+#include "TableText.h"
 #include "Text.h"
 #include "VtkMessages.h"
 #include "XmlStructure.h"
 
 #include <vtkNew.h>
 #include <vtkPolyData.h>
+#include <vtkPolyDataReader.h>
 #include <vtkUnstructuredGrid.h>
 #include <vtkUnstructuredGridReader.h>
 #include <vtkXMLDataElement.h>
@@ -58,11 +61,11 @@ template <typename Reader> auto readXml(const std::filesystem::path& path)
     return vtkSmartPointer(reader->GetOutput());
 }
 
-vtkSmartPointer<vtkUnstructuredGrid> readLegacy(const std::filesystem::path& path)
+template <typename Reader> auto readLegacy(const std::filesystem::path& path)
 {
     checkLegacyStructure(path);
     const VtkMessages messages;
-    vtkNew<vtkUnstructuredGridReader> reader;
+    vtkNew<Reader> reader;
     reader->SetFileName(path.c_str());
     // Of each sort the reader takes but the first one unless told otherwise.
     reader->ReadAllScalarsOn();
@@ -74,12 +77,30 @@ vtkSmartPointer<vtkUnstructuredGrid> readLegacy(const std::filesystem::path& pat
     reader->ReadAllFieldsOn();
     reader->Update();
     throwIfFailed(messages, reader->GetErrorCode(), path);
-    return reader->GetOutput();
+    return vtkSmartPointer(reader->GetOutput());
+}
+
+/// Whether a legacy file has points with lines and polygons instead of cells of all sorts.
+bool isLegacyPolyData(const std::filesystem::path& path)
+{
+    try
+    {
+        LegacyScanner scanner(path);
+        return scanner.keyword() == "dataset" && scanner.keyword() == "polydata";
+    }
+    catch (const LegacyScanner::Lost&)
+    {
+        return false;
+    }
 }
 
 std::optional<FileFormat> checkedFormat(const std::filesystem::path& path, bool (*isWanted)(std::optional<FileFormat>),
                                         std::string_view what, std::string_view endings)
 {
+    if (path == standardStream)
+    {
+        throw NoInput("a mesh cannot come from standard input, only the points of sample, as a table");
+    }
     checkReadable(path);
     const std::optional<FileFormat> format = formatOf(path);
     if (!isWanted(format))
@@ -162,7 +183,7 @@ vtkSmartPointer<vtkUnstructuredGrid> readCells(const std::filesystem::path& path
                    {
                        switch (*format)
                        {
-                       case FileFormat::legacyUnstructuredGrid: return readLegacy(path);
+                       case FileFormat::legacyUnstructuredGrid: return readLegacy<vtkUnstructuredGridReader>(path);
                        case FileFormat::parallelUnstructuredGrid: return readXml<vtkXMLPUnstructuredGridReader>(path);
                        case FileFormat::exodus: return readExodus(path, step);
                        default: return readXml<vtkXMLUnstructuredGridReader>(path);
@@ -172,6 +193,10 @@ vtkSmartPointer<vtkUnstructuredGrid> readCells(const std::filesystem::path& path
 
 vtkSmartPointer<vtkPointSet> readPoints(const std::filesystem::path& path, std::optional<int> step)
 {
+    if (path == standardStream)
+    {
+        return guarded(path, [&]() -> vtkSmartPointer<vtkPointSet> { return readPointTable(path); });
+    }
     const std::optional<FileFormat> format = checkedFormat(path, isPointInput, "point", pointInputEndings);
     return guarded(path,
                    [&]() -> vtkSmartPointer<vtkPointSet>
@@ -180,6 +205,12 @@ vtkSmartPointer<vtkPointSet> readPoints(const std::filesystem::path& path, std::
                        {
                        case FileFormat::polyData: return readXml<vtkXMLPolyDataReader>(path);
                        case FileFormat::table: return readPointTable(path);
+                       case FileFormat::legacyUnstructuredGrid:
+                           if (isLegacyPolyData(path))
+                           {
+                               return readLegacy<vtkPolyDataReader>(path);
+                           }
+                           return readCells(path);
                        default: return readCells(path, step);
                        }
                    });

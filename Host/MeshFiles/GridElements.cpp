@@ -2,6 +2,8 @@
 
 #include "CellNames.h"
 #include "DataSetReader.h"
+#include "NodeGroups.h"
+#include "RepeatedNodes.h"
 #include "Text.h"
 #include "VtkCells.h"
 
@@ -10,6 +12,7 @@
 #include <vtkDataArray.h>
 #include <vtkDataSetAttributes.h>
 #include <vtkDoubleArray.h>
+#include <vtkNew.h>
 #include <vtkPoints.h>
 #include <vtkUnsignedCharArray.h>
 #include <vtkUnstructuredGrid.h>
@@ -25,16 +28,12 @@ namespace veltrane
 namespace
 {
 
-constexpr std::array materialArrayNames{"material", "Material", "MaterialIds", "MaterialId",    "materialId", "part",
-                                        "Part",     "PartId",   "partId",      "gmsh:physical", "ObjectId"};
-
-/// Points and lines, which meshes hold for all sorts of purposes beside their elements.
-bool isPointOrLine(int cellType)
-{
-    constexpr std::array types{VTK_VERTEX,     VTK_POLY_VERTEX,    VTK_LINE,         VTK_POLY_LINE, VTK_QUADRATIC_EDGE,
-                               VTK_CUBIC_LINE, VTK_LAGRANGE_CURVE, VTK_BEZIER_CURVE, VTK_EMPTY_CELL};
-    return std::ranges::find(types, cellType) != types.end();
-}
+constexpr std::array materialArrayNames{
+    "material",      "Material",      "MaterialIds", "MaterialId",   "materialId", "MaterialID",
+    "material_id",   "MatId",         "part",        "Part",         "PartId",     "partId",
+    "gmsh:physical", "CellEntityIds", "PhysicalIds", "PhysicalId",   "physical",   "PhysicalGroup",
+    "medit:ref",     "cell_tags",     "attribute",   "subdomain_id", "BlockId",    "ElementBlockIds",
+    "ObjectId"};
 
 /// The cell types, after a check that there are types and offsets for all cells and that these hold together.
 vtkUnsignedCharArray& checkedCellTypes(vtkUnstructuredGrid& grid, const std::filesystem::path& path)
@@ -97,12 +96,132 @@ void addElement(MeshData& data, const VtkCellKind& cellKind, std::span<const vtk
     data.offsets.push_back(data.connectivity.size());
 }
 
+/// Goes through the cells of a grid.
+class ElementCollector
+{
+public:
+    ElementCollector(vtkUnstructuredGrid& grid, const MeshReading& reading, const std::filesystem::path& path)
+        : grid_(grid), reading_(reading), path_(path), isUsed_(static_cast<std::size_t>(grid.GetNumberOfPoints()))
+    {
+        elements_.data.offsets.push_back(0);
+    }
+
+    GridElements run()
+    {
+        if (grid_.GetNumberOfCells() == 0)
+        {
+            addLoosePoints();
+            return std::move(elements_);
+        }
+        types_ = &checkedCellTypes(grid_, path_);
+        for (vtkIdType cell = 0; cell < grid_.GetNumberOfCells(); ++cell)
+        {
+            take(cell);
+        }
+        // Lines and the like along other cells have numbers of materials of their own, and no node that is missing.
+        for (const int dimension : {3, 2, 1, 0})
+        {
+            addNodeGroups(dimension);
+        }
+        return std::move(elements_);
+    }
+
+private:
+    void take(vtkIdType cell)
+    {
+        const int cellType = types_->GetValue(cell);
+        const VtkCellKind* cellKind = findVtkCellKind(cellType);
+        const std::optional<int> dimension = cellDimension(cellType);
+        const bool isVolume = cellKind == nullptr ? dimension == 3 : findElementKind(cellKind->kind)->isVolume;
+        if (dimension == -1 || (reading_.role != MeshRole::target && !isVolume && dimension))
+        {
+            return;
+        }
+        if (cellKind != nullptr)
+        {
+            addCell(cell, cellType, *cellKind);
+        }
+        else if (reading_.role == MeshRole::target && dimension)
+        {
+            others_.push_back(cell);
+        }
+        else
+        {
+            ++elements_.skipped[cellType];
+        }
+    }
+
+    void addCell(vtkIdType cell, int cellType, const VtkCellKind& cellKind)
+    {
+        const std::span<const vtkIdType> points = checkedPoints(grid_, cell, &cellKind, path_);
+        const auto plain =
+            cellType == VTK_HEXAHEDRON && !reading_.keepsRepeatedNodes ? withoutRepeatedNodes(points) : std::nullopt;
+        if (plain)
+        {
+            addElement(elements_.data, *findVtkCellKind(plain->cellType), plain->points);
+        }
+        else
+        {
+            addElement(elements_.data, cellKind, points);
+        }
+        use(cell, points, 1);
+    }
+
+    void addNodeGroups(int dimension)
+    {
+        for (const vtkIdType cell : others_)
+        {
+            const int cellType = types_->GetValue(cell);
+            if (cellDimension(cellType) != dimension)
+            {
+                continue;
+            }
+            const std::span<const vtkIdType> points = checkedPoints(grid_, cell, nullptr, path_);
+            const auto isUnused = [&](vtkIdType point) { return !isUsed_[static_cast<std::size_t>(point)]; };
+            if (std::ranges::any_of(points, isUnused))
+            {
+                const int count = addNodeGroup(elements_.data, points);
+                ++elements_.nodeGroups[cellType];
+                elements_.nodeGroupElementCount += count;
+                use(cell, points, count);
+            }
+        }
+    }
+
+    void addLoosePoints()
+    {
+        for (vtkIdType point = 0; point < grid_.GetNumberOfPoints(); ++point)
+        {
+            elements_.nodeGroupElementCount += addNodeGroup(elements_.data, {&point, 1});
+            elements_.cells.push_back(point);
+        }
+    }
+
+    void use(vtkIdType cell, std::span<const vtkIdType> points, int elementCount)
+    {
+        elements_.cells.insert(elements_.cells.end(), static_cast<std::size_t>(elementCount), cell);
+        ++elements_.usedCellCount;
+        for (const vtkIdType point : points)
+        {
+            isUsed_[static_cast<std::size_t>(point)] = true;
+        }
+    }
+
+    vtkUnstructuredGrid& grid_;
+    const MeshReading& reading_;
+    const std::filesystem::path& path_;
+    const vtkUnsignedCharArray* types_ = nullptr;
+    std::vector<bool> isUsed_;      ///< per point, whether an element has it
+    std::vector<vtkIdType> others_; ///< cells without a counterpart
+    GridElements elements_;
+};
+
 std::string_view needOf(MeshRole role)
 {
     switch (role)
     {
     case MeshRole::source: return "volume cells, which a source needs";
-    case MeshRole::target: return "volume or surface cells, which a target needs";
+    case MeshRole::target: return "cells with nodes, which a target needs";
     case MeshRole::gaussPointTarget: break;
     }
     return "volume cells, which have the Gauss points to be matched";
@@ -125,33 +244,11 @@ long long materialNumber(vtkDataArray& array, vtkIdType item, std::string_view i
 
 GridElements readElements(vtkUnstructuredGrid& grid, const MeshReading& reading, const std::filesystem::path& path)
 {
-    if (grid.GetNumberOfCells() == 0)
+    if (grid.GetNumberOfCells() == 0 && (reading.role != MeshRole::target || grid.GetNumberOfPoints() == 0))
     {
         throw BadFile(text(quoted(path), " has no cells"));
     }
-    const vtkUnsignedCharArray& types = checkedCellTypes(grid, path);
-    GridElements elements;
-    elements.data.offsets.push_back(0);
-    for (vtkIdType cell = 0; cell < grid.GetNumberOfCells(); ++cell)
-    {
-        const int cellType = types.GetValue(cell);
-        if (isPointOrLine(cellType))
-        {
-            continue;
-        }
-        const VtkCellKind* cellKind = findVtkCellKind(cellType);
-        if (cellKind == nullptr)
-        {
-            ++elements.skipped[cellType];
-            continue;
-        }
-        if (reading.role != MeshRole::target && !findElementKind(cellKind->kind)->isVolume)
-        {
-            continue;
-        }
-        addElement(elements.data, *cellKind, checkedPoints(grid, cell, cellKind, path));
-        elements.cells.push_back(cell);
-    }
+    GridElements elements = ElementCollector(grid, reading, path).run();
     if (!elements.skipped.empty() && !reading.skipUnsupported)
     {
         throw BadFile(text(quoted(path), " has cells that cannot be used: ", cellCountText(elements.skipped),
@@ -175,6 +272,24 @@ void checkCells(vtkUnstructuredGrid& grid, const std::filesystem::path& path)
     {
         checkedPoints(grid, cell, findVtkCellKind(types.GetValue(cell)), path);
     }
+}
+
+void place(vtkUnstructuredGrid& grid, const Placement& placement)
+{
+    if (placement.isIdentity() || grid.GetPoints() == nullptr)
+    {
+        return;
+    }
+    vtkNew<vtkPoints> points;
+    points->SetDataTypeToDouble();
+    points->SetNumberOfPoints(grid.GetNumberOfPoints());
+    for (vtkIdType point = 0; point < grid.GetNumberOfPoints(); ++point)
+    {
+        Point3 position{};
+        grid.GetPoint(point, position.data());
+        points->SetPoint(point, placement(position).data());
+    }
+    grid.SetPoints(points);
 }
 
 std::vector<float> readCoordinates(vtkPointSet& points, const std::filesystem::path& path)

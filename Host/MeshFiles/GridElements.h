@@ -3,6 +3,7 @@
 #define VELTRANE_HOST_GRID_ELEMENTS_H
 
 #include "Mesh.h"
+#include "Placement.h"
 
 #include <vtkType.h>
 
@@ -21,9 +22,9 @@ class vtkUnstructuredGrid;
 namespace veltrane
 {
 
-/// What a mesh is read for. A source is made of the volume cells alone: its surface cells, which many mesh generators
-/// write beside them, are left out. So is a target whose Gauss points are matched or receive values. Cells of points
-/// and lines are always left out.
+/// What a mesh is read for. A source is made of the volume cells alone: its surfaces, lines and points of any order,
+/// which many mesh generators write beside them, are left out. So is a target whose Gauss points are matched or receive
+/// values. Of another target all cells count.
 enum class MeshRole
 {
     source,
@@ -34,7 +35,7 @@ enum class MeshRole
 struct MeshReading
 {
     MeshRole role = MeshRole::target;
-    /// Leaves out volume and surface cells without a counterpart among the elements, instead of refusing the file.
+    /// Leaves out volume cells without a counterpart among the elements, instead of refusing the file.
     bool skipUnsupported = false;
     /// Makes point data of the floating-point cell data, too.
     bool cellsAsNodes = false;
@@ -42,6 +43,10 @@ struct MeshReading
     std::optional<std::string> materialArray{};
     /// Of an Exodus file, from 0; the last one if none is given.
     std::optional<int> step{};
+    /// What is done to the points. Fields stay as they are in the file.
+    Placement placement{};
+    /// Hexahedra with repeated nodes stay hexahedra, as values at their Gauss points need it.
+    bool keepsRepeatedNodes = false;
 };
 
 /// A cell type of VTK and how often there are cells of it.
@@ -50,8 +55,11 @@ using CellCounts = std::map<int, int>;
 struct GridElements
 {
     MeshData data{};                ///< all but coordinates and materials
-    std::vector<vtkIdType> cells{}; ///< of the elements
-    CellCounts skipped{};           ///< cells without a counterpart
+    std::vector<vtkIdType> cells{}; ///< of the elements; of a target without cells its points
+    CellCounts skipped{};           ///< cells that cannot be used
+    CellCounts nodeGroups{};        ///< cells of which only the nodes count, see addNodeGroup()
+    int nodeGroupElementCount = 0;
+    int usedCellCount = 0;
 };
 
 /// All of these throw BadFile, naming the file and what is wrong where.
@@ -59,6 +67,9 @@ GridElements readElements(vtkUnstructuredGrid& grid, const MeshReading& reading,
 
 /// That the cells are whole: their points exist, and are as many as they need. Of a file without cells nothing is said.
 void checkCells(vtkUnstructuredGrid& grid, const std::filesystem::path& path);
+
+/// Gives the grid points of its own, in double precision, unless the placement changes nothing.
+void place(vtkUnstructuredGrid& grid, const Placement& placement);
 
 /// In single precision.
 std::vector<float> readCoordinates(vtkPointSet& points, const std::filesystem::path& path);

@@ -13,6 +13,7 @@
 #include <vtkUnstructuredGrid.h>
 
 #include <algorithm>
+#include <map>
 #include <utility>
 
 namespace veltrane
@@ -65,6 +66,9 @@ struct MeshFile::Contents
     std::optional<std::string> materialArray;
     std::vector<vtkIdType> cells; ///< of the elements
     CellCounts skippedCells;
+    CellCounts nodeGroups;
+    int nodeGroupElementCount = 0;
+    int usedCellCount = 0;
     std::vector<PointArray> pointArrays;
     std::vector<std::string> gaussFields;
 };
@@ -76,15 +80,21 @@ MeshFile::MeshFile(const std::filesystem::path& path, const MeshReading& reading
     contents_->grid = readCells(path, reading.step);
     vtkUnstructuredGrid& grid = *contents_->grid;
     checkTupleCounts(grid, path);
+    place(grid, reading.placement);
     if (reading.cellsAsNodes)
     {
         averageCellsAtNodes(grid, path);
     }
 
-    GridElements elements = readElements(grid, reading, path);
+    contents_->gaussFields = listGaussFields(grid);
+    MeshReading elementReading = reading;
+    elementReading.keepsRepeatedNodes =
+        reading.keepsRepeatedNodes || !contents_->gaussFields.empty() || reading.role == MeshRole::gaussPointTarget;
+    GridElements elements = readElements(grid, elementReading, path);
     elements.data.coordinates = readCoordinates(grid, path);
     elements.data.exactCoordinates = readExactCoordinates(grid);
-    vtkDataArray* materialArray = findMaterialArray(*grid.GetCellData(), reading.materialArray, path);
+    vtkDataArray* materialArray =
+        grid.GetNumberOfCells() == 0 ? nullptr : findMaterialArray(*grid.GetCellData(), reading.materialArray, path);
     if (materialArray != nullptr)
     {
         contents_->materialArray = materialArray->GetName();
@@ -103,7 +113,9 @@ MeshFile::MeshFile(const std::filesystem::path& path, const MeshReading& reading
     contents_->cells = std::move(elements.cells);
     contents_->skippedCells = std::move(elements.skipped);
     contents_->pointArrays = listArrays(*grid.GetPointData());
-    contents_->gaussFields = listGaussFields(grid);
+    contents_->nodeGroups = std::move(elements.nodeGroups);
+    contents_->nodeGroupElementCount = elements.nodeGroupElementCount;
+    contents_->usedCellCount = elements.usedCellCount;
 }
 
 MeshFile::~MeshFile() = default;
@@ -140,7 +152,31 @@ void MeshFile::useMaterialArray(const std::string& name)
 
 int MeshFile::leftOutCellCount() const
 {
-    return static_cast<int>(contents_->grid->GetNumberOfCells()) - mesh().elementCount();
+    return static_cast<int>(contents_->grid->GetNumberOfCells()) - contents_->usedCellCount;
+}
+
+std::vector<std::pair<CellName, long long>> MeshFile::elementCounts() const
+{
+    std::map<ElementKind, long long> kinds;
+    for (const ElementKind kind : mesh().kinds())
+    {
+        ++kinds[kind];
+    }
+    kinds[ElementKind::quadrilateral] -= contents_->nodeGroupElementCount; // these stand for other cells
+    std::vector<std::pair<CellName, long long>> counts;
+    for (const auto& [kind, count] : kinds)
+    {
+        const ElementKindInfo& info = *findElementKind(kind);
+        if (count > 0)
+        {
+            counts.push_back({{std::string(info.name), std::string(info.plural)}, count});
+        }
+    }
+    for (const auto& [cellType, count] : contents_->nodeGroups)
+    {
+        counts.emplace_back(cellNameOf(cellType), count);
+    }
+    return counts;
 }
 
 const CellCounts& MeshFile::skippedCells() const

@@ -2,6 +2,7 @@
 #ifndef VELTRANE_HOST_MESH_FILE_H
 #define VELTRANE_HOST_MESH_FILE_H
 
+#include "CellNames.h"
 #include "Compression.h"
 #include "Field.h"
 #include "FieldArrays.h"
@@ -14,6 +15,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace veltrane
@@ -56,10 +58,14 @@ public:
     /// Lets another cell-data array number the materials. Throws BadFile.
     void useMaterialArray(const std::string& name);
 
+    /// What the mesh consists of, kind after kind, and the cells of which only the nodes count. A mesh without cells
+    /// consists of points.
+    std::vector<std::pair<CellName, long long>> elementCounts() const;
+
     /// Cells of the file that are not part of the mesh.
     int leftOutCellCount() const;
 
-    /// Those among them that have no counterpart among the elements.
+    /// Those among them that cannot be used.
     const CellCounts& skippedCells() const;
 
     /// The number of an element's cell in the file, from 0.

@@ -1,6 +1,7 @@
 #include "PointTable.h"
 
 #include "DataSetReader.h"
+#include "TableText.h"
 #include "Text.h"
 #include "VtkMessages.h"
 
@@ -33,11 +34,12 @@ using CoordinateNames = std::array<const char*, 3>;
 constexpr std::array<CoordinateNames, 4> coordinateNames{
     {{"x", "y", "z"}, {"X", "Y", "Z"}, {"Points:0", "Points:1", "Points:2"}, {"Points_0", "Points_1", "Points_2"}}};
 
-vtkSmartPointer<vtkTable> readTable(const std::filesystem::path& path, bool onlyFirstLine)
+vtkSmartPointer<vtkTable> readTable(const std::string& content, const std::filesystem::path& path, bool onlyFirstLine)
 {
     const VtkMessages messages;
     vtkNew<vtkDelimitedTextReader> reader;
-    reader->SetFileName(path.c_str());
+    reader->SetReadFromInputString(true);
+    reader->SetInputString(content);
     reader->SetFieldDelimiterCharacters(",");
     reader->SetHaveHeaders(!onlyFirstLine);
     reader->SetMaxRecords(onlyFirstLine ? 1 : 0);
@@ -54,9 +56,9 @@ vtkSmartPointer<vtkTable> readTable(const std::filesystem::path& path, bool only
 }
 
 /// VTK keeps the last one of columns of the same name.
-void checkColumnNames(const std::filesystem::path& path)
+void checkColumnNames(const std::string& content, const std::filesystem::path& path)
 {
-    const auto firstLine = readTable(path, true);
+    const auto firstLine = readTable(content, path, true);
     std::set<std::string> names;
     for (vtkIdType column = 0; column < firstLine->GetNumberOfColumns(); ++column)
     {
@@ -198,8 +200,9 @@ void writeColumnNames(std::ostream& stream, vtkPointData& pointData)
 
 vtkSmartPointer<vtkPolyData> readPointTable(const std::filesystem::path& path)
 {
-    checkColumnNames(path);
-    const auto table = readTable(path, false);
+    const std::string content = readTableText(path);
+    checkColumnNames(content, path);
+    const auto table = readTable(content, path, false);
     checkColumnLengths(*table, path);
     vtkNew<vtkPolyData> points;
     points->SetPoints(pointsOf(*table, path));

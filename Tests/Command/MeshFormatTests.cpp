@@ -364,17 +364,17 @@ TEST_F(MeshFormat, CellsWithoutCounterpartAreNamedAndSkippedOnRequest)
     {
         points[i] = static_cast<vtkIdType>(i);
     }
-    grid->InsertNextCell(VTK_QUADRATIC_HEXAHEDRON, 20, points.data());
-    grid->InsertNextCell(VTK_QUADRATIC_TRIANGLE, 6, points.data());
-    grid->InsertNextCell(VTK_QUADRATIC_TRIANGLE, 6, points.data());
+    grid->InsertNextCell(VTK_HEXAGONAL_PRISM, 12, points.data());
+    grid->InsertNextCell(VTK_PENTAGONAL_PRISM, 10, points.data());
+    grid->InsertNextCell(VTK_PENTAGONAL_PRISM, 10, points.data());
     writeGrid(*grid, runner.file("source.vtu"));
-    const std::string cells = "cells that cannot be used: 2 quadratic triangles, 1 quadratic hexahedron";
+    const std::string cells = "cells that cannot be used: 2 pentagonal prisms, 1 hexagonal prism";
     expectRefused("source.vtu", "'source.vtu' has " + cells + "; --skip-unsupported leaves them out");
 
     const CommandResult result = transfer("source.vtu", "out.vtu", {"--skip-unsupported"});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors, "veltrane: warning: left out cells of 'source.vtu' that cannot be used: 2 "
-                             "quadratic triangles, 1 quadratic hexahedron\n");
+                             "pentagonal prisms, 1 hexagonal prism\n");
     expectLinear();
 }
 

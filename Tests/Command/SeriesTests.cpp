@@ -165,6 +165,10 @@ TEST_F(Series, StepsCanBeChosen)
     expectTime("second.vtu", 1);
     ASSERT_EQ(transfer("source.pvd", "last.pvd", {"--steps", "last"}).status, 0);
     expectTime("last/last_0001.vtu", 2.5);
+    ASSERT_EQ(transfer("source.pvd", "range.pvd", {"--steps", "2-3,1"}).status, 0);
+    expectTime("range/range_0001.vtu", 1);
+    expectTime("range/range_0002.vtu", 2.5);
+    expectTime("range/range_0003.vtu", 0.5);
 }
 
 TEST_F(Series, ExodusFilesHaveSteps)
@@ -318,13 +322,17 @@ TEST_F(Series, InfoComparesTheStepsWithTheFirst)
 TEST_F(Series, OptionsMustFit)
 {
     expectRefused(64, "the output of 3 steps must be a collection, named .pvd", "out.vtu", {"--steps", "all"});
-    for (const char* steps : {"some", "0", "1;2", "1,,2"})
+    for (const char* steps : {"some", "0", "1;2", "1,,2", "3-2", "1-", "-2", "1-2-3"})
     {
-        expectRefused(64, std::string("--steps ") + steps + " is not all, last or numbers from 1, separated by commas",
+        expectRefused(64,
+                      std::string("--steps ") + steps +
+                          " is not all, last or numbers from 1, such as 3 or 3-5, separated by commas",
                       "out.pvd", {"--steps", steps});
     }
     expectRefused(64, "--steps: the source has 3 steps; there is no step 4", "out.pvd", {"--steps", "4"});
     expectRefused(64, "--steps 3,1,3 names step 3 twice", "out.pvd", {"--steps", "3,1,3"});
+    expectRefused(64, "--steps 2,1-3 names step 2 twice", "out.pvd", {"--steps", "2,1-3"});
+    expectRefused(64, "--steps: the source has 3 steps; there is no step 4", "out.pvd", {"--steps", "2-9"});
     expectRefused(64, "--jobs has an effect only if the output is a collection, named .pvd", "out.vtu",
                   {"--jobs", "2"});
     expectRefused(64, "--report, --picture and --log are of single steps, not of a collection", "out.pvd",

@@ -140,10 +140,9 @@ TEST_F(TransferError, CellsMustBeThereAndHaveVolumes)
     vtkNew<vtkPoints> points;
     points->InsertNextPoint(0, 0, 0);
     empty->SetPoints(points);
-    writeTarget(*empty);
-    expectTransfer(65, "'target.vtu' has no cells");
+    writeSource(*empty);
+    expectTransfer(65, "'source.vtu' has no cells");
 
-    writeTarget(*makeGrid(VTK_TETRA, 2));
     const auto surface = makeGrid(VTK_QUAD, 2);
     addDoubles(*surface, "T", linear);
     writeSource(*surface);
@@ -428,7 +427,11 @@ TEST_F(TransferError, ASingularElementIsNamed)
 {
     GridBuilder builder;
     builder.addCell(VTK_HEXAHEDRON,
-                    {{-1, -1, -1}, {1, -1, -1}, {1, 1, -1}, {-1, 1, -1}, {0, 0, 1}, {0, 0, 1}, {0, 0, 1}, {0, 0, 1}});
+                    {{-1, -1, -1}, {1, -1, -1}, {1, 1, -1}, {-1, 1, -1}, {0, 0, 1}, {1, 0, 1}, {2, 0, 1}, {3, 0, 1}});
+    for (vtkIdType point = 5; point < 8; ++point)
+    {
+        builder.grid()->GetPoints()->SetPoint(point, 0, 0, 1); // four nodes at one place, which are not one
+    }
     addDoubles(*builder.grid(), "T", linear);
     writeSource(*builder.grid());
     GridBuilder target;
