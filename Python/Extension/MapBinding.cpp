@@ -32,6 +32,7 @@ struct Task
     bool toGaussPoints = false;
     bool fromGaussPoints = false;
     bool usesMaterials = true;
+    bool takesChecksums = true;
 };
 
 const Mesh& modelOf(const CellMesh& mesh)
@@ -53,6 +54,7 @@ Map makeMap(const CellMesh& source, const Target& target, const Task& task, cons
                              .toNodes = task.toNodes,
                              .toGaussPoints = task.toGaussPoints,
                              .fromGaussPoints = task.fromGaussPoints,
+                             .takesChecksums = task.takesChecksums,
                              .rules = rulesOf(settings),
                              .tuning = tuningOf(settings),
                              .threads = settings.threads,
@@ -220,7 +222,8 @@ void bindSettings(nb::module_& module)
         .def_rw("to_nodes", &Task::toNodes)
         .def_rw("to_gauss_points", &Task::toGaussPoints)
         .def_rw("from_gauss_points", &Task::fromGaussPoints)
-        .def_rw("uses_materials", &Task::usesMaterials);
+        .def_rw("uses_materials", &Task::usesMaterials)
+        .def_rw("takes_checksums", &Task::takesChecksums);
     nb::class_<Way>(module, "Way")
         .def(nb::init<>())
         .def_rw("component_count", &Way::componentCount)

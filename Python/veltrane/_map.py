@@ -93,6 +93,8 @@ class Map:
         If the progress callback returned False, or Ctrl-C was pressed.
     """
 
+    _takes_checksums = True  # for is_from() and is_to()
+
     def __init__(
         self,
         source: Any,
@@ -123,6 +125,7 @@ class Map:
         chosen = settings(threads, tolerance, bucket_factor, max_buckets, near_limit, points_near, as_exported)
         source_mesh = mesh_of(source, "source", materials, skip_unsupported)
         target_model = target_of(target, materials, skip_unsupported)
+        task.takes_checksums = self._takes_checksums
         task.selection = selection(target_model, only)
         task.uses_materials = source_mesh._materials is not None and target_model._materials is not None
         volumes = source_mesh._as_source()

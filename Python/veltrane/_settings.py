@@ -18,7 +18,8 @@ def number(value: Any, name: str) -> Optional[float]:
     if value is None:
         return None
     try:
-        return float(np.float32(float(value)))
+        with np.errstate(over="ignore"):  # what becomes infinite is refused where it matters
+            return float(np.float32(float(value)))
     except (TypeError, ValueError):
         raise WrongTypeError(f"{name}= is no number") from None
     except OverflowError:

@@ -16,6 +16,10 @@ from ._models import mesh_of, points_of
 MASK = "vtkValidPointMask"
 
 
+class _MapForOneUse(Map):
+    _takes_checksums = False
+
+
 class Transferred(NamedTuple):
     """What a transfer gives for a target that cannot hold it."""
 
@@ -89,7 +93,7 @@ def _carried(source: Any, target: Any, target_model: Any, fields: Any, replace: 
             raise InvalidDataError(
                 f"field '{name}' has values at {len(values)} nodes, but the source has {source_mesh.n_points}"
             )
-    the_map = Map(source_mesh, target_model, **{**options, "materials": None})
+    the_map = _MapForOneUse(source_mesh, target_model, **{**options, "materials": None})
     results = {name: the_map.apply(values) for name, values in chosen.items()}
     if result_holder is not None:
         return result_holder.with_arrays({**results, MASK: the_map.mask})
