@@ -18,6 +18,8 @@ def number(value: Any, name: str) -> Optional[float]:
     if value is None:
         return None
     try:
+        if np.ndim(value) > 0:
+            raise TypeError
         with np.errstate(over="ignore"):  # what becomes infinite is refused where it matters
             return float(np.float32(float(value)))
     except (TypeError, ValueError):

@@ -58,6 +58,11 @@ def test_sample_at_an_array(cube_grid):
     assert np.allclose(values, meshes.linear(points), atol=1e-5)
 
 
+def test_sample_at_the_points_of_a_mesh(cube_grid, bricks):
+    values, _ = veltrane.sample(cube_grid, bricks, cube_grid["temperature"])
+    assert np.allclose(values, meshes.linear(bricks.points), atol=1e-5)
+
+
 def test_agrees_with_the_samples_of_pyvista(cube_grid):
     plane = pyvista.Plane(center=(0.5, 0.5, 0.43), direction=(0.2, 0.1, 1), i_size=1.6, j_size=1.6)
     theirs = plane.sample(cube_grid)
@@ -147,6 +152,14 @@ def test_meshio(cube_grid, bricks_grid, tmp_path):
     assert np.array_equal(meshio.read(tmp_path / "result.vtu").point_data["T"], result.point_data["T"])
     matched = veltrane.match_gauss_points(target, target)
     assert np.array_equal(matched.cell_data["source_element"][0], np.arange(27))
+
+
+def test_a_plane_mesh_of_meshio_lies_at_z_0(cube_grid):
+    meshio = pytest.importorskip("meshio")
+    plane = meshio.Mesh(np.array([[0.2, 0.3], [0.8, 0.3], [0.5, 0.9]]), [("triangle", [[0, 1, 2]])])
+    result = veltrane.transfer(cube_grid, plane, "temperature")
+    at_z_0 = np.column_stack([plane.points, np.zeros(3)])
+    assert np.allclose(result.point_data["temperature"], meshes.linear(at_z_0), atol=1e-5)
 
 
 def test_a_wedge_of_meshio_is_the_wedge_of_the_file(tmp_path):

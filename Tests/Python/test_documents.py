@@ -2,6 +2,8 @@
 
 import pathlib
 import re
+import subprocess
+import sys
 
 import numpy as np
 import pytest
@@ -69,3 +71,12 @@ def test_the_guide(names):
         exec(block, names)
     assert names["matrix"].shape == (125, 125)
     assert len(names["values"]) == veltrane.Mesh(*meshes.tetrahedra(4), "tetra").n_gauss_points
+
+
+def test_the_example_draws_its_picture(tmp_path):
+    pytest.importorskip("matplotlib")
+    script = ROOT / "Examples/Python/stress_along_a_line.py"
+    picture = tmp_path / "stress.png"
+    done = subprocess.run([sys.executable, script, picture], capture_output=True, text=True, check=False)
+    assert done.returncode == 0, done.stderr
+    assert "carried to" in done.stdout and picture.read_bytes().startswith(b"\x89PNG")

@@ -151,6 +151,8 @@ def test_outside(cube):
     assert filled.apply(values, default=-1).tolist() == [1.0, -1.0]
     with pytest.raises(veltrane.InvalidOptionError):
         veltrane.Map(cube, target, outside="propagate")
+    with pytest.raises(veltrane.WrongTypeError, match="default= is no number"):
+        filled.apply(values, default=[-1.0])
     with pytest.raises(veltrane.InvalidOptionError, match="'errors' is none of"):
         veltrane.Map(cube, target, outside="errors")
 
@@ -165,6 +167,15 @@ def test_propagation_spreads_from_cell_to_cell(cube):
     entries = np.diff(spread.to_scipy().indptr)
     assert np.array_equal(entries == 0, spread.far)
     assert np.allclose(spread.to_scipy(resolve_propagation=True).sum(axis=1), 1.0, atol=1e-6)
+
+
+def test_what_propagation_does_not_reach_is_masked(cube):
+    points, cells = meshes.hexahedra(1)
+    apart = veltrane.Mesh(np.vstack([points, points + 5.0]), np.vstack([cells, cells + 8]), "hexahedron")
+    spread = veltrane.Map(cube, apart, outside="propagate")
+    assert spread.has_unreached_nodes
+    assert spread.mask.tolist() == [1] * 8 + [0] * 8
+    assert spread.apply(np.full(cube.n_points, 5.0)).tolist() == [5.0] * 8 + [0.0] * 8
 
 
 def test_transposed_keeps_sums_and_moments(cube, the_map, points):
