@@ -66,7 +66,8 @@ void addElement(MeshData& data, std::span<const std::int64_t> points, const Cell
         throw InvalidData(text("cell ", cell, " is a ", findElementKind(kind.kind)->name, " of ", points.size(),
                                " points instead of ", kind.nodeOrder.size()));
     }
-    const auto pointCount = static_cast<std::int64_t>(data.coordinates.size() / 3);
+    // The coordinates are in one precision only.
+    const auto pointCount = static_cast<std::int64_t>((data.coordinates.size() + data.exactCoordinates.size()) / 3);
     for (const int place : kind.nodeOrder)
     {
         const std::int64_t point = points[static_cast<std::size_t>(place)];
@@ -95,7 +96,9 @@ void reserve(MeshData& data, std::size_t elementCount, std::size_t connectivityS
 CellMesh meshOfCells(const CellArrays& arrays, std::vector<Material> materials, bool skipsUnsupported)
 {
     checkSizes(arrays);
-    MeshData data{.coordinates = {arrays.points.begin(), arrays.points.end()}, .materials = std::move(materials)};
+    MeshData data{.coordinates = {arrays.points.begin(), arrays.points.end()},
+                  .exactCoordinates = {arrays.exactPoints.begin(), arrays.exactPoints.end()},
+                  .materials = std::move(materials)};
     reserve(data, arrays.types.size(), arrays.connectivity.size());
     std::vector<int> cells;
     cells.reserve(arrays.types.size());
@@ -117,7 +120,8 @@ CellMesh meshOfCells(const CellArrays& arrays, std::vector<Material> materials, 
 CellMesh volumesOf(const CellMesh& mesh)
 {
     const Mesh& all = mesh.mesh;
-    MeshData data{.coordinates = all.coordinates(), .materials = all.materials()};
+    MeshData data{
+        .coordinates = all.coordinates(), .exactCoordinates = all.exactCoordinates(), .materials = all.materials()};
     reserve(data, mesh.cells.size(), 0);
     std::vector<int> cells;
     for (int element = 0; element < all.elementCount(); ++element)

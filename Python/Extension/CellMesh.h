@@ -25,6 +25,7 @@ struct CellMesh
 struct CellArrays
 {
     std::span<const float> points;              ///< x, y, z of each point
+    std::span<const double> exactPoints;        ///< the same in double precision, instead of `points`
     std::span<const std::int64_t> connectivity; ///< point numbers, cell after cell
     std::span<const std::int64_t> offsets;      ///< one more than cells
     std::span<const std::int64_t> types;        ///< VTK's, one per cell

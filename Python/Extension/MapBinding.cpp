@@ -158,6 +158,7 @@ nb::dict statistics(const Map& map)
     dict["gauss_points_near_and_far"] = counts(figures.gaussPoints);
     dict["unconverged_point_count"] = figures.unconvergedPointCount;
     dict["singular_element_count"] = figures.singularElementCount;
+    dict["origin"] = nb::make_tuple(figures.origin[0], figures.origin[1], figures.origin[2]);
     return dict;
 }
 

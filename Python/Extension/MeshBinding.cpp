@@ -13,6 +13,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace veltrane
@@ -31,28 +33,48 @@ std::vector<Material> materialsOf(const ArrayIn<int>& numbers)
     return materials.empty() ? std::vector<Material>(1) : materials;
 }
 
-CellMesh makeMesh(const ArrayIn<float>& points, const ArrayIn<std::int64_t>& connectivity,
+template <class Number>
+CellMesh makeMesh(const ArrayIn<Number>& points, const ArrayIn<std::int64_t>& connectivity,
                   const ArrayIn<std::int64_t>& offsets, const ArrayIn<std::int64_t>& types,
                   const ArrayIn<int>& materialPerCell, const ArrayIn<int>& materials, bool skipsUnsupported)
 {
-    const CellArrays arrays{.points = spanOf(points),
-                            .connectivity = spanOf(connectivity),
-                            .offsets = spanOf(offsets),
-                            .types = spanOf(types),
-                            .materialPerCell = spanOf(materialPerCell)};
+    CellArrays arrays{.points = {},
+                      .exactPoints = {},
+                      .connectivity = spanOf(connectivity),
+                      .offsets = spanOf(offsets),
+                      .types = spanOf(types),
+                      .materialPerCell = spanOf(materialPerCell)};
+    if constexpr (std::is_same_v<Number, float>)
+    {
+        arrays.points = spanOf(points);
+    }
+    else
+    {
+        arrays.exactPoints = spanOf(points);
+    }
     const nb::gil_scoped_release noGil;
     return meshOfCells(arrays, materialsOf(materials), skipsUnsupported);
 }
 
-PointCloud makePoints(const ArrayIn<float>& points, const ArrayIn<int>& materialPerPoint, const ArrayIn<int>& materials)
+template <class Number>
+PointCloud makePoints(const ArrayIn<Number>& points, const ArrayIn<int>& materialPerPoint,
+                      const ArrayIn<int>& materials)
 {
-    const std::span<const float> coordinates = spanOf(points);
+    const std::span<const Number> coordinates = spanOf(points);
     std::vector<int> perPoint(coordinates.size() / 3, 0);
     if (materialPerPoint.size() > 0)
     {
         perPoint.assign(materialPerPoint.data(), materialPerPoint.data() + materialPerPoint.size());
     }
-    return PointCloud({coordinates.begin(), coordinates.end()}, std::move(perPoint), materialsOf(materials));
+    std::vector<Number> numbers(coordinates.begin(), coordinates.end());
+    if constexpr (std::is_same_v<Number, float>)
+    {
+        return PointCloud(std::move(numbers), std::move(perPoint), materialsOf(materials));
+    }
+    else
+    {
+        return PointCloud({}, std::move(numbers), std::move(perPoint), materialsOf(materials));
+    }
 }
 
 std::vector<std::int64_t> gaussPointOffsets(const CellMesh& mesh)
@@ -116,6 +138,21 @@ nb::tuple splitCells(const ArrayIn<std::int64_t>& cells)
     return nb::make_tuple(arrayOf(std::move(connectivity)), arrayOf(std::move(offsets)));
 }
 
+template <class Number> ArrayOut<Number> rowsOfThree(std::vector<Number> numbers)
+{
+    const std::size_t count = numbers.size() / 3;
+    return arrayOf(std::move(numbers), {count, 3}, static_cast<Number*>(nullptr));
+}
+
+template <class Number> void bindMaking(nb::module_& module)
+{
+    module.def("make_mesh", &makeMesh<Number>, nb::arg("points").noconvert(), nb::arg("connectivity").noconvert(),
+               nb::arg("offsets").noconvert(), nb::arg("types").noconvert(), nb::arg("material_per_cell").noconvert(),
+               nb::arg("materials").noconvert(), nb::arg("skip_unsupported"));
+    module.def("make_points", &makePoints<Number>, nb::arg("points").noconvert(),
+               nb::arg("material_per_point").noconvert(), nb::arg("materials").noconvert());
+}
+
 } // namespace
 
 void bindMeshes(nb::module_& module)
@@ -133,22 +170,17 @@ void bindMeshes(nb::module_& module)
                      [](const CellMesh& mesh) { return mesh.cells.size() == static_cast<std::size_t>(mesh.cellCount); })
         .def("cells", [](const CellMesh& mesh) { return arrayOf(mesh.cells); })
         .def("gauss_point_offsets", [](const CellMesh& mesh) { return arrayOf(gaussPointOffsets(mesh)); })
-        .def("points",
-             [](const CellMesh& mesh)
-             {
-                 const auto count = static_cast<std::size_t>(mesh.mesh.nodeCount());
-                 return arrayOf(mesh.mesh.coordinates(), {count, 3}, static_cast<float*>(nullptr));
-             })
+        .def("points", [](const CellMesh& mesh) { return rowsOfThree(mesh.mesh.coordinates()); })
+        .def(
+            "exact_points", [](const CellMesh& mesh) { return rowsOfThree(mesh.mesh.exactCoordinates()); },
+            "No rows if `points` says it all.")
         .def("kind_counts", &kindCounts)
         .def("volumes", &volumesOf, nb::call_guard<nb::gil_scoped_release>());
     nb::class_<PointCloud>(module, "Points").def_prop_ro("point_count", &PointCloud::pointCount);
 
+    bindMaking<float>(module);
+    bindMaking<double>(module);
     module.def("split_cells", &splitCells, nb::arg("cells").noconvert());
-    module.def("make_mesh", &makeMesh, nb::arg("points").noconvert(), nb::arg("connectivity").noconvert(),
-               nb::arg("offsets").noconvert(), nb::arg("types").noconvert(), nb::arg("material_per_cell").noconvert(),
-               nb::arg("materials").noconvert(), nb::arg("skip_unsupported"));
-    module.def("make_points", &makePoints, nb::arg("points").noconvert(), nb::arg("material_per_point").noconvert(),
-               nb::arg("materials").noconvert());
 }
 
 } // namespace veltrane

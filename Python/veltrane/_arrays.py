@@ -35,17 +35,18 @@ def integers(values: Any, what: str) -> np.ndarray:
 
 
 def coordinates(values: Any, what: str) -> np.ndarray:
-    """Positions as float32 of shape (n, 3)."""
+    """Positions of shape (n, 3), as float32 or float64, contiguous."""
     array = plain(values, what)
     if array.ndim != 2 or array.shape[1] != 3:
         raise InvalidDataError(f"{what} have the shape {array.shape}, not (n, 3)")
-    return single(array)
+    return floating(array)
 
 
-def single(array: np.ndarray) -> np.ndarray:
-    """In single precision; what is too large for it becomes infinite, and is refused where it matters."""
-    with np.errstate(over="ignore", invalid="ignore"):
-        return np.ascontiguousarray(array, dtype=np.float32)
+def floating(array: np.ndarray) -> np.ndarray:
+    """Numbers of single precision or less as float32, others as float64, contiguous."""
+    kind = np.float32 if array.dtype.kind == "f" and array.dtype.itemsize <= 4 else np.float64
+    with np.errstate(over="ignore"):  # what becomes infinite is refused where it matters
+        return np.ascontiguousarray(array, dtype=kind)
 
 
 def values(array: Any, what: str = "the values") -> np.ndarray:
@@ -53,8 +54,7 @@ def values(array: Any, what: str = "the values") -> np.ndarray:
     array = plain(array, what)
     if array.ndim == 0:
         raise InvalidDataError(f"{what} are a single number, not an array")
-    kind = np.float32 if array.dtype.kind == "f" and array.dtype.itemsize <= 4 else np.float64
-    return np.ascontiguousarray(array, dtype=kind)
+    return floating(array)
 
 
 def numbered(materials: Any, count: int, what: str) -> tuple[np.ndarray, np.ndarray]:

@@ -41,6 +41,7 @@ class Statistics(NamedTuple):
     gauss_points_near_and_far: Optional[tuple[int, int]]
     unconverged_point_count: int
     singular_element_count: int
+    origin: tuple[float, float, float]  #: what was taken off all coordinates before they became single precision
 
 
 class Map:

@@ -94,7 +94,8 @@ class Mesh:
     Parameters
     ----------
     points : array of shape (n, 3)
-        Positions of the nodes, of any type of numbers. They are kept in single precision.
+        Positions of the nodes, of any type of numbers. The search works in single precision, counted from the middle
+        of the source where that would not tell its nodes apart.
     cells
         One of these, whose point numbers count from 0 in VTK's order of a cell's points:
 
@@ -159,8 +160,9 @@ class Mesh:
 
     @property
     def points(self) -> np.ndarray:
-        """A copy of the positions, float32 of shape (n_points, 3)."""
-        return self._core.points()
+        """A copy of the positions, of shape (n_points, 3): float32, or float64 if single precision does not hold them."""
+        exact = self._core.exact_points()
+        return exact if len(exact) else self._core.points()
 
     @property
     def materials(self) -> Optional[np.ndarray]:
@@ -194,7 +196,7 @@ class Points:
     Parameters
     ----------
     points : array of shape (n, 3)
-        Positions, of any type of numbers. They are kept in single precision.
+        Positions, of any type of numbers.
     materials : array of shape (n,), optional
         Whole numbers, not -1. A point takes values only from source cells of the same number. They are disregarded if
         the source has none.

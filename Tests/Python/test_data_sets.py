@@ -85,6 +85,7 @@ def test_grids_without_a_list_of_cells_are_sources(kind):
     assert np.allclose(values, meshes.linear(meshes.inner_points(30)), atol=1e-5)
 
 
+@pytest.mark.skipif(not hasattr(pyvista, "register_dataset_accessor"), reason="this PyVista has no accessors")
 def test_the_accessor(cube_grid, bricks_grid):
     result = bricks_grid.veltrane.transfer_from(cube_grid, "temperature")
     assert np.allclose(result["temperature"], meshes.linear(bricks_grid.points), atol=1e-5)

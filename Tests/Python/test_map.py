@@ -206,6 +206,20 @@ def test_matrix_is_the_map(cube, the_map):
     assert np.allclose(matrix.T @ weights, the_map.apply_transposed(weights), atol=1e-9)
 
 
+def test_far_from_the_origin_in_double_precision(cube, the_map, points):
+    away = np.array([4.0e6, 5.0e6, 100.0])
+    source = veltrane.Mesh(cube.points + away, meshes.tetrahedra(4)[1], "tetra")
+    assert np.array_equal(source.points, cube.points + away)
+    moved = veltrane.Map(source, points + away)
+    assert moved.statistics.origin == (4000000.5, 5000000.5, 100.5) and the_map.statistics.origin == (0.0, 0.0, 0.0)
+    values = values_of(cube)
+    assert np.allclose(moved.apply(values), the_map.apply(values), atol=1e-5)
+    with_surfaces = veltrane.Mesh(source.points, {"triangle": [[0, 1, 5]], "tetra": meshes.tetrahedra(4)[1]})
+    assert np.array_equal(veltrane.Map(with_surfaces, points + away).apply(values), moved.apply(values))
+    with pytest.raises(veltrane.OutsideError):
+        veltrane.Map(source, points + away, as_exported=True)
+
+
 def test_gauss_points(bricks):
     at_gauss_points = veltrane.Map(bricks, bricks, target_at="gauss_points")
     result = at_gauss_points.apply(values_of(bricks))
