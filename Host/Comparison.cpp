@@ -143,9 +143,9 @@ bool FieldComparison::exceeds(double tolerance) const
 
 FieldComparison compare(const Field& field, const Field& reference)
 {
-    if (field.location() != Location::nodes || reference.location() != Location::nodes)
+    if (field.location() != reference.location())
     {
-        throw InvalidData(text("field '", field.name(), "' is not at the nodes"));
+        throw InvalidData(text("field '", field.name(), "' is at nodes in one case and at Gauss points in the other"));
     }
     if (field.componentCount() != reference.componentCount())
     {
@@ -155,7 +155,7 @@ FieldComparison compare(const Field& field, const Field& reference)
     if (field.locationCount() != reference.locationCount())
     {
         throw InvalidData(text("field '", field.name(), "' has values at ", field.locationCount(),
-                               " nodes, but the one to compare it with at ", reference.locationCount()));
+                               " places, but the one to compare it with at ", reference.locationCount()));
     }
 
     FieldComparison result{};

@@ -38,7 +38,8 @@ struct FieldComparison
     bool exceeds(double tolerance) const;
 };
 
-/// Compares two node fields of the same mesh. Throws InvalidData if they do not have as many nodes and components.
+/// Compares two fields at the nodes, or at the Gauss points, of the same mesh: what is said of nodes goes for Gauss
+/// points, too. Throws InvalidData if they do not have the same places and components.
 FieldComparison compare(const Field& field, const Field& reference);
 
 } // namespace veltrane

@@ -234,20 +234,6 @@ Unmatched findUnmatchedElements(const Mesh& source, const Mesh& target, const st
     return unmatched;
 }
 
-std::optional<int> findUnmatchablePyramid(const Mesh& source, const Mesh& target)
-{
-    for (int element = 0; element < source.elementCount(); ++element)
-    {
-        const bool isPyramid = source.kindOf(element).kind == ElementKind::pyramid;
-        const bool hasPyramid = element < target.elementCount() && target.kindOf(element).kind == ElementKind::pyramid;
-        if (isPyramid && !hasPyramid)
-        {
-            return element;
-        }
-    }
-    return std::nullopt;
-}
-
 std::array<float, 3> centreOf(const Mesh& mesh, int element)
 {
     Position centre{};

@@ -6,7 +6,6 @@
 #include "Mesh.h"
 
 #include <array>
-#include <optional>
 #include <vector>
 
 namespace veltrane
@@ -30,10 +29,6 @@ Unmatched findUnmatchedNodes(const Mesh& source, const Mesh& target, const std::
 /// spite of such elements, if others have Gauss points at the same places, and fail without any, if the source has
 /// elements inside each other.
 Unmatched findUnmatchedElements(const Mesh& source, const Mesh& target, const std::vector<bool>& selection = {});
-
-/// The first source pyramid without a pyramid at its place in the target's list of elements. The library does not match
-/// meshes with such a pyramid, by neither nodes nor Gauss points.
-std::optional<int> findUnmatchablePyramid(const Mesh& source, const Mesh& target);
 
 /// The mean of an element's nodes, as the library computes it to match Gauss points.
 std::array<float, 3> centreOf(const Mesh& mesh, int element);

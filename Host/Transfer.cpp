@@ -77,13 +77,22 @@ ValueOrigin originOf(Finding finding, OutsideMode mode)
     return ValueOrigin::none;
 }
 
-std::vector<ValueOrigin> originsOf(const Map& map)
+void tellOrigins(const Map& map, TransferResult& result)
 {
-    std::vector<ValueOrigin> origins;
-    const Places places = map.places(Location::nodes);
-    std::ranges::transform(places.findings, std::back_inserter(origins),
-                           [&](Finding finding) { return originOf(finding, map.mode()); });
-    return origins;
+    if (map.locationCount(Location::nodes) > 0)
+    {
+        Places places = map.places(Location::nodes);
+        std::ranges::transform(places.findings, std::back_inserter(result.origins),
+                               [&](Finding finding) { return originOf(finding, map.mode()); });
+        result.findings = std::move(places.findings);
+        result.distances = std::move(places.distances);
+    }
+    if (map.locationCount(Location::gaussPoints) > 0)
+    {
+        Places places = map.places(Location::gaussPoints);
+        result.gaussPointFindings = std::move(places.findings);
+        result.gaussPointDistances = std::move(places.distances);
+    }
 }
 
 } // namespace
@@ -108,15 +117,23 @@ MapOptions mapOptions(std::span<const Field> sourceFields, const TransferOptions
 TransferResult transferWith(const Map& map, std::span<const Field> sourceFields, const TransferOptions& options)
 {
     const bool isWarned = map.hasUnreachedNodes();
-    return {.fields = map.apply(sourceFields, {.defaultValue = options.defaultValue,
-                                               .fieldOptions = options.fieldOptions,
-                                               .targetLocations = options.targetLocations,
-                                               .threads = options.threads}),
-            .origins = options.tellsOrigins && map.locationCount(Location::nodes) > 0 ? originsOf(map)
-                                                                                      : std::vector<ValueOrigin>(),
-            .outcome = isWarned ? Outcome::propagationWarning : Outcome::done,
-            .message = isWarned ? unreachedText : meshDoneText,
-            .statistics = map.statistics()};
+    TransferResult result{.fields = map.apply(sourceFields, {.defaultValue = options.defaultValue,
+                                                             .fieldOptions = options.fieldOptions,
+                                                             .targetLocations = options.targetLocations,
+                                                             .threads = options.threads}),
+                          .origins = {},
+                          .findings = {},
+                          .distances = {},
+                          .gaussPointFindings = {},
+                          .gaussPointDistances = {},
+                          .outcome = isWarned ? Outcome::propagationWarning : Outcome::done,
+                          .message = isWarned ? unreachedText : meshDoneText,
+                          .statistics = map.statistics()};
+    if (options.tellsOrigins)
+    {
+        tellOrigins(map, result);
+    }
+    return result;
 }
 
 void checkTransfer(const Mesh& source, std::span<const Field> sourceFields, const TransferOptions& options)

@@ -30,7 +30,8 @@ struct TransferOptions
     std::vector<Location> targetLocations{};
     /// Per source field. Empty: nothing special.
     std::vector<FieldOptions> fieldOptions{};
-    /// Whether the result tells where the values of each node or point come from.
+    /// Whether the result tells where the values of each node or point come from, and how it and the Gauss points were
+    /// found.
     bool tellsOrigins = false;
     Rules rules = asExported();
     Tuning tuning{};
@@ -60,6 +61,11 @@ struct TransferResult
     std::vector<Field> fields; ///< one per source field, of its name, components and precision
     /// One per target node or point if asked for and if there is a field at nodes, and otherwise none.
     std::vector<ValueOrigin> origins;
+    /// One per target node or point, or Gauss point, on the same conditions; distances as in Places.
+    std::vector<Finding> findings;
+    std::vector<double> distances;
+    std::vector<Finding> gaussPointFindings;
+    std::vector<double> gaussPointDistances;
     Outcome outcome;
     std::string message; ///< of the outcome, in one line
     TransferStatistics statistics;

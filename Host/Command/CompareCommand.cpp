@@ -50,23 +50,54 @@ std::string figure(double value)
     return std::isnan(value) ? "-" : inDigits(digits, value);
 }
 
+/// A node with its coordinates, or the number of a Gauss point.
+void addPlace(std::vector<std::string>& row, const Mesh& mesh, Location location, int index)
+{
+    if (location == Location::gaussPoints)
+    {
+        row.push_back(text("Gauss point ", index + 1));
+        row.resize(row.size() + 3, "-");
+        return;
+    }
+    row.push_back(text(index + 1));
+    for (const float coordinate : mesh.nodePosition(index))
+    {
+        row.push_back(figure(double{coordinate}));
+    }
+}
+
+/// The fields asked for, or else all of them, at nodes and at Gauss points.
+std::vector<std::string> fieldNames(const MeshFile& file, const std::vector<std::string>& requested)
+{
+    std::vector<std::string> names;
+    if (requested.empty())
+    {
+        std::ranges::transform(chooseAndRename(file, {}, "compared"), std::back_inserter(names), &ChosenField::name);
+        return names;
+    }
+    std::ranges::copy_if(requested, std::back_inserter(names),
+                         [&](const std::string& name)
+                         { return !file.hasGaussField(name) || file.hasArray(ArrayPlace::points, name); });
+    if (!names.empty())
+    {
+        chooseFields(file, names, "compared"); // throws if there is no such array
+    }
+    return requested;
+}
+
 void printTable(std::ostream& stream, const Mesh& mesh, const std::vector<NamedComparison>& comparisons)
 {
     TextTable table(1);
     table.addRow({"", "largest", "RMS", "relative L2", "largest", "at", "", "", ""});
     table.addRow({"array (components)", "value in B", "difference", "difference", "difference", "node", "x", "y", "z"});
-    for (const auto& [name, componentCount, figures] : comparisons)
+    for (const auto& [name, componentCount, location, figures] : comparisons)
     {
         std::vector<std::string> row{text(name, " (", componentCount, ")"), figure(figures.largestReferenceMagnitude),
                                      figure(figures.rootMeanSquareDifference), figure(figures.relativeDifference),
                                      figure(figures.largestDifference)};
         if (figures.largestDifference > 0)
         {
-            row.push_back(text(figures.largestDifferenceNode + 1));
-            for (const float coordinate : mesh.nodePosition(figures.largestDifferenceNode))
-            {
-                row.push_back(figure(double{coordinate}));
-            }
+            addPlace(row, mesh, location, figures.largestDifferenceNode);
         }
         else
         {
@@ -77,17 +108,21 @@ void printTable(std::ostream& stream, const Mesh& mesh, const std::vector<NamedC
     table.print(stream);
 }
 
-std::string nodesOf(std::size_t count, std::string_view file)
+std::string placesOf(std::size_t count, Location location, std::string_view file)
 {
-    return count == 0 ? "" : text(oneOrMore(static_cast<long long>(count), "node", "nodes"), " of ", file);
+    const bool areNodes = location == Location::nodes;
+    return count == 0 ? ""
+                      : text(oneOrMore(static_cast<long long>(count), areNodes ? "node" : "Gauss point",
+                                       areNodes ? "nodes" : "Gauss points"),
+                             " of ", file);
 }
 
-void printLeftOutNodes(std::ostream& stream, const std::vector<NamedComparison>& comparisons)
+void printLeftOutPlaces(std::ostream& stream, const std::vector<NamedComparison>& comparisons)
 {
-    for (const auto& [name, componentCount, figures] : comparisons)
+    for (const auto& [name, componentCount, location, figures] : comparisons)
     {
-        const std::string inA = nodesOf(figures.unusableInField, "A");
-        const std::string inB = nodesOf(figures.unusableInReference, "B");
+        const std::string inA = placesOf(figures.unusableInField, location, "A");
+        const std::string inB = placesOf(figures.unusableInReference, location, "B");
         if (!inA.empty() || !inB.empty())
         {
             printLine(stream, "left out",
@@ -108,7 +143,7 @@ void printNames(std::ostream& stream, std::string_view label, const std::vector<
 ExitStatus judge(const std::vector<NamedComparison>& comparisons, double tolerance, std::ostream& stream)
 {
     std::vector<std::string> exceeding;
-    for (const auto& [name, componentCount, figures] : comparisons)
+    for (const auto& [name, componentCount, location, figures] : comparisons)
     {
         if (figures.exceeds(tolerance))
         {
@@ -181,30 +216,43 @@ ExitStatus CompareCommand::run() const
     {
         throw InvalidOption("--exact names the fields, so --field has no place beside it");
     }
-    const MeshFile file(file_, MeshRole::target);
+    MeshFile file(file_, MeshRole::target);
     throwIfInterrupted();
     std::ostream& stream = std::cout;
-    const std::vector<NamedComparison> comparisons =
-        exact_.empty() ? compareWithFile(file, stream) : compareWithFormulas(file, stream);
-    printLeftOutNodes(stream, comparisons);
+    std::vector<NamedComparison> comparisons;
+    if (exact_.empty())
+    {
+        MeshFile reference(reference_, MeshRole::target);
+        throwIfInterrupted();
+        if (!file.gaussFields().empty() && !reference.gaussFields().empty())
+        {
+            file = MeshFile(file_, MeshRole::gaussPointTarget); // surfaces have no Gauss points
+            reference = MeshFile(reference_, MeshRole::gaussPointTarget);
+        }
+        comparisons = compareWithFile(file, reference, stream);
+    }
+    else
+    {
+        comparisons = compareWithFormulas(file, stream);
+    }
+    printLeftOutPlaces(stream, comparisons);
     stream << '\n';
     printTable(stream, file.mesh(), comparisons);
     return tolerance_ ? judge(comparisons, *tolerance_, stream) : ExitStatus::done;
 }
 
-std::vector<NamedComparison> CompareCommand::compareWithFile(const MeshFile& file, std::ostream& stream) const
+std::vector<NamedComparison> CompareCommand::compareWithFile(const MeshFile& file, const MeshFile& reference,
+                                                             std::ostream& stream) const
 {
-    const MeshFile reference(reference_, MeshRole::target);
-    throwIfInterrupted();
     checkSameMesh(file, reference);
 
-    const std::vector<std::string> names = chooseFields(file, fields_, "compared");
-    const std::vector<std::string> referenceNames = chooseFields(reference, fields_, "compared");
+    const std::vector<std::string> names = fieldNames(file, fields_);
+    const std::vector<std::string> referenceNames = fieldNames(reference, fields_);
     std::vector<NamedComparison> comparisons;
     for (const std::string& name : namesAlsoIn(referenceNames, names))
     {
         const Field field = file.field(name);
-        comparisons.push_back({name, field.componentCount(), compare(field, reference.field(name))});
+        comparisons.push_back({name, field.componentCount(), field.location(), compare(field, reference.field(name))});
         throwIfInterrupted();
     }
     if (comparisons.empty())
@@ -233,7 +281,8 @@ std::vector<NamedComparison> CompareCommand::compareWithFormulas(const MeshFile&
     for (const Formula& formula : formulas)
     {
         const Field field = file.field(formula.name);
-        comparisons.push_back({formula.name, field.componentCount(), compare(field, formula.at(file.mesh()))});
+        comparisons.push_back(
+            {formula.name, field.componentCount(), Location::nodes, compare(field, formula.at(file.mesh()))});
         throwIfInterrupted();
     }
     printLine(stream, "A", file_);

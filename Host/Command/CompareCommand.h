@@ -20,10 +20,12 @@ struct NamedComparison
 {
     std::string name;
     int componentCount;
+    Location location;
     FieldComparison figures;
 };
 
-/// Says how far the point data of two files on the same mesh are from each other, or those of a file from formulas.
+/// Says how far the point data, and Gauss-point fields, of two files on the same mesh are from each other, or those of
+/// a file from formulas.
 class CompareCommand
 {
 public:
@@ -38,7 +40,8 @@ public:
     ExitStatus run() const;
 
 private:
-    std::vector<NamedComparison> compareWithFile(const MeshFile& file, std::ostream& stream) const;
+    std::vector<NamedComparison> compareWithFile(const MeshFile& file, const MeshFile& reference,
+                                                 std::ostream& stream) const;
     std::vector<NamedComparison> compareWithFormulas(const MeshFile& file, std::ostream& stream) const;
 
     CLI::App* command_;

@@ -1,5 +1,6 @@
 #include "FieldChoice.h"
 
+#include "NearPoints.h"
 #include "Report.h"
 #include "Text.h"
 
@@ -16,9 +17,16 @@ bool contains(const std::vector<std::string>& names, const std::string& name)
     return std::ranges::find(names, name) != names.end();
 }
 
+/// What a transfer has written about itself is not transferred unless it is asked for.
+bool isOfATransfer(const std::string& name)
+{
+    return name == distanceFieldName || name == gaussPointMaskName;
+}
+
 bool hasFloatingPointData(const MeshFile& file)
 {
-    return std::ranges::any_of(file.pointArrays(), &PointArray::isFloatingPoint);
+    return std::ranges::any_of(file.pointArrays(), [](const PointArray& array)
+                               { return array.isFloatingPoint && !isOfATransfer(array.name); });
 }
 
 /// Point data of the same name goes before.
@@ -39,7 +47,7 @@ void addAll(const MeshFile& file, std::string_view done, std::vector<ChosenField
     }
     for (const std::string& name : file.gaussFields())
     {
-        if (isGaussField(file, name))
+        if (isGaussField(file, name) && !isOfATransfer(name))
         {
             chosen.push_back({name, name});
         }
@@ -120,7 +128,7 @@ std::vector<std::string> chooseFields(const MeshFile& file, const std::vector<st
     std::vector<std::string> available;
     for (const PointArray& array : file.pointArrays())
     {
-        if (!array.isFloatingPoint)
+        if (!array.isFloatingPoint || (requested.empty() && isOfATransfer(array.name)))
         {
             continue;
         }

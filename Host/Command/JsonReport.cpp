@@ -79,6 +79,11 @@ Json describeTarget(const TransferRecord& record)
     return points != nullptr ? describePointFile(*points) : describeMesh(*record.targetMesh());
 }
 
+Json describeNear(const NearDistances& near)
+{
+    return near.count == 0 ? Json() : Json{{"mean", near.mean}, {"largest", near.largest}};
+}
+
 Json describePoints(const TransferRecord& record)
 {
     if (record.targetPoints() != nullptr)
@@ -87,6 +92,8 @@ Json describePoints(const TransferRecord& record)
         return {{"points", points.all},
                 {"notMapped", points.notMapped},
                 {"inside", points.inside},
+                {"near", points.near},
+                {"nearDistance", describeNear(points.nearDistances)},
                 {"outside", points.outside},
                 {"outsideOfMissingMaterial", points.outsideOfMissingMaterial}};
     }
@@ -100,6 +107,7 @@ Json describePoints(const TransferRecord& record)
             {"notMapped", nodes->notMapped},
             {"inside", nodes->inside},
             {"near", nodes->near},
+            {"nearDistance", describeNear(nodes->nearDistances)},
             {"far", nodes->far},
             {"farOfMissingMaterial", nodes->farOfMissingMaterial},
             {"farReached", nodes->reached}};
@@ -114,7 +122,11 @@ Json describeGaussPoints(const TransferRecord& record)
         return nullptr;
     }
     const OutsideCounts& outside = *record.result.statistics.gaussPoints;
-    return {{"all", record.targetMesh()->mesh().gaussPointCount()}, {"near", outside.near}, {"far", outside.far}};
+    const NearDistances near = nearDistances(record.result.gaussPointFindings, record.result.gaussPointDistances);
+    return {{"all", record.targetMesh()->mesh().gaussPointCount()},
+            {"near", outside.near},
+            {"nearDistance", describeNear(near)},
+            {"far", outside.far}};
 }
 
 std::string_view locationName(const Field& field)

@@ -72,20 +72,6 @@ const Sort& gaussPointSort()
     return sort;
 }
 
-/// Why the library refuses a mesh with this pyramid.
-std::string pyramidText(const MeshFile& source, const MeshFile& target, int pyramid)
-{
-    const bool hasCounterpart = pyramid < target.mesh().elementCount();
-    return text(": source element ", source.cellOf(pyramid) + 1,
-                " is a pyramid, and pyramids can be matched only if the target has pyramids in the same places of its "
-                "list of elements; ",
-                hasCounterpart
-                    ? text("there, element ", target.cellOf(pyramid) + 1, " is a ", target.mesh().kindOf(pyramid).name)
-                    : text("its list ends after ", target.mesh().elementCount()),
-                source.leftOutCellCount() + target.leftOutCellCount() > 0 ? " (left-out surface cells do not count)"
-                                                                          : "");
-}
-
 /// Lines that tell which items have no partner.
 std::string listText(const Sort& sort, const MeshFile& target, const Unmatched& unmatched)
 {
@@ -124,11 +110,7 @@ std::string namingTransfer(std::string message)
 /// What the library's message about a failure does not tell.
 std::string explain(const Sort& sort, const MeshFile& source, const MeshFile& target, const MatchOptions& options)
 {
-    if (const auto pyramid = findUnmatchablePyramid(source.mesh(), target.mesh()))
-    {
-        return pyramidText(source, target, *pyramid);
-    }
-    return excessText(source.mesh().boundingBox(), target.mesh().boundingBox(options.targetMapping)) +
+    return unitHint(source.mesh().boundingBox(), target.mesh().boundingBox(options.targetMapping)) +
            listText(sort, target, sort.findUnmatched(source.mesh(), target.mesh(), options.targetMapping));
 }
 
@@ -177,6 +159,7 @@ ExitStatus run(const Sort& sort, const MeshPairArguments& files)
     MatchOptions options{.targetMapping = files.materials.select(target.mesh().materials(),
                                                                  target.materialArray().has_value(), target.path()),
                          .tuning = {.tolerance = files.tolerance},
+                         .rules = {},
                          .threads = files.threads};
     files.checkOverlap(source.mesh().boundingBox(), target.mesh().boundingBox(options.targetMapping));
     if (const auto missing = matchMaterials(files.materials, source, target, options.targetMapping))

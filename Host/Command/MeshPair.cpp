@@ -18,8 +18,8 @@ namespace veltrane
 namespace
 {
 
-// The library admits targets within the source's box and this part of its size around it.
-constexpr float admittedExcess = 0.05F;
+/// By which part of the source's box the target's may miss it and still has nodes in common with it.
+constexpr float admittedGap = 0.05F;
 
 std::string intervalText(const Box& box, std::size_t axis)
 {
@@ -167,7 +167,7 @@ void MeshPairArguments::checkOverlap(const Box& sourceBox, const Box& targetBox)
 {
     for (std::size_t axis = 0; axis < 3; ++axis)
     {
-        const float margin = admittedExcess * (sourceBox.max[axis] - sourceBox.min[axis]);
+        const float margin = admittedGap * (sourceBox.max[axis] - sourceBox.min[axis]);
         if (targetBox.min[axis] > sourceBox.max[axis] + margin || targetBox.max[axis] < sourceBox.min[axis] - margin)
         {
             throw BadFile(text("the source '", source, "' and the target '", target,
@@ -339,30 +339,18 @@ void checkSourceCells(const MeshFile& source)
 std::string unitHint(const Box& source, const Box& target)
 {
     constexpr float suspicious = 300;
+    constexpr float inch = 25.4F;
+    constexpr float accuracy = 0.01F;
     const float ratio = target.size() / source.size();
     const bool isOnePoint = ratio == 0; // which has no size in any unit
-    if (!isOnePoint && (ratio >= suspicious || ratio <= 1 / suspicious))
+    const float factor = ratio >= 1 ? ratio : 1 / ratio;
+    const bool isInch = std::abs(factor - inch) <= accuracy * inch;
+    if (isOnePoint || !(factor >= suspicious || isInch))
     {
-        return text("; the target is ", std::lround(ratio >= 1 ? ratio : 1 / ratio), " times as ",
-                    ratio >= 1 ? "large" : "small", " as the source: are both in the same unit of length?");
+        return "";
     }
-    return "";
-}
-
-std::string excessText(const Box& source, const Box& target)
-{
-    for (std::size_t axis = 0; axis < 3; ++axis)
-    {
-        const float margin = admittedExcess * (source.max[axis] - source.min[axis]);
-        const float targetMargin = 0.01F * (target.max[axis] - target.min[axis]);
-        if (target.min[axis] - targetMargin <= source.min[axis] - margin ||
-            target.max[axis] + targetMargin >= source.max[axis] + margin)
-        {
-            return text(": the target reaches from ", intervalText(target, axis), ", the source only from ",
-                        intervalText(source, axis), unitHint(source, target));
-        }
-    }
-    return "";
+    return text("; the target is ", isInch ? text(inch) : text(std::lround(factor)), " times as ",
+                ratio >= 1 ? "large" : "small", " as the source: are both in the same unit of length?");
 }
 
 } // namespace veltrane

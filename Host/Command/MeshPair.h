@@ -142,11 +142,9 @@ void useCommonMaterialArray(MeshFile& source, MeshFile& target);
 /// Throws BadFile, naming the first cell, if a cell of the source has no volume; warns of cells that are inside out.
 void checkSourceCells(const MeshFile& source);
 
-/// Asks for the units of length if one of the boxes is very much larger than the other; otherwise nothing.
+/// Asks for the units of length if one of the boxes is very much larger than the other, or by an inch in millimetres;
+/// otherwise nothing.
 std::string unitHint(const Box& source, const Box& target);
-
-/// Where the target leaves the box that the library admits, to follow a message, or nothing.
-std::string excessText(const Box& source, const Box& target);
 
 } // namespace veltrane
 

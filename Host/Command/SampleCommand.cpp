@@ -2,6 +2,7 @@
 
 #include "FileFormat.h"
 #include "Interruption.h"
+#include "OutsideText.h"
 #include "PointFile.h"
 #include "ProgressBar.h"
 #include "TableText.h"
@@ -57,6 +58,7 @@ SampleCommand::SampleCommand(CLI::App& app)
     files_.streamEnding = ".csv";
     arguments_.addFields(*command_);
     arguments_.addOutside(*command_, "points", false);
+    arguments_.addNear(*command_, "points", true);
     files_.materials.addTo(*command_, "points to receive values");
     arguments_.addTuning(*command_);
     placement_.addTo(*command_);
@@ -73,8 +75,9 @@ SampleCommand::SampleCommand(CLI::App& app)
              "  veltrane sample thermal.vtu sensors.csv -o readings.csv --outside default --default nan\n\n"
              "The first line of a .csv file names the columns, among them x, y and z. Points have materials if\n"
              "they have point data of that name; an element holds a point only if it has the point's material.\n"
-             "The array vtkValidPointMask of the output is 1 where an element of the source has given the values,\n"
-             "-1 where they are default values, and 0 at points that are not mapped, which hold the default value.\n\n",
+             "The array vtkValidPointMask of the output is 1 in an element of the source, 3 near one, whose values\n"
+             "are taken (--near), -1 where the values are default values, and 0 at points that are not mapped, which\n"
+             "hold the default value.\n\n",
              meshFormatHelp, seriesHelp, exitStatusHelp));
 }
 
@@ -94,6 +97,10 @@ void SampleCommand::checkOutput(bool isCollection) const
 ExitStatus SampleCommand::run() const
 {
     arguments_.options(!files_.materials.states.empty()); // each step would find the same fault
+    if (arguments_.nearLimit && !arguments_.pointsMayBeNear)
+    {
+        throw InvalidOption("--near-limit has an effect only together with --near");
+    }
     placement_.placement();
     if (files_.target == standardStream)
     {
@@ -129,22 +136,34 @@ ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files, MapCache& ma
     options.targetMapping = files.materials.select(points.points().materials(), haveMaterials, points.path());
     const Box sourceBox = source.mesh().boundingBox();
     const Box pointBox = points.points().boundingBox();
-    files.checkOverlap(sourceBox, pointBox);
     reportMissingMaterials(files.materials.match(source.mesh(), source.materialArray().has_value(), points.points(),
                                                  haveMaterials, options.targetMapping),
                            options.mode);
 
+    arguments_.limitNearPoints(options, source.mesh());
     options.threads = files.threads;
     options.progress = progress.callback("sampling");
+    const auto sample = [&](const TransferOptions& withOptions)
+    { return maps.sample(source.mesh(), fields, points.points(), withOptions); };
+    const auto describeOutside = [&]
+    {
+        TransferOptions withDefault = options; // which tells where the points are
+        withDefault.mode = OutsideMode::defaultValue;
+        return outsideText(source.mesh(), sample(withDefault), points.points().coordinates(), "points");
+    };
     const TransferResult result =
-        explainingFailures([&] { return maps.sample(source.mesh(), fields, points.points(), options); },
-                           "--outside default gives such points the default value", sourceBox, pointBox);
+        explainingFailures([&] { return sample(options); }, describeOutside,
+                           arguments_.pointsMayBeNear ? "--outside default gives such points the default value"
+                                                      : "--outside default gives such points the default value, --near "
+                                                        "those just outside the values of a near cell",
+                           sourceBox, pointBox);
+    warnOfFindings(source.mesh(), result, sourceBox, pointBox, "points");
     progress.beginStage("writing output");
-    const IntegerArray mask = validPointMask(result.origins);
+    const IntegerArray mask = validPointMask(result.findings, options.mode);
+    const std::vector<Field> written = fieldsToWrite(result, options, arguments_.writesDistances);
     std::vector<PendingOutput> outputs;
-    outputs.push_back(
-        output.prepare([&](const std::filesystem::path& path)
-                       { points.writeWith(result.fields, mask.name, mask.values, path, files.writing()); }));
+    outputs.push_back(output.prepare([&](const std::filesystem::path& path)
+                                     { points.writeWith(written, mask.name, mask.values, path, files.writing()); }));
 
     const TransferRecord record{source, fields, &points, result, options, progress.times(), placement_.placement()};
     recordFiles.prepare(record, progress, outputs);

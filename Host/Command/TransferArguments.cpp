@@ -1,6 +1,7 @@
 #include "TransferArguments.h"
 
 #include "MeshPair.h"
+#include "NearPoints.h"
 #include "Report.h"
 #include "Text.h"
 
@@ -97,6 +98,26 @@ void warnOfUnusableValues(const Field& field, const std::string& name, const std
         field.values());
 }
 
+/// With this value at all components of the far locations.
+Field withFarValue(const Field& field, const std::vector<Finding>& findings, float value)
+{
+    FieldValues values = field.values();
+    const auto componentCount = static_cast<std::size_t>(field.componentCount());
+    std::visit(
+        [&](auto& numbers)
+        {
+            for (std::size_t i = 0; i < numbers.size(); ++i)
+            {
+                if (findings[i / componentCount] == Finding::far)
+                {
+                    numbers[i] = value;
+                }
+            }
+        },
+        values);
+    return Field(field.name(), field.location(), field.componentCount(), std::move(values));
+}
+
 } // namespace
 
 void TransferArguments::addFields(CLI::App& command)
@@ -147,6 +168,24 @@ void TransferArguments::addOutside(CLI::App& command, const std::string& points,
         ->allow_extra_args(false);
 }
 
+void TransferArguments::addNear(CLI::App& command, const std::string& points, bool isAsked)
+{
+    if (isAsked)
+    {
+        command.add_flag("--near", pointsMayBeNear,
+                         text("let ", points, " in no cell take the values of a near one,\nas nodes of a mesh do"));
+    }
+    command
+        .add_option("--near-limit", nearLimit,
+                    text("how far from the source ", points,
+                         " may be to take its\nvalues (the length of its largest cell); those beyond are\nfar"))
+        ->type_name("LENGTH")
+        ->check(CLI::NonNegativeNumber);
+    command.add_flag(
+        "--distances", writesDistances,
+        text("add an array ", distanceFieldName, ": how far from the source\neach of the ", points, " is"));
+}
+
 void TransferArguments::addTuning(CLI::App& command)
 {
     command
@@ -164,7 +203,10 @@ void TransferArguments::addTuning(CLI::App& command)
 
 TransferOptions TransferArguments::options(bool hasStates) const
 {
-    TransferOptions options{.mode = parseMode(outside), .tellsOrigins = true, .tuning = tuning};
+    TransferOptions options{.mode = parseMode(outside),
+                            .tellsOrigins = true,
+                            .rules = {.pointsMayBeNear = pointsMayBeNear},
+                            .tuning = tuning};
     if (!defaults.empty() && options.mode != OutsideMode::defaultValue)
     {
         throw InvalidOption("--default has an effect only together with --outside default");
@@ -189,6 +231,11 @@ TransferOptions TransferArguments::options(bool hasStates) const
     }
     checkRequestedFields(fields);
     return options;
+}
+
+void TransferArguments::limitNearPoints(TransferOptions& options, const Mesh& source) const
+{
+    options.rules.nearLimit = nearLimit ? *nearLimit : largestElementSize(source);
 }
 
 std::vector<ChosenField> TransferArguments::chooseFields(const MeshFile& source) const
@@ -245,29 +292,92 @@ void reportMissingMaterials(const std::optional<std::string>& sentence, OutsideM
     warn(*sentence, "materials");
 }
 
-TransferResult explainingFailures(const std::function<TransferResult()>& transfer, const std::string& outsideAdvice,
+TransferResult explainingFailures(const std::function<TransferResult()>& transfer,
+                                  const std::function<std::string()>& describeOutside, const std::string& outsideAdvice,
                                   const Box& source, const Box& target)
 {
     try
     {
         return transfer();
     }
-    catch (const TargetOutside& error)
+    catch (const TargetOutside&)
     {
-        throw TargetOutside(text(bareMessage(error.what()), "; ", outsideAdvice));
+        throw TargetOutside(text(describeOutside(), "; ", outsideAdvice, unitHint(source, target)));
     }
     catch (const TransferError& error)
     {
-        throw TransferError(text(bareMessage(error.what()), excessText(source, target)), error.code());
+        throw TransferError(text(bareMessage(error.what()), unitHint(source, target)), error.code());
     }
 }
 
-IntegerArray validPointMask(const std::vector<ValueOrigin>& origins)
+void warnOfFindings(const Mesh& source, const TransferResult& result, const Box& sourceBox, const Box& targetBox,
+                    const std::string& points)
+{
+    if (const std::string hint = unitHint(sourceBox, targetBox); !hint.empty())
+    {
+        warn(hint.substr(2), "units");
+    }
+    warnOfNearPoints(source, result.findings, result.distances, points);
+    warnOfNearPoints(source, result.gaussPointFindings, result.gaussPointDistances, "Gauss points");
+    const long long singularCount = result.statistics.singularElementCount;
+    if (singularCount > 0)
+    {
+        warn(text(oneOrMore(singularCount, "cell of the source was", "cells of the source were"), " left out for some ",
+                  points, ", on the way to which the Jacobian becomes singular"),
+             "singular cells");
+    }
+}
+
+int maskValue(Finding finding, OutsideMode mode)
+{
+    switch (finding)
+    {
+    case Finding::inside: return 1;
+    case Finding::near: return 3;
+    case Finding::reached: return 2;
+    case Finding::far: return mode == OutsideMode::propagate ? 0 : -1;
+    case Finding::notMapped: break;
+    }
+    return 0;
+}
+
+IntegerArray validPointMask(const std::vector<Finding>& findings, OutsideMode mode)
 {
     IntegerArray mask{"vtkValidPointMask", ArrayPlace::points, 1, {}};
-    std::ranges::transform(origins, std::back_inserter(mask.values),
-                           [](ValueOrigin origin) { return static_cast<int>(origin); });
+    std::ranges::transform(findings, std::back_inserter(mask.values),
+                           [&](Finding finding) { return maskValue(finding, mode); });
     return mask;
+}
+
+std::vector<Field> fieldsToWrite(const TransferResult& result, const TransferOptions& options, bool withDistances)
+{
+    std::vector<Field> fields;
+    for (std::size_t i = 0; i < result.fields.size(); ++i)
+    {
+        const auto ownDefault =
+            options.fieldOptions.empty() ? std::optional<float>() : options.fieldOptions[i].defaultValue;
+        const float value = options.mode == OutsideMode::defaultValue ? ownDefault.value_or(options.defaultValue)
+                                                                      : std::numeric_limits<float>::quiet_NaN();
+        const Field& field = result.fields[i];
+        fields.push_back(field.location() == Location::nodes ? field
+                                                             : withFarValue(field, result.gaussPointFindings, value));
+    }
+    if (!result.gaussPointFindings.empty())
+    {
+        std::vector<float> mask;
+        std::ranges::transform(result.gaussPointFindings, std::back_inserter(mask),
+                               [&](Finding finding) { return static_cast<float>(maskValue(finding, options.mode)); });
+        fields.emplace_back(gaussPointMaskName, Location::gaussPoints, 1, std::move(mask));
+    }
+    if (withDistances && !result.findings.empty())
+    {
+        fields.push_back(distanceField(result.findings, result.distances, Location::nodes));
+    }
+    if (withDistances && !result.gaussPointFindings.empty())
+    {
+        fields.push_back(distanceField(result.gaussPointFindings, result.gaussPointDistances, Location::gaussPoints));
+    }
+    return fields;
 }
 
 void writeLog(const TransferResult& result, const std::filesystem::path& path)

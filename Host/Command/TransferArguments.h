@@ -27,18 +27,26 @@ struct TransferArguments
     std::string outside = "error";
     std::vector<std::string> defaults{};
     Tuning tuning{};
+    bool pointsMayBeNear = false;
+    std::optional<float> nearLimit{};
+    bool writesDistances = false;
 
     /// \param points       what receives the values: "nodes"
     /// \param canPropagate whether these have neighbours
+    /// \param isAsked      whether they may be near the source only if that is asked for
     void addFields(CLI::App& command);
     void addGauss(CLI::App& command);
     void addOutside(CLI::App& command, const std::string& points, bool canPropagate);
+    void addNear(CLI::App& command, const std::string& points, bool isAsked);
     void addTuning(CLI::App& command);
 
     /// All but what is said of single fields. Throws InvalidOption if the options contradict each other.
     ///
     /// \param hasStates  whether materials are given state codes
     TransferOptions options(bool hasStates) const;
+
+    /// Where near ends: where that is said, or else by the largest element of the source.
+    void limitNearPoints(TransferOptions& options, const Mesh& source) const;
 
     /// The fields of the source that are to be transferred, and what is said of each of them. Throws BadFile if a name
     /// is not that of a field.
@@ -53,21 +61,37 @@ std::vector<Field> readFields(const MeshFile& source, const std::vector<ChosenFi
 /// if points outside the source are an error.
 void reportMissingMaterials(const std::optional<std::string>& sentence, OutsideMode mode);
 
-/// Does the transfer. If it fails, says what may help.
+/// Does the transfer. If points are outside the source and that is an error, says how many, and what may help.
 ///
-/// \param outsideAdvice  what the mode can do for points outside the source
-TransferResult explainingFailures(const std::function<TransferResult()>& transfer, const std::string& outsideAdvice,
+/// \param describeOutside  gives the sentence about them
+/// \param outsideAdvice    what the mode can do for them
+TransferResult explainingFailures(const std::function<TransferResult()>& transfer,
+                                  const std::function<std::string()>& describeOutside, const std::string& outsideAdvice,
                                   const Box& source, const Box& target);
 
+/// Warnings about what has been found: units of length, near points, source cells left out.
+///
+/// \param points  what receives the values: "nodes"
+void warnOfFindings(const Mesh& source, const TransferResult& result, const Box& sourceBox, const Box& targetBox,
+                    const std::string& points);
+
+/// What the output's masks say of a point.
+int maskValue(Finding finding, OutsideMode mode);
+
 /// The point array of the output that tells where the values of each point come from.
-IntegerArray validPointMask(const std::vector<ValueOrigin>& origins);
+IntegerArray validPointMask(const std::vector<Finding>& findings, OutsideMode mode);
+
+/// The result's fields as they are written: far Gauss points hold the default value or, if it is not asked for, no
+/// number; with the mask of Gauss points, and with distances if they are wanted.
+std::vector<Field> fieldsToWrite(const TransferResult& result, const TransferOptions& options, bool withDistances);
 
 /// For the help texts.
 inline constexpr const char* validPointMaskHelp =
-    "The point array vtkValidPointMask of the output is 1 where an element of the source has given the\n"
-    "values, 2 where neighbours have, -1 where they are default values, and 0 where there are none: at\n"
-    "points of no cell or of materials that are not mapped, which hold the default value, and at those\n"
-    "that propagation could not reach, which hold 0.\n\n";
+    "The point array vtkValidPointMask of the output is 1 in an element of the source, 3 near one, whose\n"
+    "values are taken, 2 where neighbours have given the values, -1 where they are default values, and 0\n"
+    "where there are none: at points of no cell or of materials that are not mapped, which hold the\n"
+    "default value, and at those that propagation could not reach, which hold 0. Gauss points have an\n"
+    "array ValidGaussPointMask of this kind.\n\n";
 
 /// Writes the statistics of the search. Throws CannotWrite with nothing but the reason.
 void writeLog(const TransferResult& result, const std::filesystem::path& path);

@@ -2,6 +2,7 @@
 
 #include "FieldChoice.h"
 #include "FileFormat.h"
+#include "OutsideText.h"
 #include "ProgressBar.h"
 #include "Report.h"
 #include "Text.h"
@@ -23,6 +24,7 @@ TransferCommand::TransferCommand(CLI::App& app)
     arguments_.addFields(*command_);
     arguments_.addGauss(*command_);
     arguments_.addOutside(*command_, "nodes", true);
+    arguments_.addNear(*command_, "nodes", false);
     files_.materials.addTo(*command_, "nodes to receive values");
     arguments_.addTuning(*command_);
     placement_.addTo(*command_);
@@ -96,28 +98,35 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
     options.targetMapping =
         files.materials.select(target.mesh().materials(), target.materialArray().has_value(), target.path());
     const Box sourceBox = source.mesh().boundingBox();
-    files.checkOverlap(sourceBox, target.mesh().boundingBox(options.targetMapping));
+    const Box targetBox = target.mesh().boundingBox(options.targetMapping);
     reportMissingMaterials(matchMaterials(files.materials, source, target, options.targetMapping), options.mode);
 
+    arguments_.limitNearPoints(options, source.mesh());
     options.threads = files.threads;
     options.progress = progress.callback("interpolating");
-    const TransferResult result = explainingFailures(
-        [&] { return maps.transfer(source.mesh(), fields, target.mesh(), options); },
-        "--outside default gives such nodes the default value, --outside propagate the values of neighbouring nodes",
-        sourceBox, target.mesh().boundingBox());
-    if (const std::string hint = unitHint(sourceBox, target.mesh().boundingBox()); !hint.empty())
+    const auto transfer = [&](const TransferOptions& withOptions)
+    { return maps.transfer(source.mesh(), fields, target.mesh(), withOptions); };
+    const auto describeOutside = [&]
     {
-        warn(hint.substr(2), "units");
-    }
+        TransferOptions withDefault = options; // which tells where the nodes are
+        withDefault.mode = OutsideMode::defaultValue;
+        return outsideText(source.mesh(), transfer(withDefault), target.mesh().coordinates(), "nodes");
+    };
+    const TransferResult result = explainingFailures(
+        [&] { return transfer(options); }, describeOutside,
+        "--outside default gives such nodes the default value, --outside propagate the values of neighbouring nodes",
+        sourceBox, targetBox);
+    warnOfFindings(source.mesh(), result, sourceBox, targetBox, "nodes");
     progress.beginStage("writing output");
     std::vector<IntegerArray> arrays;
-    if (!result.origins.empty())
+    if (!result.findings.empty())
     {
-        arrays.push_back(validPointMask(result.origins));
+        arrays.push_back(validPointMask(result.findings, options.mode));
     }
+    const std::vector<Field> written = fieldsToWrite(result, options, arguments_.writesDistances);
     std::vector<PendingOutput> outputs;
     outputs.push_back(output.prepare([&](const std::filesystem::path& path)
-                                     { target.writeWith(result.fields, arrays, path, files.writing()); }));
+                                     { target.writeWith(written, arrays, path, files.writing()); }));
 
     const TransferRecord record{source, fields, &target, result, options, progress.times(), placement_.placement()};
     recordFiles.prepare(record, progress, outputs);

@@ -87,6 +87,7 @@ std::optional<NodeCounts> countNodes(const TransferRecord& record)
                       .notMapped = inCells - withElement - outside.far,
                       .inside = withElement - outside.near,
                       .near = outside.near,
+                      .nearDistances = nearDistances(record.result.findings, record.result.distances),
                       .far = outside.far,
                       .farOfMissingMaterial = ofMissingMaterial,
                       .reached = count(origins, ValueOrigin::neighbours)};
@@ -97,6 +98,7 @@ PointCounts countPoints(const TransferRecord& record)
     const PointCloud& points = record.targetPoints()->points();
     const std::vector<ValueOrigin>& origins = record.result.origins;
     const std::vector<bool> areMissing = findMissing(record.source.mesh().materials(), points.materials());
+    const NearDistances near = nearDistances(record.result.findings, record.result.distances);
     long long ofMissingMaterial = 0;
     for (std::size_t point = 0; point < origins.size(); ++point)
     {
@@ -105,20 +107,23 @@ PointCounts countPoints(const TransferRecord& record)
     }
     return {.all = points.pointCount(),
             .notMapped = count(origins, ValueOrigin::none),
-            .inside = count(origins, ValueOrigin::element),
+            .inside = count(origins, ValueOrigin::element) - near.count,
+            .near = near.count,
+            .nearDistances = near,
             .outside = count(origins, ValueOrigin::defaultValue),
             .outsideOfMissingMaterial = ofMissingMaterial};
 }
 
 std::function<bool(std::size_t location)> hasSourceValue(const TransferRecord& record, const Field& field)
 {
-    const std::vector<ValueOrigin>& origins = record.result.origins;
-    if (origins.empty() || field.location() != Location::nodes)
+    const std::vector<Finding>& findings =
+        field.location() == Location::nodes ? record.result.findings : record.result.gaussPointFindings;
+    if (findings.empty())
     {
         return {};
     }
-    return [&origins](std::size_t location)
-    { return origins[location] == ValueOrigin::element || origins[location] == ValueOrigin::neighbours; };
+    return [&findings](std::size_t location)
+    { return findings[location] != Finding::notMapped && findings[location] != Finding::far; };
 }
 
 std::string componentName(const Field& field, int component)

@@ -3,6 +3,7 @@
 #define VELTRANE_COMMAND_TRANSFER_RECORD_H
 
 #include "MeshFile.h"
+#include "NearPoints.h"
 #include "PointFile.h"
 #include "StageTimes.h"
 #include "Transfer.h"
@@ -41,6 +42,7 @@ struct NodeCounts
     long long notMapped; ///< of materials that are not to receive values
     long long inside;
     long long near; ///< just outside, with the values of a nearby element
+    NearDistances nearDistances;
     long long far;
     long long farOfMissingMaterial; ///< of the far ones those of materials that the source lacks
     long long reached;              ///< of the far ones those with values of neighbours
@@ -55,6 +57,8 @@ struct PointCounts
     long long all;
     long long notMapped; ///< of materials that are not to receive values
     long long inside;
+    long long near; ///< just outside, with the values of a nearby element
+    NearDistances nearDistances;
     long long outside;
     long long outsideOfMissingMaterial; ///< of these those of materials that the source lacks
 };

@@ -91,6 +91,14 @@ std::string placementText(const Placement& placement)
     return joined(parts);
 }
 
+void printNear(std::ostream& stream, long long count, const NearDistances& distances)
+{
+    constexpr int digits = 3;
+    printCount(stream, "  near", count,
+               text("just outside the source: values of a nearby element, ", inDigits(digits, distances.mean),
+                    " away on average, at most ", inDigits(digits, distances.largest)));
+}
+
 /// What has become of far nodes, a line for each fate.
 void printFar(std::ostream& stream, const NodeCounts& nodes, OutsideMode mode)
 {
@@ -127,7 +135,7 @@ void printNodeCounts(std::ostream& stream, const NodeCounts& nodes, OutsideMode 
         printCount(stream, "  not mapped", nodes.notMapped, "of other materials: hold the default value");
     }
     printCount(stream, "  inside", nodes.inside);
-    printCount(stream, "  near", nodes.near, "just outside the source: values of a nearby element");
+    printNear(stream, nodes.near, nodes.nearDistances);
     printFar(stream, nodes, mode);
 }
 
@@ -139,6 +147,10 @@ void printPointCounts(std::ostream& stream, const PointCounts& points)
         printCount(stream, "  not mapped", points.notMapped, "of other materials: hold the default value");
     }
     printCount(stream, "  inside", points.inside);
+    if (points.near > 0)
+    {
+        printNear(stream, points.near, points.nearDistances);
+    }
     printCount(stream, "  outside", points.outside - points.outsideOfMissingMaterial,
                "in no cell of the source: default value");
     if (points.outsideOfMissingMaterial > 0)
@@ -148,11 +160,14 @@ void printPointCounts(std::ostream& stream, const PointCounts& points)
     }
 }
 
-void printGaussPointCounts(std::ostream& stream, const Mesh& target, const OutsideCounts& outside)
+void printGaussPointCounts(std::ostream& stream, const TransferRecord& record)
 {
-    printCount(stream, "target Gauss points", static_cast<long long>(target.gaussPointCount()));
-    printCount(stream, "  near", outside.near, "just outside the source: values of a nearby element");
-    printCount(stream, "  far", outside.far, "too far from the source: 0");
+    const OutsideCounts& outside = *record.result.statistics.gaussPoints;
+    printCount(stream, "target Gauss points", static_cast<long long>(record.targetMesh()->mesh().gaussPointCount()));
+    printNear(stream, outside.near, nearDistances(record.result.gaussPointFindings, record.result.gaussPointDistances));
+    printCount(stream, "  far", outside.far,
+               record.options.mode == OutsideMode::propagate ? "too far from the source: not a number"
+                                                             : "too far from the source: default value");
 }
 
 void printSearch(std::ostream& stream, const TransferStatistics& statistics)
@@ -181,7 +196,7 @@ void printCounts(std::ostream& stream, const TransferRecord& record)
     }
     else if (record.result.statistics.gaussPoints)
     {
-        printGaussPointCounts(stream, record.targetMesh()->mesh(), *record.result.statistics.gaussPoints);
+        printGaussPointCounts(stream, record);
     }
     printSearch(stream, record.result.statistics);
 }
@@ -256,10 +271,13 @@ private:
 
 void printNotices(std::ostream& stream, const TransferRecord& record)
 {
-    const std::vector<ValueOrigin>& origins = record.result.origins;
+    const TransferResult& result = record.result;
     // Default values are none of the source's and say nothing of it.
     const auto isOfSource = [&](std::size_t location)
-    { return origins.empty() || origins[location] == ValueOrigin::element; };
+    {
+        const std::vector<Finding>& findings = result.findings.empty() ? result.gaussPointFindings : result.findings;
+        return findings[location] == Finding::inside || findings[location] == Finding::near;
+    };
     Notices notices(record.targetMesh() != nullptr);
     for (std::size_t i = 0; i < record.sourceFields.size(); ++i)
     {

@@ -134,6 +134,18 @@ TEST_F(CellVariety, LoosePointsReceiveValues)
     EXPECT_THAT(contentsOf(runner.file("out.vtu")), testing::HasSubstr("vtkValidPointMask"));
 }
 
+/// Values go from the near end of a curve to its far one.
+TEST_F(CellVariety, ValuesPropagateAlongCurves)
+{
+    GridBuilder builder;
+    builder.addCell(VTK_POLY_LINE, {{0.5, 0.5, 0.5}, {1, 0.5, 0.5}, {9, 0.5, 0.5}, {10, 0.5, 0.5}});
+    const CommandResult result = transfer(*builder.grid(), {"--outside", "propagate"});
+    ASSERT_EQ(result.status, 0) << result.errors;
+    const std::vector<double> values = valuesOf(*readGrid(runner.file("out.vtu")), "T");
+    EXPECT_NEAR(values[2], (3 + 4) / 2.0, singlePrecision);
+    EXPECT_NEAR(values[3], (3 + 4) / 2.0, singlePrecision);
+}
+
 /// Mesh generators write the lines and surfaces of a volume with numbers of their own.
 TEST_F(CellVariety, LinesAlongOtherCellsDoNotCount)
 {

@@ -22,6 +22,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <utility>
+#include <vector>
+
 #include <algorithm>
 #include <numeric>
 
@@ -119,7 +123,7 @@ TEST_P(GaussFieldsOfKind, AreReadAsTheyWereWritten)
     writeGrid(*makeGrid(GetParam(), 1, 0.1, 0.8), runner.file("target.vtu"));
     ASSERT_EQ(transfer("source.vtu", "target.vtu", "out.vtu", {"--gauss"}).status, 0);
     const veltrane::MeshFile file(runner.file("out.vtu"), veltrane::MeshRole::source);
-    EXPECT_THAT(file.gaussFields(), testing::ElementsAre("T", "u"));
+    EXPECT_THAT(file.gaussFields(), testing::ElementsAre("T", "u", "ValidGaussPointMask"));
     const veltrane::Field field = file.field("u", "v");
     EXPECT_EQ(field.name(), "v");
     EXPECT_EQ(field.location(), veltrane::Location::gaussPoints);
@@ -163,6 +167,26 @@ TEST_F(GaussFields, AreSourcesIfPresent)
     EXPECT_THAT(valuesOf(*readGrid(runner.file("out.vtu")), "again"), testing::Each(testing::DoubleNear(4, 1e-5)));
     EXPECT_EQ(transfer("gauss.vtu", "target.vtu", "all.vtu").status, 0); // without being asked for, too
     EXPECT_EQ(valuesOf(*readGrid(runner.file("all.vtu")), "T").size(), 27U);
+}
+
+TEST_F(GaussFields, AreCompared)
+{
+    for (const auto& [name, value] : std::vector<std::pair<std::string, double>>{{"a", 4}, {"b", 5}})
+    {
+        const auto flat = makeGrid(VTK_HEXAHEDRON, 2);
+        addDoubles(*flat, "T", [value = value](const Point&) { return value; });
+        writeGrid(*flat, runner.file(name + ".vtu"));
+        const auto target = makeGrid(VTK_HEXAHEDRON, 1);
+        target->InsertNextCell(VTK_QUAD, 4, std::array<vtkIdType, 4>{0, 1, 3, 2}.data()); // has no Gauss points
+        writeGrid(*target, runner.file("target.vtu"));
+        ASSERT_EQ(transfer(name + ".vtu", "target.vtu", name + "_gauss.vtu", {"--gauss"}).status, 0);
+    }
+    const CommandResult same = runner.run({"compare", "a_gauss.vtu", "a_gauss.vtu", "--tolerance", "0"});
+    EXPECT_EQ(same.status, 0) << same.errors;
+    const CommandResult result = runner.run({"compare", "a_gauss.vtu", "b_gauss.vtu", "--tolerance", "0.1"});
+    EXPECT_EQ(result.status, 1) << result.errors;
+    EXPECT_THAT(result.output, testing::ContainsRegex("\nT \\(1\\) +5 +1 +0.2 +1 +Gauss point 1 +- +- +-\n"));
+    EXPECT_EQ(runner.run({"compare", "a_gauss.vtu", "b_gauss.vtu", "--field", "T"}).status, 0);
 }
 
 /// One hexahedron whose scheme numbers its points backwards.

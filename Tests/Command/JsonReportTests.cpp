@@ -84,6 +84,7 @@ TEST_F(JsonReport, TellsWhatHasBeenDone)
                                     {"notMapped", 0},
                                     {"inside", 64},
                                     {"near", 0},
+                                    {"nearDistance", nullptr},
                                     {"far", 0},
                                     {"farOfMissingMaterial", 0},
                                     {"farReached", 0}}));
@@ -137,7 +138,7 @@ TEST_F(JsonReport, TellsOfGaussPoints)
     ASSERT_EQ(result.status, 0) << result.errors;
     const json read = report();
     EXPECT_EQ(read["points"], nullptr);
-    EXPECT_EQ(read["gaussPoints"], json({{"all", 162}, {"near", 0}, {"far", 0}}));
+    EXPECT_EQ(read["gaussPoints"], json({{"all", 162}, {"near", 0}, {"nearDistance", nullptr}, {"far", 0}}));
     EXPECT_EQ(read["fields"][0]["sourceLocation"], "nodes");
     EXPECT_EQ(read["fields"][0]["targetLocation"], "Gauss points");
     EXPECT_TRUE(isOfTheSchema());
@@ -161,8 +162,13 @@ TEST_F(JsonReport, TellsOfPoints)
                                     {"materialArray", "material"},
                                     {"materials", {"5", "6"}},
                                     {"box", {{"min", {0.25, 0.5, 0.125}}, {"max", {1, 1, 1.03125}}}}}));
-    EXPECT_EQ(read["points"],
-              json({{"points", 3}, {"notMapped", 1}, {"inside", 1}, {"outside", 1}, {"outsideOfMissingMaterial", 0}}));
+    EXPECT_EQ(read["points"], json({{"points", 3},
+                                    {"notMapped", 1},
+                                    {"inside", 1},
+                                    {"near", 0},
+                                    {"nearDistance", nullptr},
+                                    {"outside", 1},
+                                    {"outsideOfMissingMaterial", 0}}));
     EXPECT_EQ(read["gaussPoints"], nullptr);
     EXPECT_EQ(read["search"]["locatedPoints"], 1);
     std::vector<std::string> stages;
@@ -181,8 +187,8 @@ TEST_F(JsonReport, TellsOfPoints)
 
 TEST_F(JsonReport, AFailureLeavesNone)
 {
-    target = makeGrid(VTK_TETRA, 2, 0, 1.5);
-    EXPECT_EQ(transfer().status, 1);
+    target = makeGrid(VTK_TETRA, 2, 0, 3);
+    EXPECT_EQ(transfer().status, 2);
     EXPECT_THAT(runner.directory().names(), UnorderedElementsAre("source.vtu", "target.vtu"));
 }
 

@@ -218,13 +218,4 @@ TEST(MatchDiagnosis, TetrahedraOfTheSameCentreAreInTheSamePlace)
     EXPECT_THAT(findUnmatchedNodes(source, target).nowhere, ElementsAre(0, 1, 2, 3));
 }
 
-TEST(MatchDiagnosis, FindsThePyramidOutOfPlace)
-{
-    const Mesh pyramid = oneElement(ElementKind::pyramid, {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 0.5F, 0.5F, 1});
-    const Mesh cube = cubes({{0, 0, 0}}, 1);
-    EXPECT_FALSE(findUnmatchablePyramid(pyramid, pyramid));
-    EXPECT_FALSE(findUnmatchablePyramid(cube, pyramid));
-    EXPECT_EQ(findUnmatchablePyramid(pyramid, cube), 0);
-}
-
 } // namespace

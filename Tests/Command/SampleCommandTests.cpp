@@ -185,8 +185,9 @@ TEST_F(SampleCommand, PointsHaveMaterialsIfTheirDataSaysSo)
     writeGrid(*source, runner.file("source.vtu"));
     writeText("points.csv", "x,y,z,material\n0.5,0.5,0.25,1\n0.5,0.5,0.75,2\n0.5,0.5,0.25,2\n");
     expectRefused(2,
-                  "Some points of the points cloud target model are outside the source model; --outside default "
-                  "gives such points the default value",
+                  "1 of 3 points is outside the source; the farthest, at (0.5, 0.5, 0.25), is 0.25 from the nearest "
+                  "node of the source; --outside default gives such points the default value, --near those just "
+                  "outside the values of a near cell",
                   "points.csv");
     const CommandResult result =
         sample("points.csv", "out.csv", {"--outside", "default", "--default", "-9", "--only", "2", "--quiet"});
@@ -234,20 +235,6 @@ TEST_F(SampleCommand, OptionsMustFit)
                   {"sample", "source.vtu", "points.csv", "-o", "out.e"});
     expectFailure(runner, 66, "there is no file 'nowhere.csv'",
                   {"sample", "source.vtu", "nowhere.csv", "-o", "out.csv", "--quiet"});
-}
-
-TEST_F(SampleCommand, PointsMustBeWhereTheSourceIs)
-{
-    writeText("points.csv", "x,y,z\n5,5,5\n6,6,6\n");
-    expectRefused(65,
-                  "the source 'source.vtu' and the target 'points.csv' do not overlap: the source reaches from x = 0 "
-                  "to 1, the target from x = 5 to 6",
-                  "points.csv");
-    writeText("points.csv", "x,y,z\n5,5,5\n");
-    expectRefused(65,
-                  "the source 'source.vtu' and the target 'points.csv' do not overlap: the source reaches from x = 0 "
-                  "to 1, the target from x = 5 to 5",
-                  "points.csv");
 }
 
 TEST_F(SampleCommand, FailureToWriteATableIsReported)
