@@ -144,7 +144,7 @@ private:
     std::optional<veltrane::Mesh> target_;
     std::optional<veltrane::PointCloud> points_;
     FieldValues result_;
-    std::vector<float> workspace_;
+    std::vector<std::byte> workspace_;
 };
 
 /// What no application can do without: stored nodes and weights, and a sum over them, with the values of locations that
@@ -197,7 +197,7 @@ private:
     std::vector<float> weights_;
     std::vector<float> values_;
     std::vector<float> result_;
-    std::vector<float> workspace_;
+    std::vector<std::byte> workspace_;
 };
 
 /// The medians of what was measured, by name.

@@ -42,6 +42,9 @@ struct Rules
     /// Coordinates are counted from the middle of the source where single precision would not tell its nodes apart
     /// well enough: see TransferStatistics::origin.
     bool movesOrigin = true;
+    /// A point that was found gets reference coordinates and weights in double precision, and values are summed up in
+    /// it. Otherwise all of it is computed in single precision.
+    bool inDoublePrecision = true;
 };
 
 /// The rules of the exported functions: results are the same bits.
@@ -51,7 +54,8 @@ constexpr Rules asExported()
             .admitsExportedKindsOnly = true,
             .leavesOutSingularElements = false,
             .stopsAtUnreachedNodes = true,
-            .movesOrigin = false};
+            .movesOrigin = false,
+            .inDoublePrecision = false};
 }
 
 struct Progress

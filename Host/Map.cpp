@@ -86,6 +86,12 @@ TransferStatistics statisticsOf(const TransferMap& map, bool hasOutsideCounts)
     return statistics;
 }
 
+/// Null for none.
+const double (*rowsOfThree(const std::vector<double>& coordinates))[3]
+{
+    return coordinates.empty() ? nullptr : reinterpret_cast<const double(*)[3]>(coordinates.data());
+}
+
 template <typename Target>
 std::shared_ptr<const TransferMap> build(const Mesh& source, const Target& target, std::vector<int> flags,
                                          const MapOptions& options, const char* title)
@@ -100,6 +106,9 @@ std::shared_ptr<const TransferMap> build(const Mesh& source, const Target& targe
     {
         settings.origin = commonOrigin(source, target.coordinates(), settings.tuning.refCoordTolerance);
     }
+    settings.isDouble = options.rules.inDoublePrecision;
+    settings.exactSourceCoords = rowsOfThree(source.exactCoordinates());
+    settings.exactTargetCoords = rowsOfThree(target.exactCoordinates());
     const EngineModel sourceModel(source, settings.origin);
     const EngineModel targetModel(target, settings.origin);
     auto map = std::make_shared<TransferMap>();
@@ -275,7 +284,7 @@ std::size_t Map::workspaceSize(std::span<const FieldView> fields) const
     return static_cast<std::size_t>(size);
 }
 
-void Map::apply(std::span<const FieldView> fields, std::span<float> workspace, int threads) const
+void Map::apply(std::span<const FieldView> fields, std::span<std::byte> workspace, int threads) const
 {
     for (const FieldView& field : fields)
     {
@@ -283,7 +292,7 @@ void Map::apply(std::span<const FieldView> fields, std::span<float> workspace, i
     }
     if (workspace.size() < workspaceSize(fields))
     {
-        throw InvalidData(text("the workspace has ", workspace.size(), " numbers, not ", workspaceSize(fields)));
+        throw InvalidData(text("the workspace has ", workspace.size(), " bytes, not ", workspaceSize(fields)));
     }
     ThreadWorkers workers(threads);
     for (std::size_t first = 0; first < fields.size(); first += groupSize)
@@ -313,7 +322,7 @@ std::vector<Field> Map::apply(std::span<const Field> fields, const ApplyOptions&
                                                    : FieldValues(std::vector<double>(count, double{defaultValue})));
         arrays.push_back(arraysOf(field, values.back(), location, defaultValue, fieldOptions.isClassOneOnly));
     }
-    std::vector<float> workspace(workspaceSize(arrays));
+    std::vector<std::byte> workspace(workspaceSize(arrays));
     apply(arrays, workspace, options.threads);
     std::vector<Field> results;
     results.reserve(fields.size());
@@ -518,19 +527,22 @@ Map Map::load(const std::filesystem::path& path)
 bool Map::isFrom(const Mesh& source) const
 {
     OneWorker worker;
-    return checksumOf(EngineModel(source, map_->statistics().origin).model(), worker) == map_->sourceChecksum();
+    return checksumOf(EngineModel(source, map_->statistics().origin).model(), rowsOfThree(source.exactCoordinates()),
+                      worker) == map_->sourceChecksum();
 }
 
 bool Map::isTo(const Mesh& target) const
 {
     OneWorker worker;
-    return checksumOf(EngineModel(target, map_->statistics().origin).model(), worker) == map_->targetChecksum();
+    return checksumOf(EngineModel(target, map_->statistics().origin).model(), rowsOfThree(target.exactCoordinates()),
+                      worker) == map_->targetChecksum();
 }
 
 bool Map::isTo(const PointCloud& points) const
 {
     OneWorker worker;
-    return checksumOf(EngineModel(points, map_->statistics().origin).model(), worker) == map_->targetChecksum();
+    return checksumOf(EngineModel(points, map_->statistics().origin).model(), rowsOfThree(points.exactCoordinates()),
+                      worker) == map_->targetChecksum();
 }
 
 } // namespace veltrane

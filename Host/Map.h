@@ -149,8 +149,8 @@ public:
 
     /// The same in arrays of the caller's: target values that are not to be written stay as they are; propagation reads
     /// those at nodes that are not mapped. With one thread no memory is asked for. `workspace` holds at least
-    /// workspaceSize() numbers. Throws InvalidData if a size is wrong; nothing is written then.
-    void apply(std::span<const FieldView> fields, std::span<float> workspace, int threads = 1) const;
+    /// workspaceSize() bytes. Throws InvalidData if a size is wrong; nothing is written then.
+    void apply(std::span<const FieldView> fields, std::span<std::byte> workspace, int threads = 1) const;
     std::size_t workspaceSize(std::span<const FieldView> fields) const;
 
     /// Distributes what stands at target locations, such as nodal forces or heat flows, to the source's nodes with the

@@ -74,7 +74,7 @@ int main()
         veltrane::FieldView field;
         field.source = std::span<const double>(temperatures);
         field.target = std::span<double>(onStructure);
-        std::vector<float> workspace(map.workspaceSize(std::span(&field, 1)));
+        std::vector<std::byte> workspace(map.workspaceSize(std::span(&field, 1)));
 
         for (int step = 1; step <= 5; ++step)
         {

@@ -94,7 +94,7 @@ void apply(const Map& map, const ArrayIn<Number>& values, const ArrayInOut<Numbe
                          .defaultValue = way.defaultValue};
     const nb::gil_scoped_release noGil;
     const std::span<const FieldView> fields(&view, 1);
-    std::vector<float> workspace(map.workspaceSize(fields));
+    std::vector<std::byte> workspace(map.workspaceSize(fields));
     if (way.fillsFirst)
     {
         std::ranges::fill(spanOf(out), Number{way.defaultValue});

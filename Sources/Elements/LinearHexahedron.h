@@ -88,8 +88,9 @@ struct LinearHexahedron
     }
 
     /// Every node takes the Gauss point next to it.
-    static constexpr void gaussPointsToNodes(const NodeValues<nbGaussPoints>& gaussPointValues,
-                                             NodeValues<nbNodes>& nodeValues)
+    template <class Number>
+    static constexpr void gaussPointsToNodes(const NodeValues<nbGaussPoints, Number>& gaussPointValues,
+                                             NodeValues<nbNodes, Number>& nodeValues)
     {
         nodeValues = gaussPointValues;
     }

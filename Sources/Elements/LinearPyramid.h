@@ -85,15 +85,16 @@ struct LinearPyramid
     }
 
     /// A base node takes the lower Gauss point next to it, the apex the mean of the four upper ones.
-    static constexpr void gaussPointsToNodes(const NodeValues<nbGaussPoints>& gaussPointValues,
-                                             NodeValues<nbNodes>& nodeValues)
+    template <class Number>
+    static constexpr void gaussPointsToNodes(const NodeValues<nbGaussPoints, Number>& gaussPointValues,
+                                             NodeValues<nbNodes, Number>& nodeValues)
     {
         const auto& g = gaussPointValues;
         for (std::size_t i = 0; i < 4; ++i)
         {
             nodeValues[i] = g[i + 4];
         }
-        nodeValues[4] = single(0.25 * (g[0] + g[1] + g[2] + g[3]));
+        nodeValues[4] = stored<Number>(0.25 * (g[0] + g[1] + g[2] + g[3]));
     }
 };
 

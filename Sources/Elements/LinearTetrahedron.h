@@ -63,8 +63,9 @@ struct LinearTetrahedron
     }
 
     /// Every node takes the one Gauss point.
-    static constexpr void gaussPointsToNodes(const NodeValues<nbGaussPoints>& gaussPointValues,
-                                             NodeValues<nbNodes>& nodeValues)
+    template <class Number>
+    static constexpr void gaussPointsToNodes(const NodeValues<nbGaussPoints, Number>& gaussPointValues,
+                                             NodeValues<nbNodes, Number>& nodeValues)
     {
         nodeValues.fill(gaussPointValues[0]);
     }

@@ -82,16 +82,17 @@ struct LinearWedge
     }
 
     /// Every node takes the mean of the Gauss points on the two triangle edges that meet in it.
-    static constexpr void gaussPointsToNodes(const NodeValues<nbGaussPoints>& gaussPointValues,
-                                             NodeValues<nbNodes>& nodeValues)
+    template <class Number>
+    static constexpr void gaussPointsToNodes(const NodeValues<nbGaussPoints, Number>& gaussPointValues,
+                                             NodeValues<nbNodes, Number>& nodeValues)
     {
         const auto& g = gaussPointValues;
-        nodeValues[0] = single((g[0] + g[2]) * 0.5);
-        nodeValues[1] = single((g[1] + g[0]) * 0.5);
-        nodeValues[2] = single((g[2] + g[1]) * 0.5);
-        nodeValues[3] = single((g[3] + g[5]) * 0.5);
-        nodeValues[4] = single((g[4] + g[3]) * 0.5);
-        nodeValues[5] = single((g[5] + g[4]) * 0.5);
+        nodeValues[0] = stored<Number>((g[0] + g[2]) * 0.5);
+        nodeValues[1] = stored<Number>((g[1] + g[0]) * 0.5);
+        nodeValues[2] = stored<Number>((g[2] + g[1]) * 0.5);
+        nodeValues[3] = stored<Number>((g[3] + g[5]) * 0.5);
+        nodeValues[4] = stored<Number>((g[4] + g[3]) * 0.5);
+        nodeValues[5] = stored<Number>((g[5] + g[4]) * 0.5);
     }
 };
 

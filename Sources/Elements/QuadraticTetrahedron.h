@@ -115,20 +115,21 @@ struct QuadraticTetrahedron
     /// By number: corner k takes Gauss point k + 1, a mid-edge node the mean of its two corners' points and the centre.
     /// Gauss point 4 lies next to corner 4 and Gauss point 5 next to corner 3, so these two corners, and the mid-edge
     /// nodes between them and corners 1 and 2, take each other's point. Hosts rely on the rule as it is.
-    static constexpr void gaussPointsToNodes(const NodeValues<nbGaussPoints>& gaussPointValues,
-                                             NodeValues<nbNodes>& nodeValues)
+    template <class Number>
+    static constexpr void gaussPointsToNodes(const NodeValues<nbGaussPoints, Number>& gaussPointValues,
+                                             NodeValues<nbNodes, Number>& nodeValues)
     {
         const auto& g = gaussPointValues;
         nodeValues[0] = g[1];
         nodeValues[1] = g[2];
         nodeValues[2] = g[3];
         nodeValues[3] = g[4];
-        nodeValues[4] = single((g[1] + g[2] + g[0]) / 3.0);
-        nodeValues[5] = single((g[2] + g[3] + g[0]) / 3.0);
-        nodeValues[6] = single((g[3] + g[1] + g[0]) / 3.0);
-        nodeValues[7] = single((g[1] + g[4] + g[0]) / 3.0);
-        nodeValues[8] = single((g[2] + g[4] + g[0]) / 3.0);
-        nodeValues[9] = single((g[3] + g[4] + g[0]) / 3.0);
+        nodeValues[4] = stored<Number>((g[1] + g[2] + g[0]) / 3.0);
+        nodeValues[5] = stored<Number>((g[2] + g[3] + g[0]) / 3.0);
+        nodeValues[6] = stored<Number>((g[3] + g[1] + g[0]) / 3.0);
+        nodeValues[7] = stored<Number>((g[1] + g[4] + g[0]) / 3.0);
+        nodeValues[8] = stored<Number>((g[2] + g[4] + g[0]) / 3.0);
+        nodeValues[9] = stored<Number>((g[3] + g[4] + g[0]) / 3.0);
     }
 
 private:

@@ -17,7 +17,8 @@
 ///     gaussPointsToNodes(gaussPointValues, nodeValues)  what the element gives to the average at each node
 ///
 /// Values are those computed in double precision from the reference point and stored as the Number that the point is
-/// made of: float, a pack of points that are worked on at once, or double, which rounds nothing.
+/// made of: float, or a pack of them for points that are worked on at once, or double and packs of it, which round
+/// nothing.
 #ifndef VELTRANE_REFERENCE_ELEMENT_H
 #define VELTRANE_REFERENCE_ELEMENT_H
 
@@ -27,6 +28,7 @@
 #include <concepts>
 #include <cstddef>
 #include <string_view>
+#include <type_traits>
 
 template <int nbNodes, class Number = float> using NodeValues = std::array<Number, nbNodes>;
 template <int nbNodes, class Number = float> using NodeGradients = std::array<std::array<Number, 3>, nbNodes>;
@@ -94,12 +96,26 @@ constexpr bool allOf(std::same_as<bool> auto... conditions)
     return (conditions && ...);
 }
 
+/// Numbers that hold what is computed in double precision without rounding it: doubles and packs of them.
+template <class Number>
+concept WideNumber = requires(const Number& number)
+{
+    {
+        wide(number)
+        } -> std::convertible_to<Number>;
+    requires std::same_as<std::remove_cvref_t<decltype(wide(number))>, Number>;
+};
+
 /// A value computed in double precision, as it is stored; a constant stands for all points of a pack.
 template <class Number, class Value> constexpr Number stored(const Value& value)
 {
-    if constexpr (std::same_as<Number, double>)
+    if constexpr (std::same_as<Number, Value>)
     {
         return value;
+    }
+    else if constexpr (WideNumber<Number>)
+    {
+        return Number(value);
     }
     else
     {

@@ -10,38 +10,40 @@
 inline constexpr float undefinedBelow = single(-8.888e13);
 inline constexpr float undefinedValue = single(-9.999e13);
 
-/// The nodes whose values are summed up, and their weights.
-struct WeightedNodes
+/// The nodes whose values are summed up, and their weights, in single or double precision.
+template <class Weight> struct WeightedNodesOf
 {
     const int* nodes;
-    const float* weights;
+    const Weight* weights;
     int count;
 };
+using WeightedNodes = WeightedNodesOf<float>;
 
 /// `NbTogether` components in a row at one point: weighted sums in node order. `source` holds their values at node 0;
 /// a node's values are `stride` after those of the node before it. Where all source values are known to be defined,
-/// they are not looked at.
-template <int NbTogether, bool mayBeUndefined, class SourceValue, class TargetValue>
-inline void interpolateTogether(const SourceValue* source, TargetValue* target, int stride, const WeightedNodes& at)
+/// they are not looked at. All is computed in the precision of the weights.
+template <int NbTogether, bool mayBeUndefined, class SourceValue, class TargetValue, class Weight>
+inline void interpolateTogether(const SourceValue* source, TargetValue* target, int stride,
+                                const WeightedNodesOf<Weight>& at)
 {
-    float sums[NbTogether]{};
+    Weight sums[NbTogether]{};
     bool areUndefined[NbTogether]{};
     for (int i = 0; i < at.count; ++i)
     {
         const SourceValue* values = source + static_cast<std::int64_t>(at.nodes[i]) * stride;
         for (int c = 0; c < NbTogether; ++c)
         {
-            const auto value = static_cast<float>(values[c]);
+            const auto value = static_cast<Weight>(values[c]);
             if constexpr (mayBeUndefined)
             {
-                areUndefined[c] |= value <= undefinedBelow;
+                areUndefined[c] |= value <= Weight{undefinedBelow};
             }
             sums[c] += at.weights[i] * value;
         }
     }
     for (int c = 0; c < NbTogether; ++c)
     {
-        target[c] = areUndefined[c] ? undefinedValue : sums[c];
+        target[c] = areUndefined[c] ? Weight{undefinedValue} : sums[c];
     }
 }
 

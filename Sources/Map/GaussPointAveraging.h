@@ -14,22 +14,23 @@ constexpr int nbGaussPointsOf(int typeCode)
     return count;
 }
 
-/// Adds what one element gives its nodes to `nodeValues`, float[nbNodes][nbComponents] of the mesh. `value(gaussPoint,
-/// component)` reads the element's values in single precision, Gauss points from 0. False at a type without a rule.
-template <class Value>
-bool addGaussPointsToNodes(int typeCode, const int* nodes, int nbComponents, Value value, float* nodeValues)
+/// Adds what one element gives its nodes to `nodeValues`, [nbNodes][nbComponents] of the mesh. `value(gaussPoint,
+/// component)` reads the element's values, Gauss points from 0, in the precision of the node values, which is that of
+/// the sums, too. False at a type without a rule.
+template <class Real, class Value>
+bool addGaussPointsToNodes(int typeCode, const int* nodes, int nbComponents, Value value, Real* nodeValues)
 {
     return visitElementKind(typeCode,
                             [&]<class Kind>(Kind)
                             {
                                 for (int component = 0; component < nbComponents; ++component)
                                 {
-                                    NodeValues<Kind::nbGaussPoints> atGaussPoints;
+                                    NodeValues<Kind::nbGaussPoints, Real> atGaussPoints;
                                     for (std::size_t i = 0; i < Kind::nbGaussPoints; ++i)
                                     {
                                         atGaussPoints[i] = value(i, component);
                                     }
-                                    NodeValues<Kind::nbNodes> atNodes;
+                                    NodeValues<Kind::nbNodes, Real> atNodes;
                                     Kind::gaussPointsToNodes(atGaussPoints, atNodes);
                                     for (std::size_t i = 0; i < Kind::nbNodes; ++i)
                                     {

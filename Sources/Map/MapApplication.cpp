@@ -1,7 +1,8 @@
 // The application of a map: weighted sums of source values, and what becomes of far locations.
 //
-// The values of as many fields as go together are first copied side by side, in single precision, so that a node's
-// values come with one access; on the way it is seen whether any of them is undefined. Sums are those of Evaluation.h.
+// The values of as many fields as go together are first copied side by side, in the precision of the map, so that a
+// node's values come with one access; on the way it is seen whether any of them is undefined. Sums are those of
+// Evaluation.h.
 #include "GaussPointAveraging.h"
 #include "Propagation.h"
 #include "TransferMap.h"
@@ -12,6 +13,7 @@
 #include <array>
 #include <atomic>
 #include <bit>
+#include <memory>
 
 namespace
 {
@@ -23,49 +25,39 @@ constexpr int maxNbLanes = 8;
 constexpr std::int64_t blockSize = 128;
 
 /// One component of one field.
-struct Column
+template <class Real> struct Column
 {
     const MapField* field = nullptr;
-    const float* nodeAverages = nullptr; ///< of a field at Gauss points
+    const Real* nodeAverages = nullptr; ///< of a field at Gauss points
     int component = 0;
-
-    float sourceValue(std::int64_t node) const
-    {
-        const std::int64_t index = node * field->nbComponents + component;
-        if (nodeAverages != nullptr)
-        {
-            return nodeAverages[index];
-        }
-        return field->sourceFloats != nullptr ? field->sourceFloats[index]
-                                              : static_cast<float>(field->sourceDoubles[index]);
-    }
 };
 
 /// Components that are evaluated together: those of fields at one kind of target location.
-struct Group
+template <class Real> struct Group
 {
-    std::array<Column, maxNbLanes> columns;
+    std::array<Column<Real>, maxNbLanes> columns;
     int nbColumns = 0;
 
     /// Columns per node in the copy; those that no component fills are 0.
     int nbLanes() const { return static_cast<int>(std::bit_ceil(static_cast<unsigned>(nbColumns))); }
 };
 
-/// Reads and writes a target value in single precision.
-float targetValue(const MapField& field, std::int64_t index)
+/// Reads and writes a target value in the precision of the map.
+template <class Real> Real targetValue(const MapField& field, std::int64_t index)
 {
-    return field.targetFloats != nullptr ? field.targetFloats[index] : static_cast<float>(field.targetDoubles[index]);
+    return field.targetFloats != nullptr ? static_cast<Real>(field.targetFloats[index])
+                                         : static_cast<Real>(field.targetDoubles[index]);
 }
 
-void setTargetValue(const MapField& field, std::int64_t index, float value)
+template <class Real> void setTargetValue(const MapField& field, std::int64_t index, Real value)
 {
     if (field.targetFloats != nullptr)
     {
-        field.targetFloats[index] = value;
+        field.targetFloats[index] = static_cast<float>(value);
     }
     else
     {
-        field.targetDoubles[index] = value;
+        field.targetDoubles[index] = static_cast<double>(value);
     }
 }
 
@@ -75,19 +67,21 @@ bool existsOn(const MapField& field, int matlStateClass)
 }
 
 /// Copies `nbNodes` values of one source array into a lane; true if one of them is undefined.
-template <class Value> bool copyLane(const Value* source, int stride, float* lane, int nbLanes, std::int64_t nbNodes)
+template <class Value, class Real>
+bool copyLane(const Value* source, int stride, Real* lane, int nbLanes, std::int64_t nbNodes)
 {
     bool isUndefined = false;
     for (std::int64_t node = 0; node < nbNodes; ++node)
     {
-        const auto value = static_cast<float>(source[node * stride]);
-        isUndefined |= value <= undefinedBelow;
+        const auto value = static_cast<Real>(source[node * stride]);
+        isUndefined |= value <= Real{undefinedBelow};
         lane[node * nbLanes] = value;
     }
     return isUndefined;
 }
 
-bool copyColumn(const Column& column, float* lane, int nbLanes, std::int64_t first, std::int64_t end)
+template <class Real>
+bool copyColumn(const Column<Real>& column, Real* lane, int nbLanes, std::int64_t first, std::int64_t end)
 {
     const MapField& field = *column.field;
     const int stride = field.nbComponents;
@@ -100,22 +94,36 @@ bool copyColumn(const Column& column, float* lane, int nbLanes, std::int64_t fir
                                          : copyLane(field.sourceDoubles + offset, stride, lane, nbLanes, end - first);
 }
 
-template <class Value> void writeLane(Value* target, int stride, const float* values, int nbLanes, std::int64_t nbRows)
+template <class Value, class Real>
+void writeLane(Value* target, int stride, const Real* values, int nbLanes, std::int64_t nbRows)
 {
     for (std::int64_t row = 0; row < nbRows; ++row)
     {
-        target[row * stride] = values[row * nbLanes];
+        target[row * stride] = static_cast<Value>(values[row * nbLanes]);
     }
 }
 } // namespace
 
-class MapApplication
+/// An application in the precision of `Real`.
+template <class Real> class MapApplication
 {
 public:
-    MapApplication(const TransferMap& map, std::span<const MapField> fields, std::span<float> workspace,
-                   Workers& workers)
+    MapApplication(const TransferMap& map, std::span<const MapField> fields, Real* workspace, Workers& workers)
         : itsMap(map), itsTable(map.itsTable), itsFields(fields), itsWorkspace(workspace), itsWorkers(workers)
     {
+    }
+
+    /// How many numbers the workspace holds.
+    static std::int64_t workspaceSize(const TransferMap& map, std::span<const MapField> fields)
+    {
+        std::int64_t nbComponents = 0;
+        for (const MapField& field : fields)
+        {
+            nbComponents += field.nbComponents;
+        }
+        const auto nbLanes =
+            std::bit_ceil(static_cast<std::uint64_t>(std::clamp<std::int64_t>(nbComponents, 1, maxNbLanes)));
+        return averagesSize(map, fields) + map.itsNbSourceNodes * static_cast<std::int64_t>(nbLanes);
     }
 
     static std::int64_t averagesSize(const TransferMap& map, std::span<const MapField> fields)
@@ -139,40 +147,37 @@ public:
 
 private:
     void averageAll();
-    void average(const MapField& field, float* nodeValues) const;
+    void average(const MapField& field, Real* nodeValues) const;
     bool applyTo(Location location);
-    bool applyGroup(const Group& group, Location location);
-    template <int nbLanes> bool evaluate(const Group& group, Location location, const float* values, bool areDefined);
+    bool applyGroup(const Group<Real>& group, Location location);
+    template <int nbLanes>
+    bool evaluate(const Group<Real>& group, Location location, const Real* values, bool areDefined);
     template <int nbLanes, bool mayBeUndefined>
-    void evaluatePiece(const Group& group, std::int64_t firstRow, std::int64_t end, std::int64_t base,
-                       const float* values) const;
-    void writeBlock(const Column& column, const float* values, int nbLanes, std::int64_t firstRow, std::int64_t end,
-                    std::int64_t base, bool areAllMapped) const;
-    void prefetchRow(std::int64_t row, const float* values, int nbLanes) const;
+    void evaluatePiece(const Group<Real>& group, std::int64_t firstRow, std::int64_t end, std::int64_t base,
+                       const Real* values) const;
+    void writeBlock(const Column<Real>& column, const Real* values, int nbLanes, std::int64_t firstRow,
+                    std::int64_t end, std::int64_t base, bool areAllMapped) const;
+    void prefetchRow(std::int64_t row, const Real* values, int nbLanes) const;
     void fillFar(Location location) const;
     void propagateFields() const;
-    void fillRow(const MapField& field, std::int64_t index, float value) const;
+    void fillRow(const MapField& field, std::int64_t index, Real value) const;
 
     const TransferMap& itsMap;
     const MapTable& itsTable;
     std::span<const MapField> itsFields;
-    std::span<float> itsWorkspace;
+    Real* itsWorkspace;
     Workers& itsWorkers;
 };
 
 std::int64_t TransferMap::workspaceSize(std::span<const MapField> fields) const
 {
-    std::int64_t nbComponents = 0;
-    for (const MapField& field : fields)
-    {
-        nbComponents += field.nbComponents;
-    }
-    const auto nbLanes =
-        std::bit_ceil(static_cast<std::uint64_t>(std::clamp<std::int64_t>(nbComponents, 1, maxNbLanes)));
-    return MapApplication::averagesSize(*this, fields) + itsNbSourceNodes * static_cast<std::int64_t>(nbLanes);
+    // Wherever the bytes begin, the numbers are aligned among them.
+    return itsTable.isDouble
+               ? MapApplication<double>::workspaceSize(*this, fields) * std::int64_t{sizeof(double)} + alignof(double)
+               : MapApplication<float>::workspaceSize(*this, fields) * std::int64_t{sizeof(float)} + alignof(float);
 }
 
-const char* TransferMap::apply(std::span<const MapField> fields, std::span<float> workspace, Workers& workers) const
+const char* TransferMap::apply(std::span<const MapField> fields, std::span<std::byte> workspace, Workers& workers) const
 {
     for (const MapField& field : fields)
     {
@@ -194,14 +199,25 @@ const char* TransferMap::apply(std::span<const MapField> fields, std::span<float
     {
         return "The workspace of an application is too small.";
     }
-    MapApplication(*this, fields, workspace, workers).apply();
+    void* numbers = workspace.data();
+    std::size_t size = workspace.size();
+    if (itsTable.isDouble)
+    {
+        std::align(alignof(double), 0, numbers, size);
+        MapApplication(*this, fields, static_cast<double*>(numbers), workers).apply();
+    }
+    else
+    {
+        std::align(alignof(float), 0, numbers, size);
+        MapApplication(*this, fields, static_cast<float*>(numbers), workers).apply();
+    }
     return nullptr;
 }
 
 /// Gives the fields at Gauss points their averages at nodes, one after another in the workspace.
-void MapApplication::averageAll()
+template <class Real> void MapApplication<Real>::averageAll()
 {
-    float* nodeValues = itsWorkspace.data();
+    Real* nodeValues = itsWorkspace;
     for (const MapField& field : itsFields)
     {
         if (field.sourceLocation == atGaussPoints)
@@ -213,11 +229,11 @@ void MapApplication::averageAll()
 }
 
 /// In the order of the elements, as for the single sums at nodes that it is made of.
-void MapApplication::average(const MapField& field, float* nodeValues) const
+template <class Real> void MapApplication<Real>::average(const MapField& field, Real* nodeValues) const
 {
     const AveragingTable& averaging = itsMap.itsAveraging;
     const std::int64_t nbNodes = itsMap.itsNbSourceNodes;
-    std::fill_n(nodeValues, nbNodes * field.nbComponents, 0.0F);
+    std::fill_n(nodeValues, nbNodes * field.nbComponents, Real{0});
     std::int64_t firstGaussPoint = 0;
     for (std::int64_t elt = 0; elt < averaging.nbElts; ++elt)
     {
@@ -225,8 +241,8 @@ void MapApplication::average(const MapField& field, float* nodeValues) const
         {
             const std::int64_t index =
                 (firstGaussPoint + static_cast<std::int64_t>(gaussPoint)) * field.nbComponents + component;
-            return field.sourceFloats != nullptr ? field.sourceFloats[index]
-                                                 : static_cast<float>(field.sourceDoubles[index]);
+            return field.sourceFloats != nullptr ? static_cast<Real>(field.sourceFloats[index])
+                                                 : static_cast<Real>(field.sourceDoubles[index]);
         };
         const int type = averaging.eltTypes[elt];
         addGaussPointsToNodes(type, averaging.nodes.get() + averaging.firstNodes[elt], field.nbComponents, value,
@@ -235,7 +251,7 @@ void MapApplication::average(const MapField& field, float* nodeValues) const
     }
     for (std::int64_t node = 0; node < nbNodes; ++node)
     {
-        const auto nbElts = static_cast<float>(averaging.nbEltsPerNode[node]);
+        const auto nbElts = static_cast<Real>(averaging.nbEltsPerNode[node]);
         for (int component = 0; component < field.nbComponents; ++component)
         {
             nodeValues[node * field.nbComponents + component] /= nbElts;
@@ -244,10 +260,10 @@ void MapApplication::average(const MapField& field, float* nodeValues) const
 }
 
 /// The fields at one kind of target location, group by group; false if the workers were stopped.
-bool MapApplication::applyTo(Location location)
+template <class Real> bool MapApplication<Real>::applyTo(Location location)
 {
-    Group group;
-    const float* averages = itsWorkspace.data();
+    Group<Real> group;
+    const Real* averages = itsWorkspace;
     for (const MapField& field : itsFields)
     {
         const bool isAtGaussPoints = field.sourceLocation == atGaussPoints;
@@ -274,11 +290,11 @@ bool MapApplication::applyTo(Location location)
     return true;
 }
 
-bool MapApplication::applyGroup(const Group& group, Location location)
+template <class Real> bool MapApplication<Real>::applyGroup(const Group<Real>& group, Location location)
 {
     const std::int64_t nbNodes = itsMap.itsNbSourceNodes;
     const int nbLanes = group.nbLanes();
-    float* values = itsWorkspace.data() + averagesSize(itsMap, itsFields);
+    Real* values = itsWorkspace + averagesSize(itsMap, itsFields);
     std::atomic<bool> isUndefined = false;
     const Pieces pieces = piecesFor(itsWorkers, nbNodes);
     const auto copyPiece = [&](std::int64_t piece, int)
@@ -287,14 +303,14 @@ bool MapApplication::applyGroup(const Group& group, Location location)
         for (std::int64_t first = pieces.first(piece); first < pieces.end(piece); first += cachedNodes)
         {
             const std::int64_t end = std::min(first + cachedNodes, pieces.end(piece));
-            float* lanes = values + first * nbLanes;
+            Real* lanes = values + first * nbLanes;
             for (int lane = 0; lane < nbLanes; ++lane)
             {
                 if (lane >= group.nbColumns)
                 {
                     for (std::int64_t node = first; node < end; ++node)
                     {
-                        values[node * nbLanes + lane] = 0.0F;
+                        values[node * nbLanes + lane] = Real{0};
                     }
                 }
                 else if (copyColumn(group.columns[static_cast<std::size_t>(lane)], lanes + lane, nbLanes, first, end))
@@ -317,8 +333,9 @@ bool MapApplication::applyGroup(const Group& group, Location location)
     }
 }
 
+template <class Real>
 template <int nbLanes>
-bool MapApplication::evaluate(const Group& group, Location location, const float* values, bool areDefined)
+bool MapApplication<Real>::evaluate(const Group<Real>& group, Location location, const Real* values, bool areDefined)
 {
     const std::int64_t base = location == atNodes ? 0 : itsTable.nbNodes;
     const Pieces pieces = piecesFor(itsWorkers, location == atNodes ? itsTable.nbNodes : itsTable.nbGaussPoints);
@@ -338,11 +355,12 @@ bool MapApplication::evaluate(const Group& group, Location location, const float
     return itsWorkers.run(applicationStage, pieces.count(), evaluateRows);
 }
 
+template <class Real>
 template <int nbLanes, bool mayBeUndefined>
-void MapApplication::evaluatePiece(const Group& group, std::int64_t firstRow, std::int64_t end, std::int64_t base,
-                                   const float* values) const
+void MapApplication<Real>::evaluatePiece(const Group<Real>& group, std::int64_t firstRow, std::int64_t end,
+                                         std::int64_t base, const Real* values) const
 {
-    alignas(64) std::array<float, blockSize * nbLanes> block;
+    alignas(64) std::array<Real, blockSize * nbLanes> block;
     for (std::int64_t first = firstRow; first < end; first += blockSize)
     {
         const std::int64_t blockEnd = std::min(first + blockSize, end);
@@ -355,7 +373,7 @@ void MapApplication::evaluatePiece(const Group& group, std::int64_t firstRow, st
             }
             areAllMapped &= itsTable.hasWeights(row);
             interpolateTogether<nbLanes, mayBeUndefined>(values, block.data() + (row - first) * nbLanes, nbLanes,
-                                                         itsTable.weightsOf(row));
+                                                         itsTable.template weightsOf<Real>(row));
         }
         for (int lane = 0; lane < group.nbColumns; ++lane)
         {
@@ -366,13 +384,13 @@ void MapApplication::evaluatePiece(const Group& group, std::int64_t firstRow, st
 }
 
 /// Asks for the values of a row that comes soon.
-void MapApplication::prefetchRow(std::int64_t row, const float* values, int nbLanes) const
+template <class Real> void MapApplication<Real>::prefetchRow(std::int64_t row, const Real* values, int nbLanes) const
 {
     constexpr std::int64_t rowsAhead = 12;
     const std::int64_t ahead = row + rowsAhead;
     if (ahead < itsTable.nbRows())
     {
-        const WeightedNodes at = itsTable.weightsOf(ahead);
+        const auto at = itsTable.template weightsOf<Real>(ahead);
         for (int i = 0; i < at.count; ++i)
         {
             prefetch(values + static_cast<std::int64_t>(at.nodes[i]) * nbLanes);
@@ -380,8 +398,10 @@ void MapApplication::prefetchRow(std::int64_t row, const float* values, int nbLa
     }
 }
 
-void MapApplication::writeBlock(const Column& column, const float* values, int nbLanes, std::int64_t firstRow,
-                                std::int64_t end, std::int64_t base, bool areAllMapped) const
+template <class Real>
+void MapApplication<Real>::writeBlock(const Column<Real>& column, const Real* values, int nbLanes,
+                                      std::int64_t firstRow, std::int64_t end, std::int64_t base,
+                                      bool areAllMapped) const
 {
     const MapField& field = *column.field;
     const int stride = field.nbComponents;
@@ -407,7 +427,7 @@ void MapApplication::writeBlock(const Column& column, const float* values, int n
     }
 }
 
-void MapApplication::fillRow(const MapField& field, std::int64_t index, float value) const
+template <class Real> void MapApplication<Real>::fillRow(const MapField& field, std::int64_t index, Real value) const
 {
     for (int component = 0; component < field.nbComponents; ++component)
     {
@@ -417,7 +437,7 @@ void MapApplication::fillRow(const MapField& field, std::int64_t index, float va
 
 /// Far nodes take the default value, or what propagation gives them; far Gauss points, and nodes that propagation does
 /// not reach, become 0.
-void MapApplication::fillFar(Location location) const
+template <class Real> void MapApplication<Real>::fillFar(Location location) const
 {
     const MapStatistics& statistics = itsMap.itsStatistics;
     if ((location == atNodes ? statistics.nbFarNodes : statistics.nbFarGaussPoints) == 0)
@@ -441,13 +461,13 @@ void MapApplication::fillFar(Location location) const
         {
             if (field.targetLocation == location && existsOn(field, itsTable.matlStateClass(base + index)))
             {
-                fillRow(field, index, location == atNodes && !isPropagating ? field.defaultValue : 0.0F);
+                fillRow(field, index, location == atNodes && !isPropagating ? Real{field.defaultValue} : Real{0});
             }
         }
     }
 }
 
-void MapApplication::propagateFields() const
+template <class Real> void MapApplication<Real>::propagateFields() const
 {
     const auto spread = [&](int matlStateClass, std::span<const int> filled, std::span<const int> far)
     {
@@ -458,10 +478,11 @@ void MapApplication::propagateFields() const
             {
                 const auto indexOf = [&](int node)
                 { return static_cast<std::int64_t>(node) * field.nbComponents + component; };
-                spreadMean([&](auto visit) { std::ranges::for_each(filled, visit); },
-                           [&](auto visit) { std::ranges::for_each(far, visit); }, static_cast<int>(filled.size()),
-                           [&](int node) { return targetValue(field, indexOf(node)); },
-                           [&](int node, float mean) { setTargetValue(field, indexOf(node), mean); });
+                spreadMean<Real>([&](auto visit) { std::ranges::for_each(filled, visit); },
+                                 [&](auto visit) { std::ranges::for_each(far, visit); },
+                                 static_cast<int>(filled.size()),
+                                 [&](int node) { return targetValue<Real>(field, indexOf(node)); },
+                                 [&](int node, Real mean) { setTargetValue(field, indexOf(node), mean); });
             }
         }
     };
@@ -476,21 +497,24 @@ void TransferMap::applyTransposed(Location location, const Value* values, int nb
     const std::int64_t nbRows = location == atNodes ? itsTable.nbNodes : itsTable.nbGaussPoints;
     for (std::int64_t index = 0; index < nbRows; ++index)
     {
-        const WeightedNodes at = itsTable.weightsOf(base + index);
         const Value* row = values + index * nbComponents;
-        for (int component = 0; component < nbComponents; ++component)
+        const auto distribute = [&](const auto& at)
         {
-            const auto value = static_cast<double>(row[component]);
-            if (at.count == 0)
+            for (int component = 0; component < nbComponents; ++component)
             {
-                left[component] += value;
+                const auto value = static_cast<double>(row[component]);
+                if (at.count == 0)
+                {
+                    left[component] += value;
+                }
+                for (int i = 0; i < at.count; ++i)
+                {
+                    atSourceNodes[static_cast<std::int64_t>(at.nodes[i]) * nbComponents + component] +=
+                        static_cast<double>(at.weights[i]) * value;
+                }
             }
-            for (int i = 0; i < at.count; ++i)
-            {
-                atSourceNodes[static_cast<std::int64_t>(at.nodes[i]) * nbComponents + component] +=
-                    static_cast<double>(at.weights[i]) * value;
-            }
-        }
+        };
+        itsTable.withWeightsOf(base + index, distribute);
     }
 }
 

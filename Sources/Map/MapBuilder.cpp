@@ -3,6 +3,7 @@
 #include "BucketUse.h"
 #include "NearestElement.h"
 #include "PerWorker.h"
+#include "Polishing.h"
 #include "Propagation.h"
 #include "Survey.h"
 #include "TransferMap.h"
@@ -157,6 +158,7 @@ private:
     MapFailure finish();
     bool allocateWeights();
     void computeWeights(std::int64_t row);
+    bool polishRows();
     bool listSingularElements();
     bool makeAveraging();
 
@@ -644,7 +646,9 @@ MapFailure MapBuilder::finish()
         return noMemoryFailure();
     }
     const auto computeRow = [&](std::int64_t row) { computeWeights(row); };
-    if (!forEachItem(itsWorkers, weightStage, itsTable.nbRows(), computeRow))
+    const bool isWhole =
+        itsSettings.isDouble ? polishRows() : forEachItem(itsWorkers, weightStage, itsTable.nbRows(), computeRow);
+    if (!isWhole)
     {
         return cancelledFailure();
     }
@@ -660,8 +664,8 @@ MapFailure MapBuilder::finish()
     }
     if (itsSettings.takesChecksums)
     {
-        itsMap.itsSourceChecksum = checksumOf(itsSource, itsWorkers);
-        itsMap.itsTargetChecksum = checksumOf(itsTarget.model, itsWorkers);
+        itsMap.itsSourceChecksum = checksumOf(itsSource, itsSettings.exactSourceCoords, itsWorkers);
+        itsMap.itsTargetChecksum = checksumOf(itsTarget.model, itsSettings.exactTargetCoords, itsWorkers);
     }
     return {};
 }
@@ -689,7 +693,8 @@ bool MapBuilder::allocateWeights()
     itsMap.itsStatistics.nbInterpolatedPoints = nbPoints;
     itsMap.itsStatistics.meanIterations = nbIterations / static_cast<float>(nbPoints);
     itsIterations.release();
-    return itsTable.nodes.allocate(nbWeights) && itsTable.weights.allocate(nbWeights);
+    itsTable.isDouble = itsSettings.isDouble;
+    return itsTable.allocateWeights(nbWeights);
 }
 
 void MapBuilder::computeWeights(std::int64_t row)
@@ -708,11 +713,55 @@ void MapBuilder::computeWeights(std::int64_t row)
                          auto values = shapeFunctionsAt<Kind>(itsTable.referenceCoords[row]);
                          if (itsTable.finding(row) == Finding::near)
                          {
-                             normaliseNearMiss(values);
+                             normaliseNearMiss(std::span<float>(values));
                          }
                          std::copy_n(nodes, values.size(), itsTable.nodes.get() + first);
                          std::copy_n(values.data(), values.size(), itsTable.weights.get() + first);
                      });
+}
+
+/// The same in double precision, piece by piece; false if the workers were stopped.
+bool MapBuilder::polishRows()
+{
+    const ExactPositions sources{itsSource.itsNodeCoords, itsSettings.exactSourceCoords, itsSettings.origin};
+    const ExactPositions targets{itsTarget.model.itsNodeCoords, itsSettings.exactTargetCoords, itsSettings.origin};
+    const auto polish = [&](RowPolisher& polisher, std::int64_t row, auto positionOf)
+    {
+        if (itsTable.hasWeights(row))
+        {
+            polisher.add(row, positionOf());
+        }
+        else
+        {
+            itsTable.referenceCoords[row] = {};
+        }
+    };
+    const auto polishNodes = [&](std::int64_t i, int)
+    {
+        RowPolisher polisher(itsSource, sources, itsTable);
+        for (std::int64_t node = itsNodePieces.pieces[i].first; node < itsNodePieces.pieces[i].end; ++node)
+        {
+            polish(polisher, node, [&] { return targets[node]; });
+        }
+        polisher.finish();
+    };
+    const auto polishGaussPoints = [&](std::int64_t i, int)
+    {
+        RowPolisher polisher(itsSource, sources, itsTable);
+        std::int64_t row = itsTable.nbNodes + itsGaussPieces.pieces[i].firstGaussPoint;
+        for (auto elt = itsGaussPieces.pieces[i].first; elt < itsGaussPieces.pieces[i].end; ++elt)
+        {
+            const int element = static_cast<int>(elt);
+            for (int point = 0; point < itsTarget.model.nbGaussPointsOfElt(element); ++point, ++row)
+            {
+                polish(polisher, row,
+                       [&] { return exactGaussPointPosition(itsTarget.model, targets, element, point); });
+            }
+        }
+        polisher.finish();
+    };
+    return itsWorkers.run(weightStage, itsNodePieces.count, polishNodes) &&
+           itsWorkers.run(weightStage, itsGaussPieces.count, polishGaussPoints);
 }
 
 bool MapBuilder::listSingularElements()

@@ -1,4 +1,4 @@
-// A map as a sparse matrix. Weights are single-precision numbers, products and sums of them are formed in double.
+// A map as a sparse matrix. Whatever the precision of the weights, products and sums of them are formed in double.
 #include "GaussPointAveraging.h"
 #include "TransferMap.h"
 
@@ -145,11 +145,11 @@ public:
                 {
                     for (std::size_t gaussPoint = 0; gaussPoint < Kind::nbGaussPoints; ++gaussPoint)
                     {
-                        NodeValues<Kind::nbGaussPoints> unit{};
-                        unit[gaussPoint] = 1.0F;
-                        NodeValues<Kind::nbNodes> atNodes;
+                        NodeValues<Kind::nbGaussPoints, double> unit{};
+                        unit[gaussPoint] = 1.0;
+                        NodeValues<Kind::nbNodes, double> atNodes;
                         Kind::gaussPointsToNodes(unit, atNodes);
-                        const auto share = static_cast<double>(atNodes[static_cast<std::size_t>(entry.nodeOfElt)]);
+                        const double share = atNodes[static_cast<std::size_t>(entry.nodeOfElt)];
                         if (share != 0.0)
                         {
                             row.add(static_cast<int>(entry.firstGaussPoint + static_cast<std::int64_t>(gaussPoint)),
@@ -189,19 +189,22 @@ public:
 
     void addRow(std::int64_t row)
     {
-        const WeightedNodes at = itsMap.itsTable.weightsOf(row);
-        for (int i = 0; i < at.count; ++i)
+        const auto addAll = [&](const auto& at)
         {
-            const auto weight = static_cast<double>(at.weights[i]);
-            if (itsSource == atNodes)
+            for (int i = 0; i < at.count; ++i)
             {
-                itsSum.add(at.nodes[i], weight);
+                const auto weight = static_cast<double>(at.weights[i]);
+                if (itsSource == atNodes)
+                {
+                    itsSum.add(at.nodes[i], weight);
+                }
+                else
+                {
+                    itsAverages.addTo(itsSum, at.nodes[i], weight);
+                }
             }
-            else
-            {
-                itsAverages.addTo(itsSum, at.nodes[i], weight);
-            }
-        }
+        };
+        itsMap.itsTable.withWeightsOf(row, addAll);
     }
 
 private:

@@ -124,6 +124,7 @@ public:
         archive.value(map.itsNbSourceGaussPoints);
         archive.choice(map.itsFarPoints);
         archive.flag(map.itsIsJumping);
+        archive.flag(map.itsTable.isDouble);
         statistics(archive, map.itsStatistics);
         archive.value(map.itsSourceChecksum);
         archive.value(map.itsTargetChecksum);
@@ -147,7 +148,8 @@ public:
         archive.array(map.itsTable.referenceCoords, nbRows);
         archive.array(map.itsTable.firstWeights, nbRows + 1);
         archive.array(map.itsTable.nodes, nbWeights);
-        archive.array(map.itsTable.weights, nbWeights);
+        archive.array(map.itsTable.weights, map.itsTable.isDouble ? 0 : nbWeights);
+        archive.array(map.itsTable.exactWeights, map.itsTable.isDouble ? nbWeights : 0);
         archive.array(map.itsNearMisses, map.itsNbNearMisses);
         archive.array(map.itsSingularElts, map.itsStatistics.nbSingularElts);
         archive.array(map.itsPropagation.steps, map.itsPropagation.size);

@@ -7,6 +7,7 @@
 #include "../VectorHelpers.h"
 #include "Evaluation.h"
 
+#include <concepts>
 #include <cstdint>
 #include <span>
 
@@ -21,7 +22,7 @@ enum class Finding : unsigned char
 };
 
 /// One row per target location: first the nodes of a mesh or the points of a cloud, then the Gauss points of all
-/// elements, each kind if the map has it. 25 bytes per location and 8 per weight.
+/// elements, each kind if the map has it. 25 bytes per location, and 8 per weight in single precision or 12 in double.
 struct MapTable
 {
     std::int64_t nbNodes = 0;              ///< rows of nodes
@@ -31,7 +32,9 @@ struct MapTable
     OwnedArray<Vector3> referenceCoords;   ///< in this element
     OwnedArray<std::int64_t> firstWeights; ///< one more than rows: where a row's weights begin and end
     OwnedArray<int> nodes;                 ///< per weight its source node
-    OwnedArray<float> weights;
+    OwnedArray<float> weights;             ///< in single precision, or
+    OwnedArray<double> exactWeights;       ///< in double
+    bool isDouble = false;                 ///< which of them
 
     /// Set for locations whose material is of state class 2.
     static constexpr unsigned char classTwo = 8;
@@ -43,10 +46,35 @@ struct MapTable
     Finding finding(std::int64_t row) const { return static_cast<Finding>(findings[row] % classTwo); }
     int matlStateClass(std::int64_t row) const { return (findings[row] & classTwo) != 0 ? 2 : 1; }
     bool hasWeights(std::int64_t row) const { return finding(row) == Finding::inside || finding(row) == Finding::near; }
-    WeightedNodes weightsOf(std::int64_t row) const
+    /// Of the precision that the table has.
+    template <class Weight = float> WeightedNodesOf<Weight> weightsOf(std::int64_t row) const
     {
         const std::int64_t first = firstWeights[row];
-        return {nodes.get() + first, weights.get() + first, static_cast<int>(firstWeights[row + 1] - first)};
+        const auto count = static_cast<int>(firstWeights[row + 1] - first);
+        if constexpr (std::same_as<Weight, double>)
+        {
+            return {nodes.get() + first, exactWeights.get() + first, count};
+        }
+        else
+        {
+            return {nodes.get() + first, weights.get() + first, count};
+        }
+    }
+    /// Calls use(weights) with those of a row, in the precision that the table has.
+    template <class Use> void withWeightsOf(std::int64_t row, Use use) const
+    {
+        if (isDouble)
+        {
+            use(weightsOf<double>(row));
+        }
+        else
+        {
+            use(weightsOf<float>(row));
+        }
+    }
+    bool allocateWeights(std::int64_t count)
+    {
+        return nodes.allocate(count) && (isDouble ? exactWeights.allocate(count) : weights.allocate(count));
     }
     /// Leaves the other marks as they are.
     void setFinding(std::int64_t row, Finding found)

@@ -57,7 +57,7 @@ void addNodes(Checksum& checksum, const ModelClass& model, int first, int end)
 }
 } // namespace
 
-std::uint64_t checksumOf(const ModelClass& model, Workers& workers)
+std::uint64_t checksumOf(const ModelClass& model, const double (*exactCoords)[3], Workers& workers)
 {
     Checksum checksum;
     checksum.addValue(model.itsNbNodes);
@@ -65,6 +65,9 @@ std::uint64_t checksumOf(const ModelClass& model, Workers& workers)
     addInPieces(checksum, model.itsNbNodes, workers,
                 [&](Checksum& part, std::int64_t first, std::int64_t end)
                 { part.add(model.itsNodeCoords + first, sizeof(float[3]) * static_cast<std::size_t>(end - first)); });
+    addInPieces(checksum, exactCoords == nullptr ? 0 : model.itsNbNodes, workers,
+                [&](Checksum& part, std::int64_t first, std::int64_t end)
+                { part.add(exactCoords + first, sizeof(double[3]) * static_cast<std::size_t>(end - first)); });
     addInPieces(checksum, model.itsNbElts, workers,
                 [&](Checksum& part, std::int64_t first, std::int64_t end)
                 {

@@ -33,15 +33,15 @@ inline ElementFront frontOf(const ModelClass& mesh, int elt, const unsigned char
 /// element order.
 int listOpenElements(const Target& target, const unsigned char* isFar, int* openElts);
 
-/// Gives far nodes the mean of `nbFilled` filled ones. forEachFilled(visit) and forEachFar(visit) name the nodes in the
-/// order of the element, one that it names twice twice; `value(node)` reads one component, `setValue(node, mean)`
-/// writes it.
-template <class ForEachFilled, class ForEachFar, class Value, class SetValue>
+/// Gives far nodes the mean of `nbFilled` filled ones, in the precision of `Real`. forEachFilled(visit) and
+/// forEachFar(visit) name the nodes in the order of the element, one that it names twice twice; `value(node)` reads one
+/// component, `setValue(node, mean)` writes it.
+template <class Real, class ForEachFilled, class ForEachFar, class Value, class SetValue>
 void spreadMean(ForEachFilled forEachFilled, ForEachFar forEachFar, int nbFilled, Value value, SetValue setValue)
 {
-    float sum = 0.0F;
+    Real sum{0};
     forEachFilled([&](int node) { sum += value(node); });
-    const float mean = sum / static_cast<float>(nbFilled);
+    const Real mean = sum / static_cast<Real>(nbFilled);
     forEachFar([&](int node) { setValue(node, mean); });
 }
 

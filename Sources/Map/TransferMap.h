@@ -39,6 +39,11 @@ struct MapSettings
     SearchTuning tuning;
     bool takesChecksums = true;     ///< of the models, for whoever stores the map
     std::array<double, 3> origin{}; ///< what was taken off the models' coordinates before they became singles
+    /// Located points get reference coordinates and weights in double precision, and values are summed up in it.
+    bool isDouble = false;
+    /// The coordinates in double precision, the origin not taken off; null where those of the model say it all.
+    const double (*exactSourceCoords)[3] = nullptr;
+    const double (*exactTargetCoords)[3] = nullptr;
 };
 
 /// The figures of a map's search.
@@ -114,14 +119,14 @@ public:
     std::uint64_t sourceChecksum() const { return itsSourceChecksum; }
     std::uint64_t targetChecksum() const { return itsTargetChecksum; }
 
-    /// How many floats an application to these fields needs as workspace.
+    /// How many bytes an application to these fields needs as workspace.
     std::int64_t workspaceSize(std::span<const MapField> fields) const;
 
     /// Writes the values of the fields at their target locations. Target values that are not to be written (locations
     /// that are not mapped, class 2 of fields on class 1) stay; propagation reads the values at nodes that are not
-    /// mapped, so these should be set. Asks for no memory; `workspace` holds at least workspaceSize() floats. Null, or
+    /// mapped, so these should be set. Asks for no memory; `workspace` holds at least workspaceSize() bytes. Null, or
     /// why the fields do not fit the map, and nothing is written. The result is incomplete if the workers were stopped.
-    const char* apply(std::span<const MapField> fields, std::span<float> workspace, Workers& workers) const;
+    const char* apply(std::span<const MapField> fields, std::span<std::byte> workspace, Workers& workers) const;
 
     /// Distributes what stands at target locations to the source nodes, with the same weights: adds to
     /// `atSourceNodes`, [source nodes][nbComponents]. What stands at locations without weights is added to
@@ -150,7 +155,7 @@ public:
     const char* restore(std::span<const std::byte> bytes);
 
 private:
-    friend class MapApplication;
+    template <class Real> friend class MapApplication;
     friend class MapBuilder;
     friend class MapRows;
     friend class StoredMap;
@@ -170,7 +175,7 @@ private:
     std::uint64_t itsTargetChecksum = 0;
 };
 
-/// The checksum of a model: positions, elements, materials.
-std::uint64_t checksumOf(const ModelClass& model, Workers& workers);
+/// The checksum of a model: positions, in double precision too unless these are null, elements, materials.
+std::uint64_t checksumOf(const ModelClass& model, const double (*exactCoords)[3], Workers& workers);
 
 #endif

@@ -24,20 +24,22 @@ inline ShapeValues shapeValuesAt(const ModelClass& sourceModel, const LocatedPoi
 }
 
 /// Brings the weights of a point outside its element back into [0, 1] with sum 1; false if all are 0 then.
-inline bool normaliseNearMiss(std::span<float> weights)
+template <class Number> bool normaliseNearMiss(std::span<Number> weights)
 {
-    float sum = 0.0F;
-    for (float& weight : weights)
+    constexpr Number zero{0};
+    constexpr Number one{1};
+    Number sum = zero;
+    for (Number& weight : weights)
     {
-        weight = weight < 0.0F ? 0.0F : weight;
-        weight = weight > 1.0F ? 1.0F : weight;
+        weight = weight < zero ? zero : weight;
+        weight = weight > one ? one : weight;
         sum += weight;
     }
-    if (sum == 0.0F)
+    if (sum == zero)
     {
         return false;
     }
-    for (float& weight : weights)
+    for (Number& weight : weights)
     {
         weight /= sum;
     }

@@ -154,7 +154,16 @@ template <std::size_t Size> class DoublePack
 public:
     using Half = pack::Lanes<double, Size / 2>;
 
+    DoublePack() = default;
     DoublePack(const Half& low, const Half& high) : itsLow(low), itsHigh(high) {}
+    /// A constant, in all lanes.
+    explicit DoublePack(double value) : itsLow(value - Half{}), itsHigh(value - Half{}) {}
+
+    /// valueOf(lane) in every lane.
+    template <class ValueOf> static DoublePack ofEach(ValueOf valueOf)
+    {
+        return ofEach(valueOf, std::make_index_sequence<Size / 2>());
+    }
 
     friend DoublePack operator+(const DoublePack& a, const DoublePack& b)
     {
@@ -168,6 +177,12 @@ public:
     {
         return {a.itsLow * b.itsLow, a.itsHigh * b.itsHigh};
     }
+    friend DoublePack operator/(const DoublePack& a, const DoublePack& b)
+    {
+        return {a.itsLow / b.itsLow, a.itsHigh / b.itsHigh};
+    }
+    DoublePack& operator+=(const DoublePack& other) { return *this = *this + other; }
+    DoublePack& operator*=(const DoublePack& other) { return *this = *this * other; }
     friend DoublePack operator+(double a, const DoublePack& b) { return {a + b.itsLow, a + b.itsHigh}; }
     friend DoublePack operator-(double a, const DoublePack& b) { return {a - b.itsLow, a - b.itsHigh}; }
     friend DoublePack operator-(const DoublePack& a, double b) { return {a.itsLow - b, a.itsHigh - b}; }
@@ -178,12 +193,24 @@ public:
 
     friend PackMask<Size> operator>=(const DoublePack& a, double b) { return mask(a.itsLow >= b, a.itsHigh >= b); }
     friend PackMask<Size> operator<=(const DoublePack& a, double b) { return mask(a.itsLow <= b, a.itsHigh <= b); }
+    friend PackMask<Size> operator==(const DoublePack& a, double b) { return mask(a.itsLow == b, a.itsHigh == b); }
+
+    void store(double* values) const
+    {
+        __builtin_memcpy(values, &itsLow, sizeof itsLow);
+        __builtin_memcpy(values + Size / 2, &itsHigh, sizeof itsHigh);
+    }
 
     const Half& low() const { return itsLow; }
     const Half& high() const { return itsHigh; }
 
 private:
     using HalfMask = pack::Lanes<std::int64_t, Size / 2>;
+
+    template <class ValueOf, std::size_t... i> static DoublePack ofEach(ValueOf& valueOf, std::index_sequence<i...>)
+    {
+        return {Half{valueOf(i)...}, Half{valueOf(i + Size / 2)...}};
+    }
 
     static PackMask<Size> mask(const HalfMask& low, const HalfMask& high)
     {
@@ -200,6 +227,33 @@ private:
     Half itsLow;
     Half itsHigh;
 };
+
+/// Packs of doubles round nothing more.
+template <std::size_t Size> const DoublePack<Size>& wide(const DoublePack<Size>& value)
+{
+    return value;
+}
+
+namespace pack
+{
+template <std::size_t Size, std::size_t... i>
+DoublePack<Size> selected(const PackMask<Size>& chosen, const DoublePack<Size>& a, const DoublePack<Size>& b,
+                          std::index_sequence<i...>)
+{
+    using HalfMask = Lanes<std::int64_t, Size / 2>;
+    const auto& lanes = chosen.lanes();
+    const auto low = __builtin_convertvector(__builtin_shufflevector(lanes, lanes, i...), HalfMask);
+    const auto high = __builtin_convertvector(__builtin_shufflevector(lanes, lanes, (i + Size / 2)...), HalfMask);
+    return {low ? a.low() : b.low(), high ? a.high() : b.high()};
+}
+} // namespace pack
+
+/// `a` in the chosen lanes, `b` in the others.
+template <std::size_t Size>
+DoublePack<Size> select(const PackMask<Size>& chosen, const DoublePack<Size>& a, const DoublePack<Size>& b)
+{
+    return pack::selected(chosen, a, b, std::make_index_sequence<Size / 2>());
+}
 
 /// The lanes that all masks choose.
 template <std::size_t Size, class... Masks> PackMask<Size> allOf(const PackMask<Size>& first, const Masks&... others)

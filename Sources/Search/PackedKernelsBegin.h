@@ -3,6 +3,7 @@
 // of its own, so that the linker takes none of their inline functions for another processor.
 #include "BoxSides.h"
 #include "PackedInversion.h"
+#include "PackedPolish.h"
 
 #include <algorithm>
 #include <array>

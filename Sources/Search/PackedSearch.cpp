@@ -2,12 +2,13 @@
 
 #include "PackedBoxTest.h"
 #include "PackedInversionKernel.h"
+#include "PackedPolishKernel.h"
 
 PackedSearch packedSearch(std::size_t packSize)
 {
     if (packSize == 4)
     {
-        return {4, invertPack<4>, boxesAround<4>};
+        return {4, invertPack<4>, boxesAround<4>, polishPack<4>};
     }
 #if defined(VELTRANE_HAS_WIDE_PACKS)
     if (packSize == 8 && __builtin_cpu_supports("avx2"))
@@ -20,7 +21,7 @@ PackedSearch packedSearch(std::size_t packSize)
         return packedSearchOf16();
     }
 #endif
-    return {packSize, nullptr, nullptr};
+    return {packSize, nullptr, nullptr, nullptr};
 }
 
 PackedSearch widestPackedSearch()

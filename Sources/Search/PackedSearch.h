@@ -8,12 +8,14 @@
 
 #include "BoxSides.h"
 #include "PackedInversion.h"
+#include "PackedPolish.h"
 
 struct PackedSearch
 {
     std::size_t packSize; ///< 4, 8 or 16 lanes
     InvertPack invert;
     BoxesAround boxesAround;
+    PolishPack polish;
 };
 
 /// The one of a given pack size, with null functions if this processor or build does not have it.

@@ -7,9 +7,10 @@ namespace packs_of_16
 {
 #include "PackedBoxTest.h"
 #include "PackedInversionKernel.h"
+#include "PackedPolishKernel.h"
 } // namespace packs_of_16
 
 PackedSearch packedSearchOf16()
 {
-    return {16, packs_of_16::invertPack<16>, packs_of_16::boxesAround<16>};
+    return {16, packs_of_16::invertPack<16>, packs_of_16::boxesAround<16>, packs_of_16::polishPack<16>};
 }

@@ -81,7 +81,7 @@ std::vector<std::uint32_t> appliedTo(const TransferMap& map, FuzzedBytes bytes, 
                                  .nbComponents = nbComponents,
                                  .isClassOneOnly = isClassOneOnly,
                                  .defaultValue = 3.0F};
-            std::vector<float> workspace(static_cast<std::size_t>(map.workspaceSize({&field, 1})));
+            std::vector<std::byte> workspace(static_cast<std::size_t>(map.workspaceSize({&field, 1})));
             if (map.apply({&field, 1}, workspace, workers) != nullptr)
             {
                 std::abort();

@@ -57,7 +57,7 @@ void applyTo(const TransferMap& map, Location source, Location target)
                          .targetLocation = target,
                          .targetFloats = targets.data(),
                          .nbComponents = nbComponents};
-    std::vector<float> workspace(static_cast<std::size_t>(map.workspaceSize({&field, 1})));
+    std::vector<std::byte> workspace(static_cast<std::size_t>(map.workspaceSize({&field, 1})));
     OneWorker worker;
     map.apply({&field, 1}, workspace, worker);
     std::vector<double> atSource(static_cast<std::size_t>(map.nbSourceNodes() * nbComponents) + 1);

@@ -221,7 +221,7 @@ void expectConstantCarried(const Map& map, const Arrays& arrays, int threads)
         .componentCount = arrays.components, .sourceLocation = arrays.source, .targetLocation = arrays.target};
     arrays.hasSingleSource ? view.source = std::span(floats) : view.source = std::span(doubles);
     arrays.hasSingleTarget ? view.target = std::span(floatResult) : view.target = std::span(doubleResult);
-    std::vector<float> workspace(map.workspaceSize(std::span(&view, 1)));
+    std::vector<std::byte> workspace(map.workspaceSize(std::span(&view, 1)));
     map.apply(std::span(&view, 1), workspace, threads);
     for (std::size_t i = 0; i < targetCount; ++i)
     {
@@ -257,9 +257,9 @@ protected:
     FieldView view{.source = std::span<const double>(values), .target = std::span(results)};
 
     /// The refusal; the results stay as they are.
-    std::string refusal(std::size_t workspaceSize = 64)
+    std::string refusal(std::size_t workspaceSize = 72)
     {
-        std::vector<float> workspace(workspaceSize);
+        std::vector<std::byte> workspace(workspaceSize);
         try
         {
             map.apply(std::span<const FieldView>(&view, 1), workspace);
@@ -283,7 +283,7 @@ TEST_F(ArraysOfTheWrongSize, AreRefusedWithTheirSize)
     view.target = std::span(results).first(5);
     EXPECT_EQ(refusal(), "there are 5 target values, not 1 for each of 8 nodes");
     view.target = std::span(results);
-    EXPECT_EQ(refusal(7), "the workspace has 7 numbers, not 8");
+    EXPECT_EQ(refusal(71), "the workspace has 71 bytes, not 72");
 }
 
 TEST_F(ArraysOfTheWrongSize, AsMuchAsImpossibleComponentsAndPlaces)

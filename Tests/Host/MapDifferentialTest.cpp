@@ -238,7 +238,7 @@ std::string differenceOfMap(const TransferProblem& problem, const Exported& expo
         return "exported refuses: " + exported.message;
     }
     const std::vector<MapField> fields = fieldsOf(mine);
-    std::vector<float> workspace(static_cast<std::size_t>(map.workspaceSize(fields)));
+    std::vector<std::byte> workspace(static_cast<std::size_t>(map.workspaceSize(fields)));
     if (const char* text = map.apply(fields, workspace, workers))
     {
         return text;

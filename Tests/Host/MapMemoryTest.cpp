@@ -32,7 +32,7 @@ TEST(MapMemory, AnApplicationToTheCallersArraysAsksForNone)
                           .sourceLocation = Location::gaussPoints,
                           .targetLocation = Location::gaussPoints});
     }
-    std::vector<float> workspace(map.workspaceSize(fields));
+    std::vector<std::byte> workspace(map.workspaceSize(fields));
     const std::int64_t before = nbAllocationRequests();
     map.apply(fields, workspace);
     EXPECT_EQ(nbAllocationRequests(), before);
