@@ -96,13 +96,14 @@ public:
     const TransferCase& transfer() const { return transfer_; }
     double exportedSeconds() const { return veltraneEngines(transfer_)[1].measure().total; }
 
-    veltrane::Map build(int threads) const
+    veltrane::Map build(int threads, bool inDoublePrecision = false) const
     {
-        const veltrane::MapOptions options{.mode = veltrane::OutsideMode::defaultValue,
-                                           // As in transfer(), which builds a map for one use.
-                                           .takesChecksums = false,
-                                           .rules = veltrane::asExported(),
-                                           .threads = threads};
+        veltrane::MapOptions options{.mode = veltrane::OutsideMode::defaultValue,
+                                     // As in transfer(), which builds a map for one use.
+                                     .takesChecksums = false,
+                                     .rules = veltrane::asExported(),
+                                     .threads = threads};
+        options.rules.inDoublePrecision = inDoublePrecision;
         return points_ ? veltrane::Map(source_, *points_, options) : veltrane::Map(source_, *target_, options);
     }
 
@@ -223,6 +224,11 @@ void measureOnce(Comparison& comparison, int threads, Figures& figures)
     constexpr double nbSteps = 20;
     figures.add("steps", (built + applied + (nbSteps - 1) * again) / (nbSteps * exported));
     figures.add("exported seconds", exported);
+    std::optional<veltrane::Map> exactMap;
+    const double exactlyBuilt = secondsOf(processorSeconds, [&] { exactMap.emplace(comparison.build(1, true)); });
+    const double exactlyApplied = secondsOf(processorSeconds, [&] { comparison.apply(*exactMap, 1); });
+    figures.add("double", (exactlyBuilt + exactlyApplied) / (built + applied));
+    exactMap.reset();
     if (comparison.transfer().options.target == TargetKind::cloud)
     {
         BareLoop loop(*map);
@@ -251,7 +257,7 @@ bool measure(const CaseOptions& options, int nbRuns, int threads, Table& table)
     const bool isCloud = options.target == TargetKind::cloud;
     table.addRow({comparison.transfer().title(), fixed(figures.of("exported seconds"), 3), fixed(figures.of("once"), 3),
                   fixed(1 / figures.of("apply"), 1), fixed(1 / figures.of("steps"), 1),
-                  isCloud ? fixed(figures.of("loop"), 2) : "–",
+                  isCloud ? fixed(figures.of("loop"), 2) : "–", fixed(figures.of("double"), 3),
                   threads > 1 ? fixed(1 / figures.of("threads map"), 2) : "–",
                   threads > 1 ? fixed(1 / figures.of("threads apply"), 2) : "–"});
     if (!comparison.isRight())
@@ -292,7 +298,7 @@ int run(int argc, char** argv)
     }
     const WorkingDirectory directory; // where the library leaves its log
     Table table({"case", "exported call, s", "map and apply / exported", "exported / apply", "20 exported / 20 steps",
-                 "apply / bare loop", "map, 1 thread / N", "apply, 1 thread / N"},
+                 "apply / bare loop", "double / single", "map, 1 thread / N", "apply, 1 thread / N"},
                 1);
     bool isGood = true;
     for (const std::string& kind : chosenKinds)

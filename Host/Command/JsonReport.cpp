@@ -140,7 +140,10 @@ Json describeSearch(const TransferStatistics& statistics)
             {"usedBuckets", statistics.usedBucketCount},
             {"meanElementsPerUsedBucket", statistics.meanElementsPerUsedBucket},
             {"locatedPoints", statistics.interpolatedPointCount},
-            {"meanIterations", statistics.meanIterations}};
+            {"meanIterations", statistics.meanIterations},
+            {"unconvergedPoints", statistics.unconvergedPointCount},
+            {"singularElements", statistics.singularElementCount},
+            {"origin", statistics.origin}};
 }
 
 Json describeStages(const StageTimes& times)
@@ -191,7 +194,9 @@ Json describePlacement(const Placement& placement)
 
 Json describeOptions(const TransferOptions& options, const Placement& placement)
 {
-    Json described{{"mode", static_cast<int>(options.mode)}, {"defaultValue", options.defaultValue}};
+    Json described{{"mode", static_cast<int>(options.mode)},
+                   {"defaultValue", options.defaultValue},
+                   {"precision", options.rules.inDoublePrecision ? "double" : "single"}};
     if (options.tuning.tolerance)
     {
         described["tolerance"] = *options.tuning.tolerance;

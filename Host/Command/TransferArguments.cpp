@@ -199,13 +199,18 @@ void TransferArguments::addTuning(CLI::App& command)
         ->type_name("VALUE");
     command.add_option("--max-buckets", tuning.maxBuckets, "most buckets of the search (10000000)")
         ->type_name("NUMBER");
+    command
+        .add_option("--precision", precision,
+                    "double: values as exact as the files (default); single:\nas the library's functions compute them")
+        ->type_name("WORD")
+        ->check(CLI::IsMember({"double", "single"}));
 }
 
 TransferOptions TransferArguments::options(bool hasStates) const
 {
     TransferOptions options{.mode = parseMode(outside),
                             .tellsOrigins = true,
-                            .rules = {.pointsMayBeNear = pointsMayBeNear},
+                            .rules = {.pointsMayBeNear = pointsMayBeNear, .inDoublePrecision = precision == "double"},
                             .tuning = tuning};
     if (!defaults.empty() && options.mode != OutsideMode::defaultValue)
     {

@@ -30,6 +30,7 @@ struct TransferArguments
     bool pointsMayBeNear = false;
     std::optional<float> nearLimit{};
     bool writesDistances = false;
+    std::string precision = "double";
 
     /// \param points       what receives the values: "nodes"
     /// \param canPropagate whether these have neighbours

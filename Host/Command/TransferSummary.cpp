@@ -172,6 +172,16 @@ void printGaussPointCounts(std::ostream& stream, const TransferRecord& record)
 
 void printSearch(std::ostream& stream, const TransferStatistics& statistics)
 {
+    if (statistics.unconvergedPointCount > 0)
+    {
+        printCount(stream, "  not converged", statistics.unconvergedPointCount,
+                   "near or far though they may lie in a cell: a larger --tolerance finds them");
+    }
+    if (statistics.origin != std::array<double, 3>{})
+    {
+        const auto& [x, y, z] = statistics.origin;
+        printLine(stream, "origin", text("moved to ", x, ", ", y, ", ", z, ", since the meshes are far from 0, 0, 0"));
+    }
     printCount(stream, "search buckets", statistics.bucketCount);
     printCount(stream, "  in use", statistics.usedBucketCount,
                text("holding ", std::fixed, std::setprecision(2), statistics.meanElementsPerUsedBucket,
