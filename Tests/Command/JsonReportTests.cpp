@@ -72,7 +72,7 @@ TEST_F(JsonReport, TellsWhatHasBeenDone)
     EXPECT_EQ(read["format"], "veltrane transfer report");
     EXPECT_EQ(read["formatVersion"], 2);
     EXPECT_EQ(read["outcome"], "done");
-    EXPECT_EQ(read["options"], json({{"mode", 0}, {"defaultValue", 0}, {"tolerance", 0.25}}));
+    EXPECT_EQ(read["options"], json({{"mode", 0}, {"defaultValue", 0}, {"precision", "double"}, {"tolerance", 0.25}}));
     EXPECT_EQ(read["source"]["file"], "source.vtu");
     EXPECT_EQ(read["source"]["elements"], json({{"hexahedron", 8}}));
     EXPECT_EQ(read["source"]["box"], json({{"min", {0, 0, 0}}, {"max", {1, 1, 1}}}));
