@@ -24,7 +24,7 @@ struct MatchOptions
     /// The tolerance serves to find the source element around a target element's centre, so it has an effect on Gauss
     /// points only. How far apart partners may be is not to be set: a thousandth of the mean source element.
     Tuning tuning{};
-    Rules rules = asExported();
+    Rules rules{};
     int threads = 1; ///< 0: as many as usableThreadCount() tells
     ProgressCallback progress{};
 };

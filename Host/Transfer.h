@@ -33,7 +33,7 @@ struct TransferOptions
     /// Whether the result tells where the values of each node or point come from, and how it and the Gauss points were
     /// found.
     bool tellsOrigins = false;
-    Rules rules = asExported();
+    Rules rules{};
     Tuning tuning{};
     int threads = 1; ///< 0: as many as usableThreadCount() tells
     ProgressCallback progress{};

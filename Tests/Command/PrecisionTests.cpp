@@ -19,6 +19,10 @@ vtkSmartPointer<vtkUnstructuredGrid> movedGrid(int cellType, int n, double from,
 {
     const auto grid = makeGrid(cellType, n, from, to);
     distort(*grid, 0.1 / n);
+    if (cellType == VTK_QUADRATIC_TETRA)
+    {
+        straighten(*grid);
+    }
     const vtkNew<vtkPoints> points;
     points->SetDataTypeToDouble();
     for (vtkIdType point = 0; point < grid->GetNumberOfPoints(); ++point)

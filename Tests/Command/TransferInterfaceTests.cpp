@@ -442,7 +442,7 @@ TEST(Transfer, ASingularElementIsNamed)
     const Mesh target =
         oneElement(ElementKind::tetrahedron, {0.01F, 0, 1, 0.1F, 0, 0, -0.1F, 0.1F, 0, 0, -0.1F, -0.5F});
     EXPECT_THAT(
-        [&] { transfer(source, std::vector{constantField(source, 1)}, target); },
+        [&] { transfer(source, std::vector{constantField(source, 1)}, target, {.rules = veltrane::asExported()}); },
         Throws<SingularElement>(
             AllOf(Property(&SingularElement::element, 0),
                   Property(&SingularElement::what,

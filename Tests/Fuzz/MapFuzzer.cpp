@@ -42,6 +42,7 @@ MapSettings settingsFrom(FuzzedBytes& bytes, bool isExported, bool isCloud)
         settings.nearLimit = bytes.number();
     }
     settings.tuning.maxNbBuckets = bytes.between(1, 60000);
+    settings.isDouble = bytes.oneIn(2);
     return settings;
 }
 
