@@ -69,6 +69,7 @@ public:
     const std::vector<float>& coordinates() const { return data_.coordinates; }
     /// In double precision; empty if coordinates() says it all.
     const std::vector<double>& exactCoordinates() const { return data_.exactCoordinates; }
+    const std::vector<int>& connectivity() const { return data_.connectivity; }
     const std::vector<ElementKind>& kinds() const { return data_.kinds; }
     const std::vector<int>& materialPerElement() const { return data_.materialPerElement; }
     const std::vector<Material>& materials() const { return data_.materials; }

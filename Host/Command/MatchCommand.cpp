@@ -145,9 +145,10 @@ ExitStatus run(const Sort& sort, const MeshPairArguments& files)
     const OutputFile output = files.openOutput();
     ProgressBar progress(!files.quiet);
     progress.beginStage("reading source");
+    std::shared_ptr<VtuAhead> targetAhead = files.readTargetAhead();
     MeshFile source = files.readSource();
     progress.beginStage("reading target");
-    MeshFile target = files.readTarget(sort.targetRole);
+    MeshFile target = files.readTarget(sort.targetRole, std::move(targetAhead));
     useCommonMaterialArray(source, target);
     if (isMeshOutput(format))
     {

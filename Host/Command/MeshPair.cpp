@@ -5,6 +5,7 @@
 #include "Interruption.h"
 #include "Report.h"
 #include "Text.h"
+#include "VtuAhead.h"
 
 #include <algorithm>
 #include <array>
@@ -12,6 +13,7 @@
 #include <cmath>
 #include <iostream>
 #include <iterator>
+#include <utility>
 
 namespace veltrane
 {
@@ -143,12 +145,23 @@ MeshFile MeshPairArguments::readSource(bool cellsAsNodes, const Placement& place
                          .materialArray = materials.array,
                          .step = step,
                          .placement = placement,
-                         .keepsRepeatedNodes = keepsRepeatedNodes});
+                         .keepsRepeatedNodes = keepsRepeatedNodes,
+
+                         .threads = threads});
 }
 
-MeshFile MeshPairArguments::readTarget(MeshRole role) const
+std::shared_ptr<VtuAhead> MeshPairArguments::readTargetAhead() const
 {
-    return read(target, {.role = role, .skipUnsupported = skipUnsupported, .materialArray = materials.array});
+    return formatOf(target) == FileFormat::unstructuredGrid ? std::make_shared<VtuAhead>(target, threads) : nullptr;
+}
+
+MeshFile MeshPairArguments::readTarget(MeshRole role, std::shared_ptr<VtuAhead> ahead) const
+{
+    return read(target, {.role = role,
+                         .skipUnsupported = skipUnsupported,
+                         .materialArray = materials.array,
+                         .threads = threads,
+                         .ahead = std::move(ahead)});
 }
 
 void MeshPairArguments::checkNewArray(const MeshFile& targetFile, ArrayPlace place, const std::string& name) const

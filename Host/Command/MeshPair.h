@@ -12,6 +12,7 @@
 
 #include <filesystem>
 #include <iosfwd>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -110,7 +111,10 @@ struct MeshPairArguments
     /// Throw NoInput or BadFile, and Cancelled if the command was interrupted meanwhile. Warn of cells left out on
     /// request.
     MeshFile readSource(bool cellsAsNodes = false, const Placement& placement = {}) const;
-    MeshFile readTarget(MeshRole role) const;
+
+    /// Begins to read the target beside whatever comes next; null if that cannot be done.
+    std::shared_ptr<VtuAhead> readTargetAhead() const;
+    MeshFile readTarget(MeshRole role, std::shared_ptr<VtuAhead> ahead = nullptr) const;
 
     /// The box of the target, or of its selected materials, must touch the source's; throws BadFile.
     void checkOverlap(const Box& sourceBox, const Box& targetBox) const;

@@ -10,6 +10,8 @@
 #include "TransferSummary.h"
 
 #include <filesystem>
+#include <memory>
+#include <utility>
 #include <vector>
 
 namespace veltrane
@@ -79,9 +81,11 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
     const RecordFiles recordFiles(recordFiles_, files);
     ProgressBar progress(!files.quiet);
     progress.beginStage("reading source");
+    std::shared_ptr<VtuAhead> targetAhead = files.readTargetAhead();
     MeshFile source = files.readSource(arguments_.cellsAsNodes, placement_.placement());
     progress.beginStage("reading target");
-    MeshFile target = files.readTarget(arguments_.atGaussPoints ? MeshRole::gaussPointTarget : MeshRole::target);
+    MeshFile target = files.readTarget(arguments_.atGaussPoints ? MeshRole::gaussPointTarget : MeshRole::target,
+                                       std::move(targetAhead));
     useCommonMaterialArray(source, target);
     checkSourceCells(source);
 

@@ -77,12 +77,12 @@ bool haveSameArrays(vtkPointSet& first, vtkPointSet& second)
 CollectionContents readCollectionContents(const std::filesystem::path& path)
 {
     const std::vector<Step> steps = readSteps(path);
-    const vtkSmartPointer<vtkPointSet> first = readPoints(steps.front().file);
+    const vtkSmartPointer<vtkPointSet> first = readPoints(steps.front().file, 0);
     CollectionContents contents{
         .steps = steps, .first = describeContents(*first, steps.front().file), .otherMeshes = {}, .otherArrays = {}};
     for (std::size_t i = 1; i < steps.size(); ++i)
     {
-        const vtkSmartPointer<vtkPointSet> other = readPoints(steps[i].file);
+        const vtkSmartPointer<vtkPointSet> other = readPoints(steps[i].file, 0);
         checkTupleCounts(*other, steps[i].file);
         if (!haveSamePoints(*first, *other) || !haveSameCells(*first, *other))
         {

@@ -10,11 +10,14 @@
 #include "TableText.h"
 #include "Text.h"
 #include "VtkMessages.h"
+#include "VtuAhead.h"
+#include "VtuFile.h"
 #include "XmlStructure.h"
 
 #include <vtkNew.h>
 #include <vtkPolyData.h>
 #include <vtkPolyDataReader.h>
+#include <vtkUnsignedCharArray.h>
 #include <vtkUnstructuredGrid.h>
 #include <vtkUnstructuredGridReader.h>
 #include <vtkXMLDataElement.h>
@@ -116,9 +119,8 @@ std::optional<FileFormat> checkedFormat(const std::filesystem::path& path, bool 
 }
 
 /// Calls a function that reads a file; what the file says about its own size need not be true.
-template <typename Function> auto guarded(const std::filesystem::path& path, const Function& function)
+template <typename Function> auto throwingTooLarge(const std::filesystem::path& path, const Function& function)
 {
-    const ReadingGuard guard(path);
     try
     {
         return function();
@@ -130,6 +132,25 @@ template <typename Function> auto guarded(const std::filesystem::path& path, con
     catch (const std::length_error&)
     {
         throwTooLarge(path);
+    }
+}
+
+/// The same for a function that may not survive.
+template <typename Function> auto guarded(const std::filesystem::path& path, const Function& function)
+{
+    const ReadingGuard guard(path);
+    return throwingTooLarge(path, function);
+}
+
+vtkSmartPointer<vtkUnstructuredGrid> readByVtk(const std::filesystem::path& path, FileFormat format,
+                                               std::optional<int> step)
+{
+    switch (format)
+    {
+    case FileFormat::legacyUnstructuredGrid: return readLegacy<vtkUnstructuredGridReader>(path);
+    case FileFormat::parallelUnstructuredGrid: return readXml<vtkXMLPUnstructuredGridReader>(path);
+    case FileFormat::exodus: return readExodus(path, step);
+    default: return readXml<vtkXMLUnstructuredGridReader>(path);
     }
 }
 
@@ -175,45 +196,47 @@ void checkReadable(const std::filesystem::path& path)
     }
 }
 
-vtkSmartPointer<vtkUnstructuredGrid> readCells(const std::filesystem::path& path, std::optional<int> step)
+MeshContents readMesh(const std::filesystem::path& path, std::optional<int> step, int threads, VtuAhead* ahead)
 {
     const std::optional<FileFormat> format = checkedFormat(path, isMeshInput, "mesh", meshInputEndings);
-    return guarded(path,
-                   [&]
-                   {
-                       switch (*format)
-                       {
-                       case FileFormat::legacyUnstructuredGrid: return readLegacy<vtkUnstructuredGridReader>(path);
-                       case FileFormat::parallelUnstructuredGrid: return readXml<vtkXMLPUnstructuredGridReader>(path);
-                       case FileFormat::exodus: return readExodus(path, step);
-                       default: return readXml<vtkXMLUnstructuredGridReader>(path);
-                       }
-                   });
+    if (format == FileFormat::unstructuredGrid)
+    {
+        auto contents =
+            throwingTooLarge(path, [&] { return ahead != nullptr ? ahead->take() : readVtu(path, threads); });
+        if (contents)
+        {
+            return {std::move(contents->grid), std::move(contents->types), std::move(contents->cells)};
+        }
+    }
+    const vtkSmartPointer<vtkUnstructuredGrid> grid = guarded(path, [&] { return readByVtk(path, *format, step); });
+    return {grid, grid->GetCellTypesArray(), std::nullopt};
 }
 
-vtkSmartPointer<vtkPointSet> readPoints(const std::filesystem::path& path, std::optional<int> step)
+vtkSmartPointer<vtkPointSet> readPoints(const std::filesystem::path& path, int threads)
 {
     if (path == standardStream)
     {
         return guarded(path, [&]() -> vtkSmartPointer<vtkPointSet> { return readPointTable(path); });
     }
     const std::optional<FileFormat> format = checkedFormat(path, isPointInput, "point", pointInputEndings);
-    return guarded(path,
-                   [&]() -> vtkSmartPointer<vtkPointSet>
-                   {
-                       switch (*format)
-                       {
-                       case FileFormat::polyData: return readXml<vtkXMLPolyDataReader>(path);
-                       case FileFormat::table: return readPointTable(path);
-                       case FileFormat::legacyUnstructuredGrid:
-                           if (isLegacyPolyData(path))
-                           {
-                               return readLegacy<vtkPolyDataReader>(path);
-                           }
-                           return readCells(path);
-                       default: return readCells(path, step);
-                       }
-                   });
+    switch (*format)
+    {
+    case FileFormat::polyData: return guarded(path, [&] { return readXml<vtkXMLPolyDataReader>(path); });
+    case FileFormat::table: return guarded(path, [&] { return readPointTable(path); });
+    case FileFormat::legacyUnstructuredGrid:
+        if (isLegacyPolyData(path))
+        {
+            return guarded(path, [&] { return readLegacy<vtkPolyDataReader>(path); });
+        }
+        break;
+    default: break;
+    }
+    const MeshContents contents = readMesh(path, std::nullopt, threads, nullptr);
+    if (contents.cells)
+    {
+        setCells(*contents.grid, *contents.types, viewOf(*contents.cells));
+    }
+    return contents.grid;
 }
 
 std::vector<double> readStepTimes(const std::filesystem::path& path)

@@ -2,11 +2,13 @@
 #ifndef VELTRANE_HOST_DATA_SET_READER_H
 #define VELTRANE_HOST_DATA_SET_READER_H
 
+#include "CellTable.h"
 #include "FileErrors.h"
 
 #include <vtkSmartPointer.h>
 
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,10 +16,13 @@
 
 class vtkDataObject;
 class vtkPointSet;
+class vtkUnsignedCharArray;
 class vtkUnstructuredGrid;
 
 namespace veltrane
 {
+
+class VtuAhead;
 
 /// 'path'
 std::string quoted(const std::filesystem::path& path);
@@ -30,13 +35,24 @@ std::string quoted(const std::filesystem::path& path);
 /// Throws NoInput or BadFile unless there is a readable regular file that is not empty.
 void checkReadable(const std::filesystem::path& path);
 
-/// The cells of a mesh file. Throws NoInput or BadFile, naming the file and what is wrong.
-///
-/// \param step  of an Exodus file, from 0; the last one if none is given. Files of other formats have no steps.
-vtkSmartPointer<vtkUnstructuredGrid> readCells(const std::filesystem::path& path, std::optional<int> step = {});
+/// What is in a mesh file.
+struct MeshContents
+{
+    vtkSmartPointer<vtkUnstructuredGrid> grid; ///< points and arrays, and the cells unless they are in the table
+    vtkSmartPointer<vtkUnsignedCharArray> types;
+    std::optional<CellTable> cells;
+};
 
-/// The points of a point file or a mesh file. Throws NoInput or BadFile, naming the file and what is wrong.
-vtkSmartPointer<vtkPointSet> readPoints(const std::filesystem::path& path, std::optional<int> step = {});
+/// Throws NoInput or BadFile, naming the file and what is wrong.
+///
+/// \param step     of an Exodus file, from 0; the last one if none is given. Files of other formats have no steps.
+/// \param threads  0: as many as usableThreadCount() tells
+/// \param ahead    if somebody has begun to read the file
+MeshContents readMesh(const std::filesystem::path& path, std::optional<int> step, int threads, VtuAhead* ahead);
+
+/// The points of a point file or a mesh file, with the cells that it has. Throws NoInput or BadFile, naming the file
+/// and what is wrong.
+vtkSmartPointer<vtkPointSet> readPoints(const std::filesystem::path& path, int threads);
 
 /// The times of the steps of an Exodus file; none of a file of another format or without steps.
 std::vector<double> readStepTimes(const std::filesystem::path& path);

@@ -122,9 +122,10 @@ void writeDataSet(vtkPointSet& dataSet, const std::filesystem::path& path, const
     {
         const vtkSmartPointer<vtkPointSet> cells = as<vtkUnstructuredGrid>(dataSet);
         auto& grid = *vtkUnstructuredGrid::SafeDownCast(cells);
-        if (canWriteVtu(grid))
+        if (grid.GetFaces() == nullptr && canWriteVtu(grid))
         {
-            writeVtu(grid, path, writing);
+            const CellTable table = copyCells(grid, path);
+            writeVtu(grid, *grid.GetCellTypesArray(), viewOf(table), path, writing);
             return;
         }
         vtkNew<vtkXMLUnstructuredGridWriter> writer;
@@ -133,6 +134,20 @@ void writeDataSet(vtkPointSet& dataSet, const std::filesystem::path& path, const
         return;
     }
     }
+}
+
+void writeGrid(vtkUnstructuredGrid& grid, vtkUnsignedCharArray& types, const CellView& cells,
+               const std::filesystem::path& path, const FileWriting& writing)
+{
+    if (formatOf(path).value_or(FileFormat::unstructuredGrid) == FileFormat::unstructuredGrid && canWriteVtu(grid))
+    {
+        writeVtu(grid, types, cells, path, writing);
+        return;
+    }
+    vtkNew<vtkUnstructuredGrid> whole;
+    whole->ShallowCopy(&grid);
+    setCells(*whole, types, cells);
+    writeDataSet(*whole, path, writing);
 }
 
 } // namespace veltrane

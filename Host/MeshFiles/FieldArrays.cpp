@@ -47,8 +47,8 @@ vtkSmartPointer<vtkDataArray> toArray(const Field& field, const std::vector<Valu
     vtkNew<Array> array;
     array->SetName(field.name().c_str());
     array->SetNumberOfComponents(field.componentCount());
-    array->SetNumberOfTuples(static_cast<vtkIdType>(field.locationCount()));
-    std::ranges::copy(values, array->GetPointer(0));
+    constexpr int isBorrowed = 1;
+    array->SetArray(const_cast<Value*>(values.data()), static_cast<vtkIdType>(values.size()), isBorrowed);
     return array;
 }
 
@@ -69,10 +69,15 @@ std::vector<PointArray> listArrays(vtkFieldData& data)
     return arrays;
 }
 
-void checkTupleCounts(vtkPointSet& dataSet, const std::filesystem::path& path)
+void checkTupleCounts(vtkPointSet& dataSet, vtkIdType cellCount, const std::filesystem::path& path)
 {
     checkTupleCounts(*dataSet.GetPointData(), dataSet.GetNumberOfPoints(), "point", path);
-    checkTupleCounts(*dataSet.GetCellData(), dataSet.GetNumberOfCells(), "cell", path);
+    checkTupleCounts(*dataSet.GetCellData(), cellCount, "cell", path);
+}
+
+void checkTupleCounts(vtkPointSet& dataSet, const std::filesystem::path& path)
+{
+    checkTupleCounts(dataSet, dataSet.GetNumberOfCells(), path);
 }
 
 void averageCellsAtNodes(vtkUnstructuredGrid& grid, const std::filesystem::path& path)

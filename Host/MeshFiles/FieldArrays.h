@@ -35,6 +35,9 @@ std::vector<PointArray> listArrays(vtkFieldData& data);
 /// Throws BadFile, naming the array, unless all point and cell arrays have one value for each point or cell.
 void checkTupleCounts(vtkPointSet& dataSet, const std::filesystem::path& path);
 
+/// The same of a data set whose cells are kept elsewhere.
+void checkTupleCounts(vtkPointSet& dataSet, vtkIdType cellCount, const std::filesystem::path& path);
+
 /// Adds to the point data what the floating-point cell data is at the nodes: the mean over the cells of the highest
 /// dimension around each. Throws BadFile if there is point data of the same name.
 void averageCellsAtNodes(vtkUnstructuredGrid& grid, const std::filesystem::path& path);
@@ -44,7 +47,7 @@ void averageCellsAtNodes(vtkUnstructuredGrid& grid, const std::filesystem::path&
 Field toField(vtkAbstractArray* array, const std::string& name, const std::string& newName,
               const std::filesystem::path& path);
 
-/// Of the field's name, components and precision.
+/// Of the field's name, components and precision; the values are the field's, which must live longer.
 vtkSmartPointer<vtkDataArray> toArray(const Field& field);
 
 } // namespace veltrane

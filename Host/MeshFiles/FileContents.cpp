@@ -129,7 +129,7 @@ FileContents describeContents(vtkPointSet& dataSet, const std::filesystem::path&
 
 FileContents readContents(const std::filesystem::path& path)
 {
-    return describeContents(*readPoints(path), path);
+    return describeContents(*readPoints(path, 0), path);
 }
 
 } // namespace veltrane

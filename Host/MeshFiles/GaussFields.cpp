@@ -15,6 +15,7 @@
 #include <vtkInformationStringKey.h>
 #include <vtkNew.h>
 #include <vtkQuadratureSchemeDefinition.h>
+#include <vtkUnsignedCharArray.h>
 #include <vtkUnstructuredGrid.h>
 
 #include <algorithm>
@@ -86,9 +87,9 @@ std::optional<PointOrder> matchPoints(vtkQuadratureSchemeDefinition& scheme, con
 class Schemes
 {
 public:
-    Schemes(vtkUnstructuredGrid& grid, const std::string& name, vtkAbstractArray& values,
+    Schemes(vtkUnstructuredGrid& grid, vtkUnsignedCharArray& types, const std::string& name, vtkAbstractArray& values,
             const std::filesystem::path& path)
-        : grid_(grid), place_(text(quoted(path), ": Gauss-point array '", name, "' ")),
+        : types_(types), place_(text(quoted(path), ": Gauss-point array '", name, "' ")),
           offsets_(grid.GetCellData()->GetArray(offsetNameOf(values)))
     {
         if (offsets_ == nullptr || offsets_->GetInformation()->Has(vtkQuadratureSchemeDefinition::DICTIONARY()) == 0)
@@ -103,7 +104,7 @@ public:
     {
         const auto first = static_cast<vtkIdType>(offsets_->GetComponent(cell, 0));
         std::vector<vtkIdType> rows;
-        for (const int point : orderOf(grid_.GetCellType(cell)))
+        for (const int point : orderOf(types_.GetValue(cell)))
         {
             rows.push_back(first + point);
         }
@@ -136,7 +137,7 @@ private:
         return orders_.emplace(cellType, *order).first->second;
     }
 
-    vtkUnstructuredGrid& grid_;
+    vtkUnsignedCharArray& types_;
     std::string place_;
     vtkDataArray* offsets_;
     std::map<int, PointOrder> orders_;
@@ -144,13 +145,14 @@ private:
 
 template <typename Value>
 FieldValues inElementOrder(const std::vector<Value>& values, int componentCount, Schemes& schemes,
-                           std::span<const vtkIdType> cells)
+                           const ItemNumbers& cells)
 {
     const auto rowLength = static_cast<std::size_t>(componentCount);
     const auto rowCount = static_cast<vtkIdType>(values.size() / rowLength);
     std::vector<Value> ordered;
-    for (const vtkIdType cell : cells)
+    for (std::size_t element = 0; element < cells.size(); ++element)
     {
+        const vtkIdType cell = cells[element];
         for (const vtkIdType row : schemes.rowsOf(cell))
         {
             if (row < 0 || row >= rowCount)
@@ -166,11 +168,12 @@ FieldValues inElementOrder(const std::vector<Value>& values, int componentCount,
 }
 
 /// What is added for all fields of a grid.
-void addSchemes(vtkUnstructuredGrid& grid, const Mesh& mesh, std::span<const vtkIdType> cells)
+void addSchemes(vtkUnstructuredGrid& grid, const FileElements& elements)
 {
+    const ItemNumbers& cells = elements.cells;
     vtkNew<vtkIdTypeArray> offsets;
     offsets->SetName(offsetArrayName);
-    offsets->SetNumberOfValues(grid.GetNumberOfCells());
+    offsets->SetNumberOfValues(elements.types.GetNumberOfValues());
     offsets->Fill(0);
     vtkInformationQuadratureSchemeDefinitionVectorKey* key = vtkQuadratureSchemeDefinition::DICTIONARY();
     std::map<int, bool> known;
@@ -178,8 +181,8 @@ void addSchemes(vtkUnstructuredGrid& grid, const Mesh& mesh, std::span<const vtk
     for (std::size_t element = 0; element < cells.size(); ++element)
     {
         offsets->SetValue(cells[element], offset);
-        offset += mesh.kindOf(static_cast<int>(element)).gaussPointCount;
-        const int cellType = grid.GetCellType(cells[element]);
+        offset += elements.mesh.kindOf(static_cast<int>(element)).gaussPointCount;
+        const int cellType = elements.types.GetValue(cells[element]);
         if (std::exchange(known[cellType], true))
         {
             continue;
@@ -215,31 +218,31 @@ std::vector<std::string> listGaussFields(vtkUnstructuredGrid& grid)
     return names;
 }
 
-Field readGaussField(vtkUnstructuredGrid& grid, const Mesh& mesh, std::span<const vtkIdType> cells,
-                     const std::string& name, const std::string& newName, const std::filesystem::path& path)
+Field readGaussField(vtkUnstructuredGrid& grid, const FileElements& elements, const std::string& name,
+                     const std::string& newName, const std::filesystem::path& path)
 {
     vtkAbstractArray* array = grid.GetFieldData()->GetAbstractArray(name.c_str());
     const Field inFile = toField(array, name, newName, path);
-    Schemes schemes(grid, name, *array, path);
-    FieldValues values = std::visit([&](const auto& inFileOrder) -> FieldValues
-                                    { return inElementOrder(inFileOrder, inFile.componentCount(), schemes, cells); },
-                                    inFile.values());
+    Schemes schemes(grid, elements.types, name, *array, path);
+    FieldValues values =
+        std::visit([&](const auto& inFileOrder) -> FieldValues
+                   { return inElementOrder(inFileOrder, inFile.componentCount(), schemes, elements.cells); },
+                   inFile.values());
     Field field(newName, Location::gaussPoints, inFile.componentCount(), std::move(values));
-    if (field.locationCount() != mesh.gaussPointCount())
+    if (field.locationCount() != elements.mesh.gaussPointCount())
     {
         throw BadFile(text(schemes.place(), "does not have values for all Gauss points"));
     }
     return field;
 }
 
-void addGaussFields(vtkUnstructuredGrid& grid, const Mesh& mesh, std::span<const vtkIdType> cells,
-                    std::span<const Field> fields)
+void addGaussFields(vtkUnstructuredGrid& grid, const FileElements& elements, std::span<const Field> fields)
 {
     if (std::ranges::find(fields, Location::gaussPoints, &Field::location) == fields.end())
     {
         return;
     }
-    addSchemes(grid, mesh, cells);
+    addSchemes(grid, elements);
     for (const Field& field : fields)
     {
         if (field.location() == Location::gaussPoints)

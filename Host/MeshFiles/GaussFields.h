@@ -4,32 +4,37 @@
 #define VELTRANE_HOST_GAUSS_FIELDS_H
 
 #include "Field.h"
+#include "ItemNumbers.h"
 #include "Mesh.h"
-
-#include <vtkType.h>
 
 #include <filesystem>
 #include <span>
 #include <string>
 #include <vector>
 
+class vtkUnsignedCharArray;
 class vtkUnstructuredGrid;
 
 namespace veltrane
 {
 
+/// The elements of a file: the mesh that they make up, and their cells.
+struct FileElements
+{
+    const Mesh& mesh;
+    const ItemNumbers& cells;
+    vtkUnsignedCharArray& types; ///< of all cells of the file
+};
+
 /// The names of those of floating-point numbers.
 std::vector<std::string> listGaussFields(vtkUnstructuredGrid& grid);
 
 /// Throws BadFile if the schemes do not have the Gauss points of the elements, in any order, or values are missing.
-///
-/// \param cells  of the mesh's elements
-Field readGaussField(vtkUnstructuredGrid& grid, const Mesh& mesh, std::span<const vtkIdType> cells,
-                     const std::string& name, const std::string& newName, const std::filesystem::path& path);
+Field readGaussField(vtkUnstructuredGrid& grid, const FileElements& elements, const std::string& name,
+                     const std::string& newName, const std::filesystem::path& path);
 
 /// Adds the Gauss-point fields among these, and the offsets and schemes that they need.
-void addGaussFields(vtkUnstructuredGrid& grid, const Mesh& mesh, std::span<const vtkIdType> cells,
-                    std::span<const Field> fields);
+void addGaussFields(vtkUnstructuredGrid& grid, const FileElements& elements, std::span<const Field> fields);
 
 } // namespace veltrane
 

@@ -111,7 +111,7 @@ public:
         if (grid_.GetNumberOfCells() == 0)
         {
             addLoosePoints();
-            return std::move(elements_);
+            return finished();
         }
         types_ = &checkedCellTypes(grid_, path_);
         for (vtkIdType cell = 0; cell < grid_.GetNumberOfCells(); ++cell)
@@ -123,10 +123,16 @@ public:
         {
             addNodeGroups(dimension);
         }
-        return std::move(elements_);
+        return finished();
     }
 
 private:
+    GridElements finished()
+    {
+        elements_.cells = ItemNumbers(std::move(cells_));
+        return std::move(elements_);
+    }
+
     void take(vtkIdType cell)
     {
         const int cellType = types_->GetValue(cell);
@@ -193,13 +199,13 @@ private:
         for (vtkIdType point = 0; point < grid_.GetNumberOfPoints(); ++point)
         {
             elements_.nodeGroupElementCount += addNodeGroup(elements_.data, {&point, 1});
-            elements_.cells.push_back(point);
+            cells_.push_back(point);
         }
     }
 
     void use(vtkIdType cell, std::span<const vtkIdType> points, int elementCount)
     {
-        elements_.cells.insert(elements_.cells.end(), static_cast<std::size_t>(elementCount), cell);
+        cells_.insert(cells_.end(), static_cast<std::size_t>(elementCount), cell);
         ++elements_.usedCellCount;
         for (const vtkIdType point : points)
         {
@@ -213,6 +219,7 @@ private:
     const vtkUnsignedCharArray* types_ = nullptr;
     std::vector<bool> isUsed_;      ///< per point, whether an element has it
     std::vector<vtkIdType> others_; ///< cells without a counterpart
+    std::vector<vtkIdType> cells_;  ///< of the elements
     GridElements elements_;
 };
 
@@ -254,7 +261,7 @@ GridElements readElements(vtkUnstructuredGrid& grid, const MeshReading& reading,
         throw BadFile(text(quoted(path), " has cells that cannot be used: ", cellCountText(elements.skipped),
                            "; --skip-unsupported leaves them out"));
     }
-    if (elements.cells.empty())
+    if (elements.cells.size() == 0)
     {
         throw BadFile(text(quoted(path), " has no ", needOf(reading.role)));
     }
@@ -292,6 +299,25 @@ void place(vtkUnstructuredGrid& grid, const Placement& placement)
     grid.SetPoints(points);
 }
 
+namespace
+{
+
+/// Numbers as coordinates; the position of the first that is none, or how many there are.
+template <typename Number> std::size_t convert(const Number* numbers, std::vector<float>& coordinates)
+{
+    for (std::size_t i = 0; i < coordinates.size(); ++i)
+    {
+        if (!(std::abs(static_cast<double>(numbers[i])) <= double{FLT_MAX}))
+        {
+            return i;
+        }
+        coordinates[i] = static_cast<float>(numbers[i]);
+    }
+    return coordinates.size();
+}
+
+} // namespace
+
 std::vector<float> readCoordinates(vtkPointSet& points, const std::filesystem::path& path)
 {
     std::vector<float> coordinates;
@@ -300,21 +326,30 @@ std::vector<float> readCoordinates(vtkPointSet& points, const std::filesystem::p
         return coordinates;
     }
     vtkDataArray& data = *points.GetPoints()->GetData();
-    const vtkIdType pointCount = data.GetNumberOfTuples();
-    coordinates.reserve(static_cast<std::size_t>(pointCount) * 3);
-    for (vtkIdType point = 0; point < pointCount; ++point)
+    coordinates.resize(static_cast<std::size_t>(data.GetNumberOfTuples()) * 3);
+    std::size_t end = 0;
+    if (data.HasStandardMemoryLayout() && data.GetDataType() == VTK_FLOAT)
     {
-        double position[3];
-        data.GetTuple(point, position);
-        for (const double coordinate : position)
+        end = convert(static_cast<const float*>(data.GetVoidPointer(0)), coordinates);
+    }
+    else if (data.HasStandardMemoryLayout() && data.GetDataType() == VTK_DOUBLE)
+    {
+        end = convert(static_cast<const double*>(data.GetVoidPointer(0)), coordinates);
+    }
+    else
+    {
+        std::vector<double> numbers(coordinates.size());
+        for (std::size_t i = 0; i < numbers.size(); ++i)
         {
-            if (!(std::abs(coordinate) <= double{FLT_MAX}))
-            {
-                throw BadFile(text(quoted(path), ": point ", point, " has the coordinate ", coordinate,
-                                   ", which is not a finite single-precision number"));
-            }
-            coordinates.push_back(static_cast<float>(coordinate));
+            numbers[i] = data.GetComponent(static_cast<vtkIdType>(i / 3), static_cast<int>(i % 3));
         }
+        end = convert(numbers.data(), coordinates);
+    }
+    if (end < coordinates.size())
+    {
+        throw BadFile(text(quoted(path), ": point ", end / 3, " has the coordinate ",
+                           data.GetComponent(static_cast<vtkIdType>(end / 3), static_cast<int>(end % 3)),
+                           ", which is not a finite single-precision number"));
     }
     return coordinates;
 }
@@ -354,7 +389,7 @@ vtkDataArray* findMaterialArray(vtkDataSetAttributes& data, const std::optional<
     return nullptr;
 }
 
-MaterialNumbers readMaterials(vtkDataArray* array, const std::vector<vtkIdType>& items, const std::string& itemName,
+MaterialNumbers readMaterials(vtkDataArray* array, const ItemNumbers& items, const std::string& itemName,
                               const std::filesystem::path& path)
 {
     MaterialNumbers result;
@@ -364,19 +399,27 @@ MaterialNumbers readMaterials(vtkDataArray* array, const std::vector<vtkIdType>&
         result.materialPerItem.assign(items.size(), 0);
         return result;
     }
-    std::map<long long, int> indices; // of the numbers in the file
-    for (const vtkIdType item : items)
+    std::map<long long, int> indices; // of the numbers in the file, at first in the order of their first items
+    result.materialPerItem.reserve(items.size());
+    auto last = indices.end();
+    for (std::size_t i = 0; i < items.size(); ++i)
     {
-        indices.try_emplace(materialNumber(*array, item, itemName, path), 0);
+        const long long number = materialNumber(*array, items[i], itemName, path);
+        if (last == indices.end() || last->first != number) // neighbours are often alike
+        {
+            last = indices.try_emplace(number, static_cast<int>(indices.size())).first;
+        }
+        result.materialPerItem.push_back(last->second);
     }
-    for (auto& [number, index] : indices)
+    std::vector<int> inOrder(indices.size());
+    for (const auto& [number, first] : indices)
     {
-        index = static_cast<int>(result.materials.size());
+        inOrder[static_cast<std::size_t>(first)] = static_cast<int>(result.materials.size());
         result.materials.push_back({std::to_string(number), 0});
     }
-    for (const vtkIdType item : items)
+    for (int& material : result.materialPerItem)
     {
-        result.materialPerItem.push_back(indices.at(materialNumber(*array, item, itemName, path)));
+        material = inOrder[static_cast<std::size_t>(material)];
     }
     return result;
 }

@@ -2,6 +2,7 @@
 #ifndef VELTRANE_HOST_GRID_ELEMENTS_H
 #define VELTRANE_HOST_GRID_ELEMENTS_H
 
+#include "ItemNumbers.h"
 #include "Mesh.h"
 #include "Placement.h"
 
@@ -9,6 +10,7 @@
 
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -21,6 +23,8 @@ class vtkUnstructuredGrid;
 
 namespace veltrane
 {
+
+class VtuAhead;
 
 /// What a mesh is read for. A source is made of the volume cells alone: its surfaces, lines and points of any order,
 /// which many mesh generators write beside them, are left out. So is a target whose Gauss points are matched or receive
@@ -47,6 +51,9 @@ struct MeshReading
     Placement placement{};
     /// Hexahedra with repeated nodes stay hexahedra, as values at their Gauss points need it.
     bool keepsRepeatedNodes = false;
+    int threads = 1; ///< to read with; 0: as many as usableThreadCount() tells
+    /// The file, if somebody has begun to read it.
+    std::shared_ptr<VtuAhead> ahead{};
 };
 
 /// A cell type of VTK and how often there are cells of it.
@@ -54,10 +61,10 @@ using CellCounts = std::map<int, int>;
 
 struct GridElements
 {
-    MeshData data{};                ///< all but coordinates and materials
-    std::vector<vtkIdType> cells{}; ///< of the elements; of a target without cells its points
-    CellCounts skipped{};           ///< cells that cannot be used
-    CellCounts nodeGroups{};        ///< cells of which only the nodes count, see addNodeGroup()
+    MeshData data{};         ///< all but coordinates and materials
+    ItemNumbers cells{};     ///< of the elements; of a target without cells its points
+    CellCounts skipped{};    ///< cells that cannot be used
+    CellCounts nodeGroups{}; ///< cells of which only the nodes count, see addNodeGroup()
     int nodeGroupElementCount = 0;
     int usedCellCount = 0;
 };
@@ -91,7 +98,7 @@ struct MaterialNumbers
 };
 
 /// The materials of some cells or points; without an array all are of one material, named "all".
-MaterialNumbers readMaterials(vtkDataArray* array, const std::vector<vtkIdType>& items, const std::string& itemName,
+MaterialNumbers readMaterials(vtkDataArray* array, const ItemNumbers& items, const std::string& itemName,
                               const std::filesystem::path& path);
 
 /// "3 lines, 1 quadratic hexahedron"

@@ -2,14 +2,19 @@
 
 #include "DataSetReader.h"
 #include "DataSetWriter.h"
+#include "DirectElements.h"
 #include "GaussFields.h"
 #include "Text.h"
 
 #include <vtkCellData.h>
+#include <vtkDoubleArray.h>
 #include <vtkFieldData.h>
+#include <vtkFloatArray.h>
 #include <vtkIntArray.h>
 #include <vtkNew.h>
 #include <vtkPointData.h>
+#include <vtkPoints.h>
+#include <vtkUnsignedCharArray.h>
 #include <vtkUnstructuredGrid.h>
 
 #include <algorithm>
@@ -56,45 +61,102 @@ vtkSmartPointer<vtkUnstructuredGrid> shallowCopy(vtkUnstructuredGrid& original)
     return copy;
 }
 
+template <typename Array, typename Number>
+void setPoints(vtkUnstructuredGrid& grid, const std::vector<Number>& coordinates)
+{
+    vtkNew<Array> array;
+    array->SetNumberOfComponents(3);
+    constexpr int isBorrowed = 1;
+    array->SetArray(const_cast<Number*>(coordinates.data()), static_cast<vtkIdType>(coordinates.size()), isBorrowed);
+    vtkNew<vtkPoints> points;
+    points->SetData(array);
+    grid.SetPoints(points);
+}
+
+/// Lets the grid's points be those of the mesh, which must live longer, if it has them in the same precision.
+void borrowPoints(vtkUnstructuredGrid& grid, const Mesh& mesh)
+{
+    const int type = grid.GetPoints() == nullptr ? VTK_VOID : grid.GetPoints()->GetDataType();
+    if (type == VTK_FLOAT)
+    {
+        setPoints<vtkFloatArray>(grid, mesh.coordinates());
+    }
+    else if (type == VTK_DOUBLE && !mesh.exactCoordinates().empty())
+    {
+        setPoints<vtkDoubleArray>(grid, mesh.exactCoordinates());
+    }
+}
+
+/// The elements of a file, and of those of its cells that the grid is given back.
+GridElements elementsOf(MeshContents& file, const MeshReading& reading, const std::filesystem::path& path)
+{
+    if (file.cells)
+    {
+        if (!reading.cellsAsNodes)
+        {
+            auto elements = takeElements(*file.cells, *file.types, file.grid->GetNumberOfPoints(), reading);
+            if (elements)
+            {
+                return std::move(*elements);
+            }
+        }
+        setCells(*file.grid, *file.types, viewOf(*file.cells));
+        file.cells.reset();
+    }
+    if (reading.cellsAsNodes)
+    {
+        averageCellsAtNodes(*file.grid, path);
+    }
+    return readElements(*file.grid, reading, path);
+}
+
 } // namespace
 
 struct MeshFile::Contents
 {
     std::filesystem::path path;
-    vtkSmartPointer<vtkUnstructuredGrid> grid;
     std::optional<Mesh> mesh;
+    vtkSmartPointer<vtkUnstructuredGrid> grid;   ///< with its cells unless they are the mesh's elements
+    vtkSmartPointer<vtkUnsignedCharArray> types; ///< of the file's cells
+    std::optional<int> numberType;               ///< if the grid has no cells: what they are numbers of, see CellTable
     std::optional<std::string> materialArray;
-    std::vector<vtkIdType> cells; ///< of the elements
+    ItemNumbers cells; ///< of the elements
     CellCounts skippedCells;
     CellCounts nodeGroups;
     int nodeGroupElementCount = 0;
     int usedCellCount = 0;
     std::vector<PointArray> pointArrays;
     std::vector<std::string> gaussFields;
+
+    FileElements elements() const { return {*mesh, cells, *types}; }
+    vtkIdType cellCount() const { return types->GetNumberOfValues(); }
 };
 
 MeshFile::MeshFile(const std::filesystem::path& path, const MeshReading& reading)
     : contents_(std::make_unique<Contents>())
 {
     contents_->path = path;
-    contents_->grid = readCells(path, reading.step);
+    MeshContents file = readMesh(path, reading.step, reading.threads, reading.ahead.get());
+    contents_->grid = file.grid;
+    contents_->types = file.types == nullptr ? vtkSmartPointer<vtkUnsignedCharArray>::New() : file.types;
     vtkUnstructuredGrid& grid = *contents_->grid;
-    checkTupleCounts(grid, path);
+    const vtkIdType cellCount = file.cells ? contents_->cellCount() : grid.GetNumberOfCells();
+    checkTupleCounts(grid, cellCount, path);
     place(grid, reading.placement);
-    if (reading.cellsAsNodes)
-    {
-        averageCellsAtNodes(grid, path);
-    }
 
     contents_->gaussFields = listGaussFields(grid);
     MeshReading elementReading = reading;
     elementReading.keepsRepeatedNodes =
         reading.keepsRepeatedNodes || !contents_->gaussFields.empty() || reading.role == MeshRole::gaussPointTarget;
-    GridElements elements = readElements(grid, elementReading, path);
+    GridElements elements = elementsOf(file, elementReading, path);
+    if (file.cells)
+    {
+        contents_->numberType = file.cells->numberType;
+    }
     elements.data.coordinates = readCoordinates(grid, path);
     elements.data.exactCoordinates = readExactCoordinates(grid);
     vtkDataArray* materialArray =
-        grid.GetNumberOfCells() == 0 ? nullptr : findMaterialArray(*grid.GetCellData(), reading.materialArray, path);
+        cellCount == 0 ? nullptr : findMaterialArray(*grid.GetCellData(), reading.materialArray, path);
     if (materialArray != nullptr)
     {
         contents_->materialArray = materialArray->GetName();
@@ -110,6 +172,7 @@ MeshFile::MeshFile(const std::filesystem::path& path, const MeshReading& reading
     {
         throw BadFile(text(quoted(path), ": ", error.what()));
     }
+    borrowPoints(grid, *contents_->mesh);
     contents_->cells = std::move(elements.cells);
     contents_->skippedCells = std::move(elements.skipped);
     contents_->pointArrays = listArrays(*grid.GetPointData());
@@ -152,7 +215,7 @@ void MeshFile::useMaterialArray(const std::string& name)
 
 int MeshFile::leftOutCellCount() const
 {
-    return static_cast<int>(contents_->grid->GetNumberOfCells()) - contents_->usedCellCount;
+    return static_cast<int>(contents_->cellCount()) - contents_->usedCellCount;
 }
 
 std::vector<std::pair<CellName, long long>> MeshFile::elementCounts() const
@@ -229,7 +292,7 @@ Field MeshFile::field(const std::string& name, const std::string& newName) const
     vtkAbstractArray* array = grid.GetPointData()->GetAbstractArray(name.c_str());
     if (array == nullptr && hasGaussField(name))
     {
-        return readGaussField(grid, mesh(), contents_->cells, name, resultName, path());
+        return readGaussField(grid, contents_->elements(), name, resultName, path());
     }
     return toField(array, name, resultName, path());
 }
@@ -245,14 +308,22 @@ void MeshFile::writeWith(std::span<const Field> fields, std::span<const IntegerA
             grid->GetPointData()->AddArray(toArray(field));
         }
     }
-    addGaussFields(*grid, mesh(), contents_->cells, fields);
+    addGaussFields(*grid, contents_->elements(), fields);
     for (const IntegerArray& integers : arrays)
     {
         const bool isPerPoint = integers.place == ArrayPlace::points;
         const auto rowOf = [&](std::size_t row)
         { return isPerPoint ? static_cast<vtkIdType>(row) : contents_->cells[row]; };
         dataOf(*grid, integers.place)
-            .AddArray(toArray(integers, isPerPoint ? grid->GetNumberOfPoints() : grid->GetNumberOfCells(), rowOf));
+            .AddArray(toArray(integers, isPerPoint ? grid->GetNumberOfPoints() : contents_->cellCount(), rowOf));
+    }
+    if (contents_->numberType)
+    {
+        const CellView cells{.connectivity = mesh().connectivity(),
+                             .numberType = *contents_->numberType,
+                             .beginnings = mesh().nodesPerElement()};
+        writeGrid(*grid, *contents_->types, cells, path, writing);
+        return;
     }
     writeDataSet(*grid, path, writing);
 }

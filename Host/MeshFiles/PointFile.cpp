@@ -12,7 +12,6 @@
 #include <vtkPointSet.h>
 
 #include <algorithm>
-#include <numeric>
 #include <utility>
 
 namespace veltrane
@@ -30,7 +29,7 @@ PointFile::PointFile(const std::filesystem::path& path, const std::optional<std:
     : contents_(std::make_unique<Contents>())
 {
     contents_->path = path;
-    contents_->dataSet = readPoints(path);
+    contents_->dataSet = readPoints(path, 0);
     vtkPointSet& dataSet = *contents_->dataSet;
     checkTupleCounts(dataSet, path);
     vtkDataArray* array = findMaterialArray(*dataSet.GetPointData(), materialArray, path);
@@ -38,8 +37,7 @@ PointFile::PointFile(const std::filesystem::path& path, const std::optional<std:
     {
         contents_->materialArray = array->GetName();
     }
-    std::vector<vtkIdType> numbers(static_cast<std::size_t>(dataSet.GetNumberOfPoints()));
-    std::iota(numbers.begin(), numbers.end(), vtkIdType{0});
+    const ItemNumbers numbers(static_cast<std::size_t>(dataSet.GetNumberOfPoints()));
     MaterialNumbers materials = readMaterials(array, numbers, "point", path);
     try
     {

@@ -6,7 +6,6 @@
 #include "ThreadWorkers.h"
 #include "XmlNumberTypes.h"
 
-#include <vtkCellArray.h>
 #include <vtkCellData.h>
 #include <vtkDataArray.h>
 #include <vtkFieldData.h>
@@ -106,9 +105,9 @@ class Contents
 public:
     void add(const std::string& line) { text_ += line + "\n"; }
 
-    void addArray(const std::string& attributes, ArrayBytes bytes)
+    void addArray(const std::string& attributes, ArrayBytes bytes, std::string_view element = "DataArray")
     {
-        text_ += text("<DataArray ", attributes, " format=\"appended\" offset=");
+        text_ += text('<', element, ' ', attributes, " format=\"appended\" offset=");
         places_.push_back(text_.size());
         text_.append(offsetWidth, ' ');
         text_ += "/>\n";
@@ -139,7 +138,12 @@ public:
             attributes += text(" NumberOfTuples=\"", array.GetNumberOfTuples(), "\"");
         }
         auto* strings = vtkStringArray::SafeDownCast(&array);
-        addArray(attributes, strings != nullptr ? bytesOf(*strings) : memoryOf(*vtkDataArray::SafeDownCast(&array)));
+        if (strings != nullptr)
+        {
+            addArray(attributes, bytesOf(*strings), "Array");
+            return;
+        }
+        addArray(attributes, memoryOf(*vtkDataArray::SafeDownCast(&array)));
     }
 
     void addArrays(vtkFieldData& data, bool areOfFile)
@@ -194,25 +198,43 @@ std::string activeArrays(vtkDataSetAttributes& data)
     return attributes;
 }
 
-void addCells(Contents& contents, vtkUnstructuredGrid& grid)
+/// Numbers in the size that they have in the file.
+template <typename Stored, typename NumberOf> ArrayBytes bytesOf(std::size_t count, NumberOf numberOf)
 {
-    vtkDataArray& connectivity = *grid.GetCells()->GetConnectivityArray();
-    const std::string type = text("type=\"", xmlNameOf(connectivity.GetDataType()), "\" Name=\"");
-    contents.addArray(type + "connectivity\"", memoryOf(connectivity));
-    contents.addArray(type + "offsets\"", memoryOf(*grid.GetCells()->GetOffsetsArray(), 1)); // VTK has a 0 in front
-    contents.addArray("type=\"UInt8\" Name=\"types\"", memoryOf(*grid.GetCellTypesArray()));
+    return {count * sizeof(Stored), [numberOf](std::uint64_t first, std::span<std::byte> room)
+            {
+                std::size_t number = first / sizeof(Stored);
+                for (std::size_t i = 0; i < room.size(); i += sizeof(Stored))
+                {
+                    const auto stored = static_cast<Stored>(numberOf(number++));
+                    std::memcpy(room.data() + i, &stored, sizeof stored);
+                }
+            }};
+}
+
+void addCells(Contents& contents, vtkUnsignedCharArray& types, const CellView& cells)
+{
+    const bool areShort = cells.numberType == VTK_TYPE_INT32;
+    const auto add = [&](const char* name, std::size_t count, auto numberOf)
+    {
+        contents.addArray(text("type=\"", areShort ? "Int32" : "Int64", "\" Name=\"", name, "\""),
+                          areShort ? bytesOf<std::int32_t>(count, numberOf) : bytesOf<std::int64_t>(count, numberOf));
+    };
+    add("connectivity", cells.connectivity.size(), [cells](std::size_t i) { return cells.connectivity[i]; });
+    add("offsets", cells.cellCount(), [cells](std::size_t cell) { return cells.offset(cell + 1); }); // their ends
+    contents.addArray("type=\"UInt8\" Name=\"types\"", memoryOf(types));
 }
 
 } // namespace
 
 bool canWriteVtu(vtkUnstructuredGrid& grid)
 {
-    return grid.GetPoints() != nullptr && canWrite(grid.GetPoints()->GetData()) && grid.GetCells() != nullptr &&
-           grid.GetNumberOfCells() > 0 && grid.GetCellTypesArray() != nullptr && grid.GetFaces() == nullptr &&
-           canWrite(*grid.GetPointData()) && canWrite(*grid.GetCellData()) && canWrite(*grid.GetFieldData());
+    return grid.GetPoints() != nullptr && canWrite(grid.GetPoints()->GetData()) && canWrite(*grid.GetPointData()) &&
+           canWrite(*grid.GetCellData()) && canWrite(*grid.GetFieldData());
 }
 
-void writeVtu(vtkUnstructuredGrid& grid, const std::filesystem::path& path, const FileWriting& writing)
+void writeVtu(vtkUnstructuredGrid& grid, vtkUnsignedCharArray& types, const CellView& cells,
+              const std::filesystem::path& path, const FileWriting& writing)
 {
     Contents contents;
     const bool isCompressed = writing.compression != Compression::none;
@@ -228,7 +250,7 @@ void writeVtu(vtkUnstructuredGrid& grid, const std::filesystem::path& path, cons
         contents.add("</FieldData>");
     }
     contents.add(text("<Piece NumberOfPoints=\"", grid.GetNumberOfPoints(), "\" NumberOfCells=\"",
-                      grid.GetNumberOfCells(), "\">"));
+                      types.GetNumberOfValues(), "\">"));
     contents.add(text("<PointData", activeArrays(*grid.GetPointData()), ">"));
     contents.addArrays(*grid.GetPointData(), false);
     contents.add("</PointData>");
@@ -240,7 +262,7 @@ void writeVtu(vtkUnstructuredGrid& grid, const std::filesystem::path& path, cons
     contents.addArray(text("type=\"", xmlNameOf(points.GetDataType()), "\" Name=\"Points\" NumberOfComponents=\"3\""),
                       memoryOf(points));
     contents.add("</Points>\n<Cells>");
-    addCells(contents, grid);
+    addCells(contents, types, cells);
     contents.add("</Cells>\n</Piece>\n</UnstructuredGrid>");
     contents.write(path, writing);
 }

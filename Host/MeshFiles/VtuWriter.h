@@ -2,24 +2,26 @@
 #ifndef VELTRANE_HOST_VTU_WRITER_H
 #define VELTRANE_HOST_VTU_WRITER_H
 
+#include "CellTable.h"
 #include "Compression.h"
 #include "FileErrors.h"
 
 #include <filesystem>
 
+class vtkUnsignedCharArray;
 class vtkUnstructuredGrid;
 
 namespace veltrane
 {
 
-/// Whether the grid holds nothing but points, cells and arrays of usual types: no polyhedra, and no keys of VTK beside
-/// an array.
+/// Whether the grid's points and arrays are of usual types, without keys of VTK beside them.
 bool canWriteVtu(vtkUnstructuredGrid& grid);
 
-/// Throws CannotWrite with nothing but the reason.
+/// Writes points, arrays and these cells. Throws CannotWrite with nothing but the reason.
 ///
 /// \pre canWriteVtu(grid)
-void writeVtu(vtkUnstructuredGrid& grid, const std::filesystem::path& path, const FileWriting& writing);
+void writeVtu(vtkUnstructuredGrid& grid, vtkUnsignedCharArray& types, const CellView& cells,
+              const std::filesystem::path& path, const FileWriting& writing);
 
 } // namespace veltrane
 

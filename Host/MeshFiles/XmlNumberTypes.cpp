@@ -3,6 +3,7 @@
 #include <vtkType.h>
 
 #include <climits>
+#include <utility>
 
 namespace veltrane
 {
@@ -44,6 +45,22 @@ std::string_view xmlNameOf(int vtkType)
     case VTK_STRING: return "String";
     default: return "";
     }
+}
+
+int vtkTypeOf(std::string_view xmlName)
+{
+    constexpr std::pair<std::string_view, int> types[] = {
+        {"Float32", VTK_FLOAT},    {"Float64", VTK_DOUBLE},     {"Int8", VTK_TYPE_INT8},   {"UInt8", VTK_TYPE_UINT8},
+        {"Int16", VTK_TYPE_INT16}, {"UInt16", VTK_TYPE_UINT16}, {"Int32", VTK_TYPE_INT32}, {"UInt32", VTK_TYPE_UINT32},
+        {"Int64", VTK_TYPE_INT64}, {"UInt64", VTK_TYPE_UINT64}, {"String", VTK_STRING}};
+    for (const auto& [name, type] : types)
+    {
+        if (name == xmlName)
+        {
+            return type;
+        }
+    }
+    return VTK_VOID;
 }
 
 } // namespace veltrane
