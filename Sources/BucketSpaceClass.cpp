@@ -298,6 +298,7 @@ template <class Visit> void BucketSpaceClass::forEachPiece(int nbItems, Visit vi
 template <class BoxOf> void BucketSpaceClass::markNeededBuckets(int nbItems, BoxOf boxOf)
 {
     const BucketRanges rangeOf = ranges();
+    const bool isAlone = nbPieces() == 1;
     const auto markPiece = [&](std::int64_t, int first, int end)
     {
         int* states = itsBucketState.values();
@@ -313,6 +314,11 @@ template <class BoxOf> void BucketSpaceClass::markNeededBuckets(int nbItems, Box
             forEachBucket(range,
                           [&](std::int64_t bucket)
                           {
+                              if (isAlone)
+                              {
+                                  states[bucket] = neededEmpty;
+                                  return;
+                              }
                               // Tested first, since threads that store into the same lines wait for each other.
                               const std::atomic_ref state(states[bucket]);
                               if (state.load(std::memory_order_relaxed) != neededEmpty)
