@@ -171,10 +171,13 @@ private:
 
 std::int64_t TransferMap::workspaceSize(std::span<const MapField> fields) const
 {
-    // Wherever the bytes begin, the numbers are aligned among them.
-    return itsTable.isDouble
-               ? MapApplication<double>::workspaceSize(*this, fields) * std::int64_t{sizeof(double)} + alignof(double)
-               : MapApplication<float>::workspaceSize(*this, fields) * std::int64_t{sizeof(float)} + alignof(float);
+    const auto nbBytes = [](std::int64_t count, std::size_t size)
+    {
+        // Wherever the bytes begin, the numbers are aligned among them.
+        return (count + 1) * static_cast<std::int64_t>(size);
+    };
+    return itsTable.isDouble ? nbBytes(MapApplication<double>::workspaceSize(*this, fields), sizeof(double))
+                             : nbBytes(MapApplication<float>::workspaceSize(*this, fields), sizeof(float));
 }
 
 const char* TransferMap::apply(std::span<const MapField> fields, std::span<std::byte> workspace, Workers& workers) const
