@@ -7,6 +7,7 @@
 #include "ProgressBar.h"
 #include "TableText.h"
 #include "Text.h"
+#include "TransferFindings.h"
 #include "TransferRecord.h"
 #include "TransferSummary.h"
 
@@ -151,7 +152,7 @@ ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files, MapCache& ma
         withDefault.mode = OutsideMode::defaultValue;
         return outsideText(source.mesh(), sample(withDefault), points.points().coordinates(), "points");
     };
-    const TransferResult result =
+    TransferResult result =
         explainingFailures([&] { return sample(options); }, describeOutside,
                            arguments_.pointsMayBeNear ? "--outside default gives such points the default value"
                                                       : "--outside default gives such points the default value, --near "
@@ -160,10 +161,11 @@ ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files, MapCache& ma
     warnOfFindings(source.mesh(), result, sourceBox, pointBox, "points");
     progress.beginStage("writing output");
     const IntegerArray mask = validPointMask(result.findings, options.mode);
-    const std::vector<Field> written = fieldsToWrite(result, options, arguments_.writesDistances);
+    completeForOutput(result, options, arguments_.writesDistances);
     std::vector<PendingOutput> outputs;
-    outputs.push_back(output.prepare([&](const std::filesystem::path& path)
-                                     { points.writeWith(written, mask.name, mask.values, path, files.writing()); }));
+    outputs.push_back(
+        output.prepare([&](const std::filesystem::path& path)
+                       { points.writeWith(result.fields, mask.name, mask.values, path, files.writing()); }));
 
     const TransferRecord record{source, fields, &points, result, options, progress.times(), placement_.placement()};
     recordFiles.prepare(record, progress, outputs);

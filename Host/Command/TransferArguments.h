@@ -70,22 +70,6 @@ TransferResult explainingFailures(const std::function<TransferResult()>& transfe
                                   const std::function<std::string()>& describeOutside, const std::string& outsideAdvice,
                                   const Box& source, const Box& target);
 
-/// Warnings about what has been found: units of length, near points, source cells left out.
-///
-/// \param points  what receives the values: "nodes"
-void warnOfFindings(const Mesh& source, const TransferResult& result, const Box& sourceBox, const Box& targetBox,
-                    const std::string& points);
-
-/// What the output's masks say of a point.
-int maskValue(Finding finding, OutsideMode mode);
-
-/// The point array of the output that tells where the values of each point come from.
-IntegerArray validPointMask(const std::vector<Finding>& findings, OutsideMode mode);
-
-/// The result's fields as they are written: far Gauss points hold the default value or, if it is not asked for, no
-/// number; with the mask of Gauss points, and with distances if they are wanted.
-std::vector<Field> fieldsToWrite(const TransferResult& result, const TransferOptions& options, bool withDistances);
-
 /// For the help texts.
 inline constexpr const char* validPointMaskHelp =
     "The point array vtkValidPointMask of the output is 1 in an element of the source, 3 near one, whose\n"

@@ -7,6 +7,7 @@
 #include "Report.h"
 #include "Text.h"
 #include "Transfer.h"
+#include "TransferFindings.h"
 #include "TransferSummary.h"
 
 #include <filesystem>
@@ -116,7 +117,7 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
         withDefault.mode = OutsideMode::defaultValue;
         return outsideText(source.mesh(), transfer(withDefault), target.mesh().coordinates(), "nodes");
     };
-    const TransferResult result = explainingFailures(
+    TransferResult result = explainingFailures(
         [&] { return transfer(options); }, describeOutside,
         "--outside default gives such nodes the default value, --outside propagate the values of neighbouring nodes",
         sourceBox, targetBox);
@@ -127,10 +128,10 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
     {
         arrays.push_back(validPointMask(result.findings, options.mode));
     }
-    const std::vector<Field> written = fieldsToWrite(result, options, arguments_.writesDistances);
+    completeForOutput(result, options, arguments_.writesDistances);
     std::vector<PendingOutput> outputs;
     outputs.push_back(output.prepare([&](const std::filesystem::path& path)
-                                     { target.writeWith(written, arrays, path, files.writing()); }));
+                                     { target.writeWith(result.fields, arrays, path, files.writing()); }));
 
     const TransferRecord record{source, fields, &target, result, options, progress.times(), placement_.placement()};
     recordFiles.prepare(record, progress, outputs);
