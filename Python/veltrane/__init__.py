@@ -34,9 +34,10 @@ from ._errors import (
     TransferError,
     WrongTypeError,
 )
-from ._map import Map, Places, Statistics
+from ._map import Map
 from ._match import GaussPointMatch, match_gauss_points, match_nodes
 from ._meshes import Mesh, Points
+from ._places import Places, Statistics
 from ._transfer import Transferred, sample, transfer
 
 __version__: str = _core.version

@@ -4,44 +4,19 @@ from __future__ import annotations
 
 import math
 import os
-from typing import Any, NamedTuple, Optional, Union
+from typing import Any, Optional, Union
 
 import numpy as np
 
 from . import _core
 from ._arrays import values as values_of
+from ._columns import carry, carry_back, check_out
 from ._errors import InvalidDataError, InvalidOptionError, OutsideError, WrongTypeError, advising
 from ._meshes import selection
 from ._models import mesh_of, target_of
+from ._places import FAR, INSIDE, NEAR, Places, Statistics, counts
 from ._progress import Progress, told
 from ._settings import MODES, PLACES, choice, number, settings, whole
-
-_NOT_MAPPED, _INSIDE, _NEAR, _FAR, _REACHED = range(5)
-_MOST_COMPONENTS = 9  # that the C++ interface carries at once
-
-
-class Places(NamedTuple):
-    """Where target locations lie in the source; one entry per location."""
-
-    finding: np.ndarray  #: uint8: 0 receives no values, 1 inside, 2 near, 3 far, 4 far and reached by propagation
-    element: np.ndarray  #: int32: the source cell, from 0, or -1
-    reference_coordinates: np.ndarray  #: float32 of shape (n, 3)
-    distance: np.ndarray  #: float64: of near ones to where their values come from; 0 inside, infinite elsewhere
-
-
-class Statistics(NamedTuple):
-    """The figures of a search."""
-
-    bucket_count: int
-    used_bucket_count: int
-    mean_elements_per_used_bucket: float
-    interpolated_point_count: int
-    mean_iterations: float  #: per interpolated point
-    nodes_near_and_far: Optional[tuple[int, int]]  #: None where locations cannot be near
-    gauss_points_near_and_far: Optional[tuple[int, int]]
-    unconverged_point_count: int
-    singular_element_count: int
-    origin: tuple[float, float, float]  #: what was taken off all coordinates before they became single precision
 
 
 class Map:
@@ -199,32 +174,16 @@ class Map:
             )
         if out is None:
             result = np.empty(shape, dtype=array.dtype)
-            self._apply(array, result, way)
+            carry(self._core, array, result, way)
             return result
-        _check_out(out, shape, array.dtype)
+        check_out(out, shape, array.dtype)
         if out.flags.c_contiguous and out.dtype.isnative and not np.may_share_memory(out, array):
-            self._apply(array, out, way)
+            carry(self._core, array, out, way)
         else:
             result = np.empty(shape, dtype=array.dtype)
-            self._apply(array, result, way)
+            carry(self._core, array, result, way)
             out[...] = result
         return out
-
-    def _apply(self, values: np.ndarray, result: np.ndarray, way: _core.Way) -> None:
-        components = math.prod(values.shape[1:])
-        if components <= _MOST_COMPONENTS:
-            if components:
-                way.component_count = components
-                self._core.apply(values, result, way)
-            return
-        sources = values.reshape(len(values), components)
-        targets = result.reshape(len(result), components)
-        for first in range(0, components, _MOST_COMPONENTS):
-            columns = slice(first, first + _MOST_COMPONENTS)
-            part = np.ascontiguousarray(sources[:, columns])
-            piece = np.empty((len(targets), part.shape[1]), dtype=part.dtype)
-            self._apply(part, piece, way)
-            targets[:, columns] = piece
 
     def apply_transposed(
         self, values: Any, *, target_at: Optional[str] = None, return_left: bool = False
@@ -252,14 +211,7 @@ class Map:
                 f"the values have the shape {array.shape}, but the target of the map has {count} {place}"
             )
         rest = array.shape[1:]
-        columns = array.reshape(count, math.prod(rest))
-        sums = np.zeros((self._core.source_node_count, columns.shape[1]))
-        left = np.zeros(columns.shape[1])
-        for first in range(0, columns.shape[1], _MOST_COMPONENTS):
-            part = np.ascontiguousarray(columns[:, first : first + _MOST_COMPONENTS])
-            got, lost = self._core.apply_transposed(part, part.shape[1], at_gauss_points)
-            sums[:, first : first + part.shape[1]] = got.reshape(-1, part.shape[1])
-            left[first : first + part.shape[1]] = lost
+        sums, left = carry_back(self._core, array.reshape(count, math.prod(rest)), at_gauss_points)
         result = sums.reshape(len(sums), *rest)
         return (result, left.reshape(rest)[()]) if return_left else result
 
@@ -300,17 +252,17 @@ class Map:
     @property
     def inside(self) -> np.ndarray:
         """Per target location, whether it is in a source cell: bool."""
-        return self.places().finding == _INSIDE
+        return self.places().finding == INSIDE
 
     @property
     def near(self) -> np.ndarray:
         """Per target location, whether it is in no source cell but takes the values of a near one: bool."""
-        return self.places().finding == _NEAR
+        return self.places().finding == NEAR
 
     @property
     def far(self) -> np.ndarray:
         """Per target location, whether it is too far from the source, reached by propagation or not: bool."""
-        return self.places().finding >= _FAR
+        return self.places().finding >= FAR
 
     @property
     def element(self) -> np.ndarray:
@@ -378,17 +330,6 @@ class Map:
 
     # What it tells
 
-    def _counts(self) -> dict[str, int]:
-        finding = np.bincount(self.places().finding, minlength=5)
-        counts = {
-            "inside": finding[_INSIDE],
-            "near": finding[_NEAR],
-            "far": finding[_FAR] + finding[_REACHED],
-            "reached by propagation": finding[_REACHED],
-            "not mapped": finding[_NOT_MAPPED],
-        }
-        return {name: int(count) for name, count in counts.items() if count or name in ("inside", "near", "far")}
-
     def _sizes(self) -> tuple[str, str]:
         def say(count: int, at_gauss_points: bool) -> str:
             return f"{count} {'Gauss points' if at_gauss_points else 'nodes'}"
@@ -398,12 +339,12 @@ class Map:
 
     def __repr__(self) -> str:
         source, target = self._sizes()
-        counts = ", ".join(f"{count} {name}" for name, count in self._counts().items())
-        return f"<veltrane.Map from {source} to {target}: {counts}>"
+        places = ", ".join(f"{count} {name}" for name, count in counts(self.places()).items())
+        return f"<veltrane.Map from {source} to {target}: {places}>"
 
     def _repr_html_(self) -> str:
         source, target = self._sizes()
-        rows = [("source", source), ("target", target), *self._counts().items()]
+        rows = [("source", source), ("target", target), *counts(self.places()).items()]
         rows.append(("mean iterations", f"{self._core.statistics()['mean_iterations']:.2f}"))
         cells = "".join(f"<tr><th style='text-align:left'>{name}</th><td>{value}</td></tr>" for name, value in rows)
         return f"<table><caption>veltrane.Map</caption>{cells}</table>"
@@ -432,15 +373,6 @@ class Map:
 
 def _is_at_gauss_points(place: Any, name: str) -> bool:
     return choice(place, {"nodes": False, "gauss_points": True}, name)
-
-
-def _check_out(out: Any, shape: tuple[int, ...], dtype: np.dtype) -> None:
-    if not isinstance(out, np.ndarray):
-        raise WrongTypeError("out= is no numpy array")
-    if out.shape != shape or out.dtype.newbyteorder("=") != dtype:
-        raise InvalidDataError(f"out= is of shape {out.shape} and type {out.dtype}, not {shape} and {dtype}")
-    if not out.flags.writeable:
-        raise InvalidDataError("out= cannot be written")
 
 
 def _path(path: Any) -> str:

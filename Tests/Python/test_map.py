@@ -85,10 +85,10 @@ def test_out_receives_the_result(cube, the_map):
 
 
 def test_out_may_be_where_the_values_are(cube):
-    onto_itself = veltrane.Map(cube, cube)
+    turned_round = veltrane.Map(cube, cube.points[::-1])
     values = values_of(cube)
-    expected = onto_itself.apply(values)
-    onto_itself.apply(values, out=values)
+    expected = turned_round.apply(values)
+    turned_round.apply(values, out=values)
     assert np.array_equal(values, expected)
 
 
@@ -149,6 +149,7 @@ def test_outside(cube):
     filled = veltrane.Map(cube, target, outside="default", default=20)
     assert filled.apply(values).tolist() == [1.0, 20.0]
     assert filled.apply(values, default=-1).tolist() == [1.0, -1.0]
+    assert filled.apply(values, out=np.full(2, 7.0)).tolist() == [1.0, 20.0]
     with pytest.raises(veltrane.InvalidOptionError):
         veltrane.Map(cube, target, outside="propagate")
     with pytest.raises(veltrane.WrongTypeError, match="default= is no number"):
@@ -245,7 +246,9 @@ def test_materials_of_the_same_number_correspond():
     assert found.inside.tolist() == [False, True]
     assert veltrane.Map(source, [[0.25, 0.5, 0.5]]).inside.tolist() == [True]
     mixed = veltrane.Points([[0.25, 0.5, 0.5], [0.75, 0.5, 0.5]], [4, 9])
-    assert veltrane.Map(source, mixed, only=[9]).mask.tolist() == [0, 1]
+    only_9 = veltrane.Map(source, mixed, only=[9], outside="default", default=3)
+    assert only_9.mask.tolist() == [0, 1]
+    assert only_9.apply(np.ones(source.n_points), out=np.full(2, 7.0)).tolist() == [3.0, 1.0]
     with pytest.raises(veltrane.InvalidDataError, match="no material 5"):
         veltrane.Map(source, mixed, only=5)
 

@@ -2,6 +2,8 @@ import os
 import subprocess
 import sys
 import textwrap
+import threading
+import time
 
 import pytest
 
@@ -55,6 +57,24 @@ def test_without_tqdm_nothing_is_shown(cube, capsys, monkeypatch):
 def test_anything_else_is_refused(cube):
     with pytest.raises(veltrane.WrongTypeError):
         veltrane.Map(cube, meshes.inner_points(50), progress="yes")
+
+
+def test_other_threads_go_on_meanwhile():
+    mesh, points = veltrane.Mesh(*meshes.tetrahedra(12), "tetra"), meshes.inner_points(400000)
+    ticks, done = [], threading.Event()
+
+    def tick():
+        while not done.wait(0.001):
+            ticks.append(time.perf_counter())
+
+    ticking = threading.Thread(target=tick)
+    ticking.start()
+    begin = time.perf_counter()
+    veltrane.Map(mesh, points, threads=1)
+    end = time.perf_counter()
+    done.set()
+    ticking.join()
+    assert sum(begin < tick < end for tick in ticks) > 3
 
 
 @pytest.mark.parametrize("threads", [1, 2])
