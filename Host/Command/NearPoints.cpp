@@ -1,5 +1,6 @@
 #include "NearPoints.h"
 
+#include "ElementSizes.h"
 #include "Report.h"
 #include "Text.h"
 
@@ -12,38 +13,7 @@ namespace veltrane
 namespace
 {
 
-/// The longest edge of its box.
-float elementSize(const Mesh& mesh, int element)
-{
-    Box box;
-    for (const int node : mesh.nodesOf(element))
-    {
-        box.add(mesh.nodePosition(node));
-    }
-    return box.size();
-}
-
-double meanElementSize(const Mesh& mesh)
-{
-    double sum = 0;
-    for (int element = 0; element < mesh.elementCount(); ++element)
-    {
-        sum += double{elementSize(mesh, element)};
-    }
-    return sum / mesh.elementCount();
-}
-
 } // namespace
-
-float largestElementSize(const Mesh& mesh)
-{
-    float largest = 0;
-    for (int element = 0; element < mesh.elementCount(); ++element)
-    {
-        largest = std::max(largest, elementSize(mesh, element));
-    }
-    return largest;
-}
 
 NearDistances nearDistances(const std::vector<Finding>& findings, const std::vector<double>& distances)
 {

@@ -10,9 +10,6 @@
 namespace veltrane
 {
 
-/// The longest edge of the boxes of the elements: what is farther away than that is not near a mesh.
-float largestElementSize(const Mesh& mesh);
-
 /// How far they are from the places whose values they take.
 struct NearDistances
 {

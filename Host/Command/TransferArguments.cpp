@@ -1,5 +1,6 @@
 #include "TransferArguments.h"
 
+#include "ElementSizes.h"
 #include "MeshPair.h"
 #include "NearPoints.h"
 #include "Report.h"

@@ -3,6 +3,7 @@
 #include "CellMesh.h"
 #include "Unnumbered.h"
 
+#include "ElementSizes.h"
 #include "Map.h"
 
 #include <nanobind/stl/filesystem.h>
@@ -15,6 +16,7 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <type_traits>
 #include <variant>
 #include <vector>
 
@@ -45,21 +47,31 @@ const PointCloud& modelOf(const PointCloud& points)
     return points;
 }
 
+/// Places that are farther from the source than any of its elements is long are not near it. The exported functions'
+/// rules have no limit.
+float nearLimitOf(const Settings& settings, const Mesh& source, bool canBeNear)
+{
+    const Rules rules = rulesOf(settings);
+    return settings.nearLimit || settings.isAsExported || !canBeNear ? rules.nearLimit : largestElementSize(source);
+}
+
 template <class Target>
 Map makeMap(const CellMesh& source, const Target& target, const Task& task, const Settings& settings,
             nb::handle progress)
 {
-    const MapOptions options{.mode = static_cast<OutsideMode>(task.mode),
-                             .targetMapping = task.selection,
-                             .toNodes = task.toNodes,
-                             .toGaussPoints = task.toGaussPoints,
-                             .fromGaussPoints = task.fromGaussPoints,
-                             .takesChecksums = task.takesChecksums,
-                             .rules = rulesOf(settings),
-                             .tuning = tuningOf(settings),
-                             .threads = settings.threads,
-                             .progress = progressTo(progress)};
+    MapOptions options{.mode = static_cast<OutsideMode>(task.mode),
+                       .targetMapping = task.selection,
+                       .toNodes = task.toNodes,
+                       .toGaussPoints = task.toGaussPoints,
+                       .fromGaussPoints = task.fromGaussPoints,
+                       .takesChecksums = task.takesChecksums,
+                       .rules = rulesOf(settings),
+                       .tuning = tuningOf(settings),
+                       .threads = settings.threads,
+                       .progress = progressTo(progress)};
     const nb::gil_scoped_release noGil;
+    constexpr bool isToMesh = std::is_same_v<Target, CellMesh>;
+    options.rules.nearLimit = nearLimitOf(settings, source.mesh, isToMesh || settings.pointsMayBeNear);
     if (task.usesMaterials)
     {
         return Map(source.mesh, modelOf(target), options);

@@ -144,6 +144,14 @@ template <class Number> ArrayOut<Number> rowsOfThree(std::vector<Number> numbers
     return arrayOf(std::move(numbers), {count, 3}, static_cast<Number*>(nullptr));
 }
 
+template <class Model> void bindPositions(nb::class_<Model>& model, auto positions)
+{
+    model.def("points", [=](const Model& self) { return rowsOfThree(positions(self).coordinates()); });
+    model.def(
+        "exact_points", [=](const Model& self) { return rowsOfThree(positions(self).exactCoordinates()); },
+        "No rows if `points` says it all.");
+}
+
 template <class Number> void bindMaking(nb::module_& module)
 {
     module.def("make_mesh", &makeMesh<Number>, nb::arg("points").noconvert(), nb::arg("connectivity").noconvert(),
@@ -160,8 +168,9 @@ void bindMeshes(nb::module_& module)
     module.def("cell_kinds", &listOfCellKinds,
                "Per cell type that can be used: its number, name, number of nodes and of Gauss points, whether it is a "
                "volume.");
-    nb::class_<CellMesh>(module, "Mesh")
-        .def_prop_ro("node_count", [](const CellMesh& mesh) { return mesh.mesh.nodeCount(); })
+    nb::class_<CellMesh> meshes(module, "Mesh");
+    bindPositions(meshes, [](const CellMesh& self) -> const Mesh& { return self.mesh; });
+    meshes.def_prop_ro("node_count", [](const CellMesh& mesh) { return mesh.mesh.nodeCount(); })
         .def_prop_ro("element_count", [](const CellMesh& mesh) { return mesh.mesh.elementCount(); })
         .def_prop_ro("cell_count", [](const CellMesh& mesh) { return mesh.cellCount; })
         .def_prop_ro("gauss_point_count", [](const CellMesh& mesh) { return mesh.mesh.gaussPointCount(); })
@@ -170,13 +179,11 @@ void bindMeshes(nb::module_& module)
                      [](const CellMesh& mesh) { return mesh.cells.size() == static_cast<std::size_t>(mesh.cellCount); })
         .def("cells", [](const CellMesh& mesh) { return arrayOf(mesh.cells); })
         .def("gauss_point_offsets", [](const CellMesh& mesh) { return arrayOf(gaussPointOffsets(mesh)); })
-        .def("points", [](const CellMesh& mesh) { return rowsOfThree(mesh.mesh.coordinates()); })
-        .def(
-            "exact_points", [](const CellMesh& mesh) { return rowsOfThree(mesh.mesh.exactCoordinates()); },
-            "No rows if `points` says it all.")
         .def("kind_counts", &kindCounts)
         .def("volumes", &volumesOf, nb::call_guard<nb::gil_scoped_release>());
-    nb::class_<PointCloud>(module, "Points").def_prop_ro("point_count", &PointCloud::pointCount);
+    nb::class_<PointCloud> points(module, "Points");
+    bindPositions(points, [](const PointCloud& self) -> const PointCloud& { return self; });
+    points.def_prop_ro("point_count", &PointCloud::pointCount);
 
     bindMaking<float>(module);
     bindMaking<double>(module);

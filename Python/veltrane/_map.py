@@ -11,10 +11,10 @@ import numpy as np
 from . import _core
 from ._arrays import values as values_of
 from ._columns import carry, carry_back, check_out
-from ._errors import InvalidDataError, InvalidOptionError, OutsideError, WrongTypeError, advising
+from ._errors import InvalidDataError, InvalidOptionError, OutsideError, WrongTypeError
 from ._meshes import selection
 from ._models import mesh_of, target_of
-from ._places import FAR, INSIDE, NEAR, Places, Statistics, counts
+from ._places import FAR, INSIDE, NEAR, Places, Statistics, counts, outside_sentence
 from ._progress import Progress, told
 from ._settings import MODES, PLACES, choice, number, settings, whole
 
@@ -44,14 +44,16 @@ class Map:
     skip_unsupported : bool
         Leave out cells that cannot be used.
     near_limit : float, optional
-        Locations in no cell that are farther than this from the nearest one are far.
+        Locations in no cell that are farther than this from the nearest one are far: by default, the longest edge of
+        the box of any source cell.
     points_near : bool
         Let points in no cell take the values of a near one, as the nodes of a mesh do.
     tolerance, bucket_factor, max_buckets : optional
         Of the search: how exactly reference coordinates are found (0.001), by which part of its size the box of a cell
         is enlarged (0.1), and the most buckets of the grid.
     as_exported : bool
-        Refuse what the exported functions of the library refuse, such as targets far larger than the source.
+        Work as the exported functions of the library do: refuse what they refuse, such as targets far larger than the
+        source, and have no `near_limit` unless it is given.
     threads : int
         0 stands for `usable_thread_count()`. Results do not depend on it.
     progress : bool or callable
@@ -105,10 +107,7 @@ class Map:
         task.selection = selection(target_model, only)
         task.uses_materials = source_mesh._materials is not None and target_model._materials is not None
         volumes = source_mesh._as_source()
-        with told(progress) as callback, advising(
-            OutsideError, lambda sentence: f"{sentence.rstrip('.')}; outside='nan' gives such places not a number"
-        ):
-            core = _core.make_map(volumes, target_model._core, task, chosen, callback)
+        core = _found(volumes, target_model, task, chosen, progress)
         cells = None if volumes.is_whole else volumes.cells()
         start = math.nan if outside == "nan" else number(default, "default") or 0.0
         self._set(core, start, source_at, target_at, chosen.threads, cells)
@@ -276,9 +275,12 @@ class Map:
 
     @property
     def mask(self) -> np.ndarray:
-        """Per target location where values come from: 1 a cell, 2 neighbours, -1 the default value, 0 none: int8."""
+        """Where the values of each target location come from: int8.
+
+        1 a cell it is in, 3 one that it is near, 2 neighbours, -1 the default value, 0 none.
+        """
         propagates = self._core.mode == MODES["propagate"]
-        codes = np.array([0, 1, 1, 0 if propagates else -1, 2], dtype=np.int8)
+        codes = np.array([0, 1, 3, 0 if propagates else -1, 2], dtype=np.int8)
         return codes[self.places().finding]
 
     @property
@@ -369,6 +371,18 @@ class Map:
         way.fills_first = self._fills_first
         way.threads = self._threads if threads is None else whole(threads, "threads", 2**31 - 1)
         return way
+
+
+def _found(volumes: _core.Mesh, target: Any, task: _core.Task, chosen: _core.Settings, progress: Progress) -> _core.Map:
+    with told(progress) as callback:
+        try:
+            return _core.make_map(volumes, target._core, task, chosen, callback)
+        except OutsideError:
+            if chosen.as_exported:
+                raise
+            task.mode = MODES["default"]  # which tells what lies where
+            found = _core.make_map(volumes, target._core, task, chosen, None)
+    raise OutsideError(outside_sentence(found, target))
 
 
 def _is_at_gauss_points(place: Any, name: str) -> bool:

@@ -35,6 +35,11 @@ def _joined(arrays: list[np.ndarray]) -> np.ndarray:
     return arrays[0] if len(arrays) == 1 else np.concatenate(arrays)
 
 
+def _positions(core: Union[_core.Mesh, _core.Points]) -> np.ndarray:
+    exact = core.exact_points()
+    return exact if len(exact) else core.points()
+
+
 class Cells:
     """Cells in three arrays: points of all cells, where each cell's begin, and VTK's types."""
 
@@ -161,8 +166,7 @@ class Mesh:
     @property
     def points(self) -> np.ndarray:
         """A copy of the positions, of shape (n_points, 3): float32, or float64 if single precision does not hold them."""
-        exact = self._core.exact_points()
-        return exact if len(exact) else self._core.points()
+        return _positions(self._core)
 
     @property
     def materials(self) -> Optional[np.ndarray]:
@@ -214,6 +218,11 @@ class Points:
     def n_points(self) -> int:
         """Number of points."""
         return self._core.point_count
+
+    @property
+    def points(self) -> np.ndarray:
+        """A copy of the positions, as of a `Mesh`."""
+        return _positions(self._core)
 
     @property
     def materials(self) -> Optional[np.ndarray]:

@@ -2,9 +2,12 @@
 
 from __future__ import annotations
 
-from typing import NamedTuple, Optional
+from typing import Any, NamedTuple, Optional
 
 import numpy as np
+
+from . import _core
+from ._meshes import Points
 
 NOT_MAPPED, INSIDE, NEAR, FAR, REACHED = range(5)
 
@@ -31,6 +34,23 @@ class Statistics(NamedTuple):
     unconverged_point_count: int
     singular_element_count: int
     origin: tuple[float, float, float]  #: what was taken off all coordinates before they became single precision
+
+
+def outside_sentence(found: _core.Map, target: Any) -> str:
+    """What to say of a target that leaves the source, by a map that tells where its locations lie."""
+    at_gauss_points = found.location_count(False) == 0 or not np.any(found.places(False)[0] == FAR)
+    finding = found.places(at_gauss_points)[0]
+    far = np.flatnonzero(finding == FAR)
+    is_points = isinstance(target, Points)
+    locations = "Gauss points" if at_gauss_points else "points" if is_points else "nodes"
+    sentence = f"{len(far)} of {np.count_nonzero(finding != NOT_MAPPED)} {locations} "
+    sentence += f"{'is' if len(far) == 1 else 'are'} outside the source"
+    if not at_gauss_points and len(far):
+        place = ", ".join(f"{coordinate:g}" for coordinate in target.points[far[0]])
+        sentence += f"; the first is at ({place})"
+    if is_points:
+        return f"{sentence}; outside='nan' gives a result all the same, points_near=True those just outside values, too"
+    return f"{sentence}; outside='nan', 'default' or 'propagate' gives a result all the same"
 
 
 def counts(places: Places) -> dict[str, int]:

