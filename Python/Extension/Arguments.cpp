@@ -8,6 +8,7 @@ Rules rulesOf(const Settings& settings)
     Rules rules = settings.isAsExported ? asExported() : Rules{};
     rules.pointsMayBeNear = settings.pointsMayBeNear;
     rules.nearLimit = settings.nearLimit.value_or(rules.nearLimit);
+    rules.inDoublePrecision = settings.inDoublePrecision.value_or(rules.inDoublePrecision);
     return rules;
 }
 

@@ -58,6 +58,7 @@ struct Settings
     bool isAsExported = false;
     bool pointsMayBeNear = false;
     std::optional<float> nearLimit{};
+    std::optional<bool> inDoublePrecision{};
     std::optional<float> tolerance{};
     std::optional<float> bucketFactor{};
     std::optional<long long> maxBuckets{};

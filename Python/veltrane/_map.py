@@ -53,7 +53,9 @@ class Map:
         is enlarged (0.1), and the most buckets of the grid.
     as_exported : bool
         Work as the exported functions of the library do: refuse what they refuse, such as targets far larger than the
-        source, and have no `near_limit` unless it is given.
+        source, have no `near_limit` unless it is given, and compute in single precision.
+    precision : {"double", "single"}
+        Of weights and sums: double unless `as_exported` says otherwise.
     threads : int
         0 stands for `usable_thread_count()`. Results do not depend on it.
     progress : bool or callable
@@ -91,6 +93,7 @@ class Map:
         bucket_factor: Optional[float] = None,
         max_buckets: Optional[int] = None,
         as_exported: bool = False,
+        precision: Optional[str] = None,
         threads: int = 0,
         progress: Progress = False,
     ) -> None:
@@ -100,7 +103,9 @@ class Map:
         task.from_gauss_points = choice(source_at, PLACES, "source_at")[1]
         if outside == "nan" and default is not None:
             raise InvalidOptionError("outside='nan' leaves no choice of default=")
-        chosen = settings(threads, tolerance, bucket_factor, max_buckets, near_limit, points_near, as_exported)
+        chosen = settings(
+            threads, tolerance, bucket_factor, max_buckets, near_limit, points_near, as_exported, precision
+        )
         source_mesh = mesh_of(source, "source", materials, skip_unsupported)
         target_model = target_of(target, materials, skip_unsupported)
         task.takes_checksums = self._takes_checksums
@@ -143,9 +148,8 @@ class Map:
         Parameters
         ----------
         values : array of shape (n,) or (n, k)
-            One row per source node, or Gauss point. float32 stays float32; all else becomes float64. The transfer
-            itself computes in single precision. Values at or below -8.888e13 are undefined, and so is what depends on
-            them: -9.999e13.
+            One row per source node, or Gauss point. float32 stays float32; all else becomes float64. Values at or
+            below -8.888e13 are undefined, and so is what depends on them: -9.999e13.
         out : array, optional
             Receives the result: of its shape and type, writeable. All of it is written.
         source_at, target_at : {"nodes", "gauss_points"}, optional

@@ -11,6 +11,7 @@ from . import _core
 from ._errors import InvalidOptionError, WrongTypeError
 
 MODES = {"error": 0, "default": 1, "nan": 1, "propagate": 2}
+PRECISIONS = {"double": True, "single": False}
 PLACES = {"nodes": (True, False), "gauss_points": (False, True), "both": (True, True)}
 
 
@@ -52,6 +53,7 @@ def settings(
     near_limit: Any = None,
     points_near: bool = False,
     as_exported: bool = False,
+    precision: Optional[str] = None,
 ) -> _core.Settings:
     result = _core.Settings()
     result.threads = whole(threads, "threads", 2**31 - 1)
@@ -61,4 +63,5 @@ def settings(
     result.near_limit = number(near_limit, "near_limit")
     result.points_may_be_near = bool(points_near)
     result.as_exported = bool(as_exported)
+    result.in_double_precision = None if precision is None else choice(precision, PRECISIONS, "precision")
     return result

@@ -32,11 +32,11 @@ def fields_of(model):
 
 @pytest.mark.parametrize("kinds", [("tetra", "hexahedron"), ("hexahedron", "tetra")])
 @pytest.mark.parametrize("outside, shift", [("error", 0.001), ("default", 0.04), ("propagate", 0.04)])
-@pytest.mark.parametrize("rules", [True, False])
+@pytest.mark.parametrize("rules", [{"as_exported": True}, {"precision": "single"}])
 def test_values_at_nodes(exported, kinds, outside, shift, rules):
     theirs_source, source = both(kinds[0], 5)
     theirs_target, target = both(kinds[1], 4, 0.998, shift)
-    the_map = veltrane.Map(source, target, outside=outside, default=20, as_exported=rules)
+    the_map = veltrane.Map(source, target, outside=outside, default=20, **rules)
     for values in fields_of(theirs_source):
         code, message, expected = exported.transfer(
             {"error": 0, "default": 1, "propagate": 2}[outside], 20, theirs_source, values, theirs_target,

@@ -153,7 +153,9 @@ def test_what_is_farther_than_a_cell_is_long_is_far(cube):
     assert np.array_equal(limited.far, points[:, 0] == 1.0)
     assert np.array_equal(limited.near, points[:, 0] == 0.75)
     assert veltrane.Map(cube, moved, near_limit=1.0, **wide).near.sum() == 50
-    assert veltrane.Map(cube, moved, as_exported=True, **wide).near.sum() == 50
+    beside = {"target": [[0.5, 0.5, 0.5], [1.3, 0.5, 0.5]], "points_near": True, **wide}
+    assert veltrane.Map(cube, **beside).far.tolist() == [False, True]
+    assert veltrane.Map(cube, **beside, as_exported=True).near.tolist() == [False, True]
 
 
 def test_outside(cube):
@@ -221,6 +223,17 @@ def test_matrix_is_the_map(cube, the_map):
     assert np.allclose(matrix @ values, the_map.apply(values), atol=1e-5)
     weights = np.arange(200.0)
     assert np.allclose(matrix.T @ weights, the_map.apply_transposed(weights), atol=1e-9)
+
+
+def test_precision(cube, points):
+    values = values_of(cube)
+    exact = meshes.linear(points)
+    errors = [np.abs(veltrane.Map(cube, points, **one).apply(values) - exact).max()
+              for one in ({}, {"precision": "double"}, {"precision": "single"}, {"as_exported": True})]  # fmt: skip
+    assert errors[0] == errors[1] < 1e-12
+    assert 1e-8 < errors[2] == errors[3] < 1e-5
+    with pytest.raises(veltrane.InvalidOptionError, match="'half' is none of 'double', 'single'"):
+        veltrane.Map(cube, points, precision="half")
 
 
 def test_far_from_the_origin_in_double_precision(cube, the_map, points):
