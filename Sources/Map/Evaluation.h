@@ -21,14 +21,16 @@ using WeightedNodes = WeightedNodesOf<float>;
 
 /// `NbTogether` components in a row at one point: weighted sums in node order. `source` holds their values at node 0;
 /// a node's values are `stride` after those of the node before it. Where all source values are known to be defined,
-/// they are not looked at. All is computed in the precision of the weights.
-template <int NbTogether, bool mayBeUndefined, class SourceValue, class TargetValue, class Weight>
+/// they are not looked at. All is computed in the precision of the weights. A count of nodes that is known beforehand
+/// may be given.
+template <int NbTogether, bool mayBeUndefined, int knownCount = 0, class SourceValue, class TargetValue, class Weight>
 inline void interpolateTogether(const SourceValue* source, TargetValue* target, int stride,
                                 const WeightedNodesOf<Weight>& at)
 {
     Weight sums[NbTogether]{};
     bool areUndefined[NbTogether]{};
-    for (int i = 0; i < at.count; ++i)
+    const int count = knownCount > 0 ? knownCount : at.count;
+    for (int i = 0; i < count; ++i)
     {
         const SourceValue* values = source + static_cast<std::int64_t>(at.nodes[i]) * stride;
         for (int c = 0; c < NbTogether; ++c)

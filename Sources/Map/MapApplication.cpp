@@ -375,8 +375,14 @@ void MapApplication<Real>::evaluatePiece(const Group<Real>& group, std::int64_t 
                 prefetchRow(row, values, nbLanes);
             }
             areAllMapped &= itsTable.hasWeights(row);
-            interpolateTogether<nbLanes, mayBeUndefined>(values, block.data() + (row - first) * nbLanes, nbLanes,
-                                                         itsTable.template weightsOf<Real>(row));
+            const auto at = itsTable.template weightsOf<Real>(row);
+            Real* sums = block.data() + (row - first) * nbLanes;
+            switch (at.count)
+            {
+            case 4: interpolateTogether<nbLanes, mayBeUndefined, 4>(values, sums, nbLanes, at); break;
+            case 8: interpolateTogether<nbLanes, mayBeUndefined, 8>(values, sums, nbLanes, at); break;
+            default: interpolateTogether<nbLanes, mayBeUndefined>(values, sums, nbLanes, at);
+            }
         }
         for (int lane = 0; lane < group.nbColumns; ++lane)
         {

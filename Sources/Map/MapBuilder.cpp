@@ -674,7 +674,9 @@ MapFailure MapBuilder::finish()
 bool MapBuilder::allocateWeights()
 {
     const int* types = itsSource.itsEltTypes;
-    const bool hasOneKind = std::all_of(types, types + itsSource.itsNbElts, [&](int type) { return type == types[0]; });
+    const int nbElts = itsSource.itsNbElts;
+    const bool hasOneKind =
+        nbElts > 0 && std::all_of(types, types + nbElts, [&](int type) { return type == types[0]; });
     const int nbNodesOfAll = hasOneKind ? itsSource.nbNodesOfElt(0) : 0;
     std::int64_t nbWeights = 0;
     float nbIterations = 0.0F;
