@@ -260,9 +260,9 @@ void MappingClass::nodeFieldsPropagation()
                 const auto indexOf = [&](int node)
                 { return static_cast<std::int64_t>(node) * field.itsNbComponents + component; };
                 spreadMean<float>([&](auto visit) { forEachNode(false, visit); },
-                           [&](auto visit) { forEachNode(true, visit); }, front.nbFilled,
-                           [&](int node) { return field.value(indexOf(node)); },
-                           [&](int node, float mean) { field.setValue(indexOf(node), mean); });
+                                  [&](auto visit) { forEachNode(true, visit); }, front.nbFilled,
+                                  [&](int node) { return field.value(indexOf(node)); },
+                                  [&](int node, float mean) { field.setValue(indexOf(node), mean); });
             }
         }
     };
