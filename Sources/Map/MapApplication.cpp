@@ -1,16 +1,16 @@
 // The application of a map: weighted sums of source values, and what becomes of far locations.
 //
 // The values of as many fields as go together are first copied side by side, in the precision of the map, so that a
-// node's values come with one access; on the way it is seen whether any of them is undefined. Sums are those of
-// Evaluation.h.
+// node's values come with one access, unless they stand like that; on the way it is seen whether any is undefined. Sums
+// are those of Evaluation.h.
 #include "GaussPointAveraging.h"
 #include "Propagation.h"
 #include "TransferMap.h"
+#include "ValueLanes.h"
 
 #include "../Search/Prefetch.h"
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <bit>
 #include <memory>
@@ -19,28 +19,8 @@ namespace
 {
 constexpr Stage applicationStage{"Computation", 0, 100};
 
-/// Most components that are evaluated together.
-constexpr int maxNbLanes = 8;
 /// Rows that are evaluated before their values are written field by field.
 constexpr std::int64_t blockSize = 128;
-
-/// One component of one field.
-template <class Real> struct Column
-{
-    const MapField* field = nullptr;
-    const Real* nodeAverages = nullptr; ///< of a field at Gauss points
-    int component = 0;
-};
-
-/// Components that are evaluated together: those of fields at one kind of target location.
-template <class Real> struct Group
-{
-    std::array<Column<Real>, maxNbLanes> columns;
-    int nbColumns = 0;
-
-    /// Columns per node in the copy; those that no component fills are 0.
-    int nbLanes() const { return static_cast<int>(std::bit_ceil(static_cast<unsigned>(nbColumns))); }
-};
 
 /// Reads and writes a target value in the precision of the map.
 template <class Real> Real targetValue(const MapField& field, std::int64_t index)
@@ -66,42 +46,6 @@ bool existsOn(const MapField& field, int matlStateClass)
     return !(field.isClassOneOnly && matlStateClass == 2);
 }
 
-/// Copies `nbNodes` values of one source array into a lane; true if one of them is undefined.
-template <class Value, class Real>
-bool copyLane(const Value* source, int stride, Real* lane, int nbLanes, std::int64_t nbNodes)
-{
-    bool isUndefined = false;
-    for (std::int64_t node = 0; node < nbNodes; ++node)
-    {
-        const auto value = static_cast<Real>(source[node * stride]);
-        isUndefined |= value <= Real{undefinedBelow};
-        lane[node * nbLanes] = value;
-    }
-    return isUndefined;
-}
-
-template <class Real>
-bool copyColumn(const Column<Real>& column, Real* lane, int nbLanes, std::int64_t first, std::int64_t end)
-{
-    const MapField& field = *column.field;
-    const int stride = field.nbComponents;
-    const std::int64_t offset = first * stride + column.component;
-    if (column.nodeAverages != nullptr)
-    {
-        return copyLane(column.nodeAverages + offset, stride, lane, nbLanes, end - first);
-    }
-    return field.sourceFloats != nullptr ? copyLane(field.sourceFloats + offset, stride, lane, nbLanes, end - first)
-                                         : copyLane(field.sourceDoubles + offset, stride, lane, nbLanes, end - first);
-}
-
-template <class Value, class Real>
-void writeLane(Value* target, int stride, const Real* values, int nbLanes, std::int64_t nbRows)
-{
-    for (std::int64_t row = 0; row < nbRows; ++row)
-    {
-        target[row * stride] = static_cast<Value>(values[row * nbLanes]);
-    }
-}
 } // namespace
 
 /// An application in the precision of `Real`.
@@ -152,12 +96,12 @@ private:
     bool applyGroup(const Group<Real>& group, Location location);
     template <int nbLanes>
     bool evaluate(const Group<Real>& group, Location location, const Real* values, bool areDefined);
-    template <int nbLanes, bool mayBeUndefined>
+    template <int nbLanes, bool mayBeUndefined, int knownCount>
     void evaluatePiece(const Group<Real>& group, std::int64_t firstRow, std::int64_t end, std::int64_t base,
                        const Real* values) const;
     void writeBlock(const Column<Real>& column, const Real* values, int nbLanes, std::int64_t firstRow,
                     std::int64_t end, std::int64_t base, bool areAllMapped) const;
-    void prefetchRow(std::int64_t row, const Real* values, int nbLanes) const;
+    template <int knownCount> void prefetchRow(std::int64_t row, const Real* values, int nbLanes) const;
     void fillFar(Location location) const;
     void propagateFields() const;
     void fillRow(const MapField& field, std::int64_t index, Real value) const;
@@ -295,38 +239,28 @@ template <class Real> bool MapApplication<Real>::applyTo(Location location)
 
 template <class Real> bool MapApplication<Real>::applyGroup(const Group<Real>& group, Location location)
 {
-    const std::int64_t nbNodes = itsMap.itsNbSourceNodes;
     const int nbLanes = group.nbLanes();
-    Real* values = itsWorkspace + averagesSize(itsMap, itsFields);
+    const Real* inPlace = valuesInPlace(group);
+    Real* copy = itsWorkspace + averagesSize(itsMap, itsFields);
     std::atomic<bool> isUndefined = false;
-    const Pieces pieces = piecesFor(itsWorkers, nbNodes);
-    const auto copyPiece = [&](std::int64_t piece, int)
+    const Pieces pieces = piecesFor(itsWorkers, itsMap.itsNbSourceNodes);
+    const auto preparePiece = [&](std::int64_t piece, int)
     {
-        constexpr std::int64_t cachedNodes = 512;
-        for (std::int64_t first = pieces.first(piece); first < pieces.end(piece); first += cachedNodes)
+        const std::int64_t first = pieces.first(piece);
+        const std::int64_t end = pieces.end(piece);
+        const bool isPieceUndefined = inPlace != nullptr
+                                          ? areUndefined(inPlace + first * nbLanes, inPlace + end * nbLanes)
+                                          : copySideBySide(group, first, end, copy);
+        if (isPieceUndefined)
         {
-            const std::int64_t end = std::min(first + cachedNodes, pieces.end(piece));
-            Real* lanes = values + first * nbLanes;
-            for (int lane = 0; lane < nbLanes; ++lane)
-            {
-                if (lane >= group.nbColumns)
-                {
-                    for (std::int64_t node = first; node < end; ++node)
-                    {
-                        values[node * nbLanes + lane] = Real{0};
-                    }
-                }
-                else if (copyColumn(group.columns[static_cast<std::size_t>(lane)], lanes + lane, nbLanes, first, end))
-                {
-                    isUndefined.store(true, std::memory_order_relaxed);
-                }
-            }
+            isUndefined.store(true, std::memory_order_relaxed);
         }
     };
-    if (!itsWorkers.run(applicationStage, pieces.count(), copyPiece))
+    if (!itsWorkers.run(applicationStage, pieces.count(), preparePiece))
     {
         return false;
     }
+    const Real* values = inPlace != nullptr ? inPlace : copy;
     switch (nbLanes)
     {
     case 1: return evaluate<1>(group, location, values, !isUndefined);
@@ -346,20 +280,23 @@ bool MapApplication<Real>::evaluate(const Group<Real>& group, Location location,
     {
         const std::int64_t first = base + pieces.first(piece);
         const std::int64_t end = base + pieces.end(piece);
-        if (areDefined)
+        if (!areDefined)
         {
-            evaluatePiece<nbLanes, false>(group, first, end, base, values);
+            evaluatePiece<nbLanes, true, 0>(group, first, end, base, values);
+            return;
         }
-        else
+        switch (itsTable.commonCount)
         {
-            evaluatePiece<nbLanes, true>(group, first, end, base, values);
+        case 4: evaluatePiece<nbLanes, false, 4>(group, first, end, base, values); break;
+        case 8: evaluatePiece<nbLanes, false, 8>(group, first, end, base, values); break;
+        default: evaluatePiece<nbLanes, false, 0>(group, first, end, base, values);
         }
     };
     return itsWorkers.run(applicationStage, pieces.count(), evaluateRows);
 }
 
 template <class Real>
-template <int nbLanes, bool mayBeUndefined>
+template <int nbLanes, bool mayBeUndefined, int knownCount>
 void MapApplication<Real>::evaluatePiece(const Group<Real>& group, std::int64_t firstRow, std::int64_t end,
                                          std::int64_t base, const Real* values) const
 {
@@ -372,17 +309,12 @@ void MapApplication<Real>::evaluatePiece(const Group<Real>& group, std::int64_t 
         {
             if (itsMap.itsIsJumping)
             {
-                prefetchRow(row, values, nbLanes);
+                prefetchRow<knownCount>(row, values, nbLanes);
             }
-            areAllMapped &= itsTable.hasWeights(row);
-            const auto at = itsTable.template weightsOf<Real>(row);
-            Real* sums = block.data() + (row - first) * nbLanes;
-            switch (at.count)
-            {
-            case 4: interpolateTogether<nbLanes, mayBeUndefined, 4>(values, sums, nbLanes, at); break;
-            case 8: interpolateTogether<nbLanes, mayBeUndefined, 8>(values, sums, nbLanes, at); break;
-            default: interpolateTogether<nbLanes, mayBeUndefined>(values, sums, nbLanes, at);
-            }
+            areAllMapped &= knownCount > 0 || itsTable.hasWeights(row);
+            interpolateTogether<nbLanes, mayBeUndefined, knownCount>(
+                values, block.data() + (row - first) * nbLanes, nbLanes,
+                itsTable.template weightsOf<Real, knownCount>(row));
         }
         for (int lane = 0; lane < group.nbColumns; ++lane)
         {
@@ -393,14 +325,16 @@ void MapApplication<Real>::evaluatePiece(const Group<Real>& group, std::int64_t 
 }
 
 /// Asks for the values of a row that comes soon.
-template <class Real> void MapApplication<Real>::prefetchRow(std::int64_t row, const Real* values, int nbLanes) const
+template <class Real>
+template <int knownCount>
+void MapApplication<Real>::prefetchRow(std::int64_t row, const Real* values, int nbLanes) const
 {
     constexpr std::int64_t rowsAhead = 12;
     const std::int64_t ahead = row + rowsAhead;
     if (ahead < itsTable.nbRows())
     {
-        const auto at = itsTable.template weightsOf<Real>(ahead);
-        for (int i = 0; i < at.count; ++i)
+        const auto at = itsTable.template weightsOf<Real, knownCount>(ahead);
+        for (int i = 0; i < (knownCount > 0 ? knownCount : at.count); ++i)
         {
             prefetch(values + static_cast<std::int64_t>(at.nodes[i]) * nbLanes);
         }

@@ -696,6 +696,7 @@ bool MapBuilder::allocateWeights()
     itsMap.itsStatistics.meanIterations = nbIterations / static_cast<float>(nbPoints);
     itsIterations.release();
     itsTable.isDouble = itsSettings.isDouble;
+    itsTable.findCommonCount();
     return itsTable.allocateWeights(nbWeights);
 }
 

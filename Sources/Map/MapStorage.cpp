@@ -352,6 +352,7 @@ const char* TransferMap::restore(std::span<const std::byte> bytes)
     {
         return damaged;
     }
+    map.itsTable.findCommonCount();
     *this = std::move(map);
     return nullptr;
 }

@@ -35,6 +35,7 @@ struct MapTable
     OwnedArray<float> weights;             ///< in single precision, or
     OwnedArray<double> exactWeights;       ///< in double
     bool isDouble = false;                 ///< which of them
+    int commonCount = 0;                   ///< of weights in every row, if all have as many and any; else 0
 
     /// Set for locations whose material is of state class 2.
     static constexpr unsigned char classTwo = 8;
@@ -46,11 +47,11 @@ struct MapTable
     Finding finding(std::int64_t row) const { return static_cast<Finding>(findings[row] % classTwo); }
     int matlStateClass(std::int64_t row) const { return (findings[row] & classTwo) != 0 ? 2 : 1; }
     bool hasWeights(std::int64_t row) const { return finding(row) == Finding::inside || finding(row) == Finding::near; }
-    /// Of the precision that the table has.
-    template <class Weight = float> WeightedNodesOf<Weight> weightsOf(std::int64_t row) const
+    /// Of the precision that the table has; a common count that is known at compile time spares looking for the row.
+    template <class Weight = float, int knownCount = 0> WeightedNodesOf<Weight> weightsOf(std::int64_t row) const
     {
-        const std::int64_t first = firstWeights[row];
-        const auto count = static_cast<int>(firstWeights[row + 1] - first);
+        const std::int64_t first = knownCount > 0 ? row * knownCount : firstWeights[row];
+        const auto count = knownCount > 0 ? knownCount : static_cast<int>(firstWeights[row + 1] - first);
         if constexpr (std::same_as<Weight, double>)
         {
             return {nodes.get() + first, exactWeights.get() + first, count};
@@ -71,6 +72,16 @@ struct MapTable
         {
             use(weightsOf<float>(row));
         }
+    }
+    void findCommonCount()
+    {
+        const std::int64_t count = nbRows() > 0 ? firstWeights[1] : 0;
+        bool isCommon = count > 0;
+        for (std::int64_t row = 0; isCommon && row < nbRows(); ++row)
+        {
+            isCommon = firstWeights[row + 1] == (row + 1) * count;
+        }
+        commonCount = isCommon ? static_cast<int>(count) : 0;
     }
     bool allocateWeights(std::int64_t count)
     {
