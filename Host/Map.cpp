@@ -15,6 +15,7 @@
 #include <cstring>
 #include <fstream>
 #include <limits>
+#include <random>
 #include <utility>
 
 namespace veltrane
@@ -486,12 +487,27 @@ Map Map::fromBytes(std::span<const std::byte> bytes)
 void Map::save(const std::filesystem::path& path) const
 {
     const std::vector<std::byte> content = bytes();
-    std::ofstream file(path, std::ios::binary);
+    // Beside it first, so that a map that is there stays whole if this one cannot be written. A link or a device is
+    // written to as it is.
+    const std::filesystem::file_type present = std::filesystem::symlink_status(path).type();
+    const bool isReplaced =
+        present == std::filesystem::file_type::regular || present == std::filesystem::file_type::not_found;
+    const std::filesystem::path written =
+        isReplaced ? path.parent_path() / text(".", path.filename().string(), ".", std::random_device()(), ".part")
+                   : path;
+    std::ofstream file(written, std::ios::binary);
     file.write(reinterpret_cast<const char*>(content.data()), static_cast<std::streamsize>(content.size()));
     file.close();
-    if (!file)
+    std::error_code failure(file ? 0 : errno, std::generic_category());
+    if (isReplaced && !failure)
     {
-        throw Error(text("cannot write '", path.string(), "': ", std::strerror(errno)));
+        std::filesystem::rename(written, path, failure);
+    }
+    if (failure)
+    {
+        std::error_code ignored;
+        std::filesystem::remove(isReplaced ? written : std::filesystem::path(), ignored);
+        throw Error(text("cannot write '", path.string(), "': ", failure.message()));
     }
 }
 

@@ -173,8 +173,8 @@ public:
     /// Source elements that were left out for some point, from 0.
     std::vector<int> singularElements() const;
 
-    /// Writes the map to a file, and reads it back. save() throws Error if it cannot be written, load() if there is no
-    /// such file, or it is not a whole map of this version.
+    /// Writes the map to a file, and reads it back. save() throws Error if it cannot be written, and a file that was
+    /// there stays as it was; load() throws Error if there is no such file, or it is not a whole map of this version.
     void save(const std::filesystem::path& path) const;
     static Map load(const std::filesystem::path& path);
     /// Bytes of such a file, for whoever keeps them elsewhere.

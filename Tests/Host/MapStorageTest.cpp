@@ -7,8 +7,11 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstring>
+#include <filesystem>
 #include <malloc.h>
+#include <sys/resource.h>
 
 namespace
 {
@@ -221,6 +224,23 @@ TEST_F(StoredMaps, NameTheFileThatCannotBeReadOrWritten)
     const auto inNoFolder = directory / "nowhere/map";
     EXPECT_EQ(messageOf([&] { map.save(inNoFolder); }),
               "cannot write '" + inNoFolder.string() + "': No such file or directory");
+}
+
+TEST_F(StoredMaps, StayWholeWhereTheNextOneCannotBeWritten)
+{
+    const TemporaryDirectory directory;
+    map.save(directory / "map");
+    // No file may grow beyond a few bytes, as on a full disk.
+    const auto formerHandler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit former{};
+    getrlimit(RLIMIT_FSIZE, &former);
+    const rlimit small{100, former.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    EXPECT_THROW(map.save(directory / "map"), veltrane::Error);
+    setrlimit(RLIMIT_FSIZE, &former);
+    std::signal(SIGXFSZ, formerHandler);
+    EXPECT_EQ(Map::load(directory / "map").bytes(), bytes);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory.path()), {}), 1);
 }
 
 TEST_F(StoredMaps, OfNodesAloneStillTakeNothingFromSourceGaussPoints)
