@@ -41,12 +41,9 @@ public:
     Expression& operator=(const Expression&) = delete;
 
     /// One value per component.
-    std::span<const double> at(std::span<const float, 3> position)
+    std::span<const double> at(const std::array<double, 3>& position)
     {
-        for (std::size_t axis = 0; axis < 3; ++axis)
-        {
-            position_[axis] = double{position[axis]};
-        }
+        position_ = position;
         int count = 0;
         const double* values = parser_.Eval(count);
         return {values, static_cast<std::size_t>(count)};
@@ -56,6 +53,19 @@ private:
     std::array<double, 3> position_{};
     mu::Parser parser_;
 };
+
+/// As exact as the file has it.
+std::array<double, 3> positionOf(const Mesh& mesh, int node)
+{
+    const std::size_t first = 3 * static_cast<std::size_t>(node);
+    std::array<double, 3> position{};
+    for (std::size_t axis = 0; axis < 3; ++axis)
+    {
+        position[axis] = mesh.exactCoordinates().empty() ? double{mesh.coordinates()[first + axis]}
+                                                         : mesh.exactCoordinates()[first + axis];
+    }
+    return position;
+}
 
 } // namespace
 
@@ -79,7 +89,7 @@ Field Formula::at(const Mesh& mesh) const
         std::size_t componentCount = 1;
         for (int node = 0; node < mesh.nodeCount(); ++node)
         {
-            const std::span<const double> components = parsed.at(mesh.nodePosition(node));
+            const std::span<const double> components = parsed.at(positionOf(mesh, node));
             componentCount = components.size();
             values.insert(values.end(), components.begin(), components.end());
         }
