@@ -93,6 +93,10 @@ void printSteps(std::ostream& stream, const std::vector<double>& times)
 void printFile(std::ostream& stream, const std::string& file, const FileContents& contents)
 {
     printLine(stream, "file", file);
+    if (!contents.format.empty())
+    {
+        printLine(stream, "format", contents.format);
+    }
     printLine(stream, "points", std::to_string(contents.pointCount));
     printLine(stream, "cells", contents.cells.empty() ? "none" : cellText(contents));
     for (std::size_t axis = 0; axis < 3 && contents.pointCount > 0; ++axis)
@@ -106,6 +110,10 @@ void printFile(std::ostream& stream, const std::string& file, const FileContents
         printLine(stream, "materials", text("numbered by '", *contents.materialArray, "'"));
     }
     printSteps(stream, contents.stepTimes);
+    for (const std::string& item : contents.leftOut)
+    {
+        printLine(stream, &item == &contents.leftOut.front() ? "left out" : "", item);
+    }
     printArrays(stream, contents);
 }
 
@@ -142,7 +150,7 @@ void printCollection(std::ostream& stream, const std::string& file, const Collec
 
 void print(std::ostream& stream, const std::string& file)
 {
-    if (formatOf(file) == FileFormat::collection)
+    if (isCollection(formatOf(file)))
     {
         const CollectionContents contents = readCollectionContents(file);
         throwIfInterrupted();

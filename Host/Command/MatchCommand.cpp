@@ -131,14 +131,14 @@ MatchTable matchExplainingFailures(const Sort& sort, const MeshFile& source, con
 
 ExitStatus run(const Sort& sort, const MeshPairArguments& files)
 {
-    const std::optional<FileFormat> format = files.outputFormat();
-    if (format != FileFormat::table && !isMeshOutput(format))
+    const FileFormat* format = files.outputFormat();
+    if (!isTable(format) && !isMeshOutput(format))
     {
-        throw InvalidOption(text("the output '", files.output, "' is not named .csv, ", meshOutputEndings));
+        throw InvalidOption(text("the output '", files.output, "' is not named .csv, ", endingsOf(isMeshOutput)));
     }
     if (files.replace && !isMeshOutput(format))
     {
-        throw InvalidOption(text("--replace has an effect only on an output named ", meshOutputEndings));
+        throw InvalidOption(text("--replace has an effect only on an output named ", endingsOf(isMeshOutput)));
     }
     files.checkCompression();
 
@@ -174,13 +174,13 @@ ExitStatus run(const Sort& sort, const MeshPairArguments& files)
     output.write(
         [&](const std::filesystem::path& path)
         {
-            if (format == FileFormat::table)
+            if (isTable(format))
             {
                 writeCsv(table, path);
             }
             else
             {
-                target.writeWith({}, table.arrays, path, files.writing());
+                files.warnOf(target.writeWith({}, table.arrays, path, files.writing()));
             }
         });
     progress.finish();
@@ -212,7 +212,7 @@ MatchCommand::MatchCommand(CLI::App& app)
              "A .vtu or .vtk output is the target with the point array source_node, 0 at nodes not to be matched.\n"
              "Nodes are the points of the files, counted from 1. Partners may be apart by a thousandth\n"
              "of the mean source cell. A node is of the material of the first cell that it is part of.\n\n",
-             meshFormatHelp, materialHelp, exitStatusHelp));
+             meshFormatHelp(), materialHelp, exitStatusHelp));
 
     gaussPoints_.files.keepsRepeatedNodes = true; // Gauss points are those of the cells as they are given
     addOptions(gaussPoints_, gaussPointSort().points,
@@ -227,7 +227,7 @@ MatchCommand::MatchCommand(CLI::App& app)
         "component per Gauss point; they are 0 where nothing was to be matched or there is no Gauss point.\n"
         "Elements are the cells of the files, counted from 1, and Gauss points count from 1 in each of them.\n"
         "Surface cells are left out. Partners may be apart by a thousandth of the mean source cell.\n\n",
-        meshFormatHelp, materialHelp, exitStatusHelp));
+        meshFormatHelp(), materialHelp, exitStatusHelp));
 }
 
 void MatchCommand::addOptions(Request& request, std::string_view points, const std::string& toleranceHelp)

@@ -1,7 +1,7 @@
 #include "MeshPair.h"
 
 #include "ElementChecks.h"
-#include "FileFormat.h"
+#include "FormatList.h"
 #include "Interruption.h"
 #include "Report.h"
 #include "Text.h"
@@ -41,6 +41,23 @@ MeshFile read(const std::string& path, const MeshReading& reading)
 }
 
 } // namespace
+
+std::string meshFormatHelp()
+{
+    constexpr std::size_t width = 100;
+    const std::string words =
+        text("The ending tells the format of a mesh file; of one with several steps it is the last step. Read: ",
+             endingsOf(isMeshInput), ". Written: ", endingsOf(isMeshOutput), ".");
+    std::string lines;
+    std::size_t begin = 0;
+    while (words.size() - begin > width)
+    {
+        const std::size_t end = words.rfind(' ', begin + width);
+        lines += words.substr(begin, end - begin) + '\n';
+        begin = end + 1;
+    }
+    return lines + words.substr(begin) + "\n\n";
+}
 
 std::string namesOf(const std::vector<Material>& materials)
 {
@@ -105,10 +122,18 @@ FileWriting MeshPairArguments::writing() const
 
 void MeshPairArguments::checkCompression() const
 {
-    const std::optional<FileFormat> format = outputFormat();
-    if (!compression.empty() && (format == FileFormat::table || format == FileFormat::legacyUnstructuredGrid))
+    const FileFormat* format = outputFormat();
+    if (!compression.empty() && format != nullptr && !isCollection(format) && !format->isCompressed)
     {
         throw InvalidOption(text("--compression has no effect on the output '", output, "', only on .vtu and .vtp"));
+    }
+}
+
+void MeshPairArguments::warnOf(const LeftOut& leftOut) const
+{
+    if (!leftOut.empty())
+    {
+        warn(text("the output '", output, "' cannot hold ", joined(leftOut)), "left out of the output");
     }
 }
 
@@ -127,7 +152,7 @@ OutputFile MeshPairArguments::openOutput() const
     return OutputFile(output, inputs);
 }
 
-std::optional<FileFormat> MeshPairArguments::outputFormat() const
+const FileFormat* MeshPairArguments::outputFormat() const
 {
     return formatOf(isOutputStandard() ? "-" + streamEnding : output);
 }
@@ -152,7 +177,7 @@ MeshFile MeshPairArguments::readSource(bool cellsAsNodes, const Placement& place
 
 std::shared_ptr<VtuAhead> MeshPairArguments::readTargetAhead() const
 {
-    return formatOf(target) == FileFormat::unstructuredGrid ? std::make_shared<VtuAhead>(target, threads) : nullptr;
+    return formatOf(target) == &formats::unstructuredGrid ? std::make_shared<VtuAhead>(target, threads) : nullptr;
 }
 
 MeshFile MeshPairArguments::readTarget(MeshRole role, std::shared_ptr<VtuAhead> ahead) const

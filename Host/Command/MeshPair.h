@@ -97,13 +97,16 @@ struct MeshPairArguments
     OutputFile openOutput() const;
 
     bool isOutputStandard() const { return output == standardStream; }
-    std::optional<FileFormat> outputFormat() const;
+    const FileFormat* outputFormat() const;
 
     /// Where results are told: standard output, unless it takes the output itself.
     std::ostream& summaryStream() const;
 
     /// How the output is to be written.
     FileWriting writing() const;
+
+    /// Warns of what the output's format cannot hold.
+    void warnOf(const LeftOut& leftOut) const;
 
     /// Throws InvalidOption if the output is of a format that --compression has no effect on.
     void checkCompression() const;
@@ -124,9 +127,7 @@ struct MeshPairArguments
 };
 
 /// For the help texts of these commands.
-inline constexpr const char* meshFormatHelp =
-    "Mesh files are VTK's unstructured grids (.vtu, .vtk, .pvtu) and Exodus files (.e, .exo, .ex2; their\n"
-    "last step); .vtu and .vtk are written. The ending tells the format.\n\n";
+std::string meshFormatHelp();
 inline constexpr const char* materialHelp =
     "Cells of source and target correspond only within materials of the same number, if both\n"
     "files have a cell-data array 'material' (or MaterialIds, part, PartId, gmsh:physical ...; an\n"

@@ -79,7 +79,7 @@ SampleCommand::SampleCommand(CLI::App& app)
              "The array vtkValidPointMask of the output is 1 in an element of the source, 3 near one, whose values\n"
              "are taken (--near), -1 where the values are default values, and 0 at points that are not mapped, which\n"
              "hold the default value.\n\n",
-             meshFormatHelp, seriesHelp, exitStatusHelp));
+             meshFormatHelp(), seriesHelp, exitStatusHelp));
 }
 
 void SampleCommand::checkOutput(bool isCollection) const
@@ -90,7 +90,7 @@ void SampleCommand::checkOutput(bool isCollection) const
     }
     else if (!isPointOutput(files_.outputFormat()))
     {
-        throw InvalidOption(text("the output '", files_.output, "' is not named ", pointOutputEndings));
+        throw InvalidOption(text("the output '", files_.output, "' is not named ", endingsOf(isPointOutput)));
     }
     files_.checkCompression();
 }
@@ -107,7 +107,7 @@ ExitStatus SampleCommand::run() const
     {
         standardInput(); // before there are processes, of which each would read a part of it
     }
-    checkOutput(files_.outputFormat() == FileFormat::collection);
+    checkOutput(isCollectionOutput(files_.outputFormat()));
     return runSteps(series_, files_, partEnding(files_.target),
                     [&](const MeshPairArguments& files, MapCache& maps) { return sampleOne(files, maps); });
 }
@@ -163,9 +163,9 @@ ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files, MapCache& ma
     const IntegerArray mask = validPointMask(result.findings, options.mode);
     completeForOutput(result, options, arguments_.writesDistances);
     std::vector<PendingOutput> outputs;
-    outputs.push_back(
-        output.prepare([&](const std::filesystem::path& path)
-                       { points.writeWith(result.fields, mask.name, mask.values, path, files.writing()); }));
+    outputs.push_back(output.prepare(
+        [&](const std::filesystem::path& path)
+        { files.warnOf(points.writeWith(result.fields, mask.name, mask.values, path, files.writing())); }));
 
     const TransferRecord record{source, fields, &points, result, options, progress.times(), placement_.placement()};
     recordFiles.prepare(record, progress, outputs);

@@ -284,13 +284,13 @@ ExitStatus runSeries(const std::vector<Step>& steps, int jobs, const std::filesy
 ExitStatus runSteps(const SeriesArguments& series, const MeshPairArguments& files, const std::string& partEnding,
                     const std::function<ExitStatus(const MeshPairArguments&, MapCache&)>& work)
 {
-    const bool isCollection = formatOf(files.output) == FileFormat::collection;
+    const bool isSeries = isCollectionOutput(formatOf(files.output));
     MapCache maps;
-    if (!isCollection && series.jobs > 1)
+    if (!isSeries && series.jobs > 1)
     {
         throw InvalidOption("--jobs has an effect only if the output is a collection, named .pvd");
     }
-    if (!isCollection && series.steps.empty() && formatOf(files.source) != FileFormat::collection)
+    if (!isSeries && series.steps.empty() && !isCollection(formatOf(files.source)))
     {
         return work(files, maps);
     }
@@ -302,8 +302,8 @@ ExitStatus runSteps(const SeriesArguments& series, const MeshPairArguments& file
         ofStep.output = output;
         return ofStep;
     };
-    const std::vector<Step> steps = series.select(files.source, isCollection);
-    if (!isCollection)
+    const std::vector<Step> steps = series.select(files.source, isSeries);
+    if (!isSeries)
     {
         return work(filesOf(steps.front(), files.output), maps);
     }

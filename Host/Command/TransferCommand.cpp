@@ -41,17 +41,17 @@ TransferCommand::TransferCommand(CLI::App& app)
     command_->footer(
         text("Example:\n"
              "  veltrane transfer thermal.vtu structure.vtu -o loaded.vtu --field temperature --outside propagate\n\n",
-             meshFormatHelp, seriesHelp, materialHelp, validPointMaskHelp, exitStatusHelp));
+             meshFormatHelp(), seriesHelp, materialHelp, validPointMaskHelp, exitStatusHelp));
 }
 
 void TransferCommand::checkOptions(bool isCollection) const
 {
-    const std::optional<FileFormat> format = files_.outputFormat();
+    const FileFormat* format = files_.outputFormat();
     if (!isCollection && !isMeshOutput(format))
     {
-        throw InvalidOption(text("the output '", files_.output, "' is not named ", meshOutputEndings));
+        throw InvalidOption(text("the output '", files_.output, "' is not named ", endingsOf(isMeshOutput)));
     }
-    if (arguments_.atGaussPoints && format == FileFormat::legacyUnstructuredGrid)
+    if (arguments_.atGaussPoints && !isCollection && !format->writes.gaussFields)
     {
         throw InvalidOption(text("the output '", files_.output, "' of --gauss is not named .vtu"));
     }
@@ -68,7 +68,7 @@ void TransferCommand::checkOptions(bool isCollection) const
 
 ExitStatus TransferCommand::run() const
 {
-    checkOptions(files_.outputFormat() == FileFormat::collection);
+    checkOptions(isCollectionOutput(files_.outputFormat()));
     arguments_.options(!files_.materials.states.empty()); // each step would find the same fault
     placement_.placement();
     return runSteps(series_, files_, ".vtu",
@@ -130,8 +130,9 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
     }
     completeForOutput(result, options, arguments_.writesDistances);
     std::vector<PendingOutput> outputs;
-    outputs.push_back(output.prepare([&](const std::filesystem::path& path)
-                                     { target.writeWith(result.fields, arrays, path, files.writing()); }));
+    outputs.push_back(
+        output.prepare([&](const std::filesystem::path& path)
+                       { files.warnOf(target.writeWith(result.fields, arrays, path, files.writing())); }));
 
     const TransferRecord record{source, fields, &target, result, options, progress.times(), placement_.placement()};
     recordFiles.prepare(record, progress, outputs);

@@ -77,12 +77,13 @@ bool haveSameArrays(vtkPointSet& first, vtkPointSet& second)
 CollectionContents readCollectionContents(const std::filesystem::path& path)
 {
     const std::vector<Step> steps = readSteps(path);
-    const vtkSmartPointer<vtkPointSet> first = readPoints(steps.front().file, 0);
+    const FileData firstData = readPoints(steps.front().file, 0);
+    const vtkSmartPointer<vtkPointSet> first = firstData.dataSet;
     CollectionContents contents{
-        .steps = steps, .first = describeContents(*first, steps.front().file), .otherMeshes = {}, .otherArrays = {}};
+        .steps = steps, .first = describeContents(firstData, steps.front().file), .otherMeshes = {}, .otherArrays = {}};
     for (std::size_t i = 1; i < steps.size(); ++i)
     {
-        const vtkSmartPointer<vtkPointSet> other = readPoints(steps[i].file, 0);
+        const vtkSmartPointer<vtkPointSet> other = readPoints(steps[i].file, 0).dataSet;
         checkTupleCounts(*other, steps[i].file);
         if (!haveSamePoints(*first, *other) || !haveSameCells(*first, *other))
         {

@@ -1,30 +1,17 @@
 #include "DataSetReader.h"
 
-#include "AppendedData.h"
-#include "ExodusReader.h"
-#include "FileFormat.h"
-#include "LegacyScanner.h"
-#include "LegacyStructure.h"
+#include "Collection.h"
+#include "FormatList.h"
 #include "PointTable.h"
 #include "ReadingGuard.h"
 #include "TableText.h"
 #include "Text.h"
-#include "VtkMessages.h"
 #include "VtuAhead.h"
 #include "VtuFile.h"
-#include "XmlStructure.h"
 
-#include <vtkNew.h>
 #include <vtkPolyData.h>
-#include <vtkPolyDataReader.h>
 #include <vtkUnsignedCharArray.h>
 #include <vtkUnstructuredGrid.h>
-#include <vtkUnstructuredGridReader.h>
-#include <vtkXMLDataElement.h>
-#include <vtkXMLDataParser.h>
-#include <vtkXMLPUnstructuredGridReader.h>
-#include <vtkXMLPolyDataReader.h>
-#include <vtkXMLUnstructuredGridReader.h>
 
 #include <cerrno>
 #include <cstring>
@@ -37,81 +24,6 @@ namespace veltrane
 {
 namespace
 {
-
-void throwIfFailed(const VtkMessages& messages, unsigned long errorCode, const std::filesystem::path& path)
-{
-    if (const auto reason = messages.failureReason(errorCode))
-    {
-        throw BadFile(text("cannot read ", quoted(path), ": ", *reason));
-    }
-}
-
-template <typename Reader> auto readXml(const std::filesystem::path& path)
-{
-    const VtkMessages messages;
-    vtkNew<Reader> reader;
-    reader->SetFileName(path.c_str());
-    reader->UpdateInformation();
-    vtkXMLDataParser* parser = reader->GetXMLParser();
-    if (parser != nullptr && parser->GetRootElement() != nullptr)
-    {
-        checkStructure(*parser->GetRootElement(), path);
-        checkAppendedData(*parser, path);
-    }
-    throwIfFailed(messages, reader->GetErrorCode(), path);
-    reader->Update();
-    throwIfFailed(messages, reader->GetErrorCode(), path);
-    return vtkSmartPointer(reader->GetOutput());
-}
-
-template <typename Reader> auto readLegacy(const std::filesystem::path& path)
-{
-    checkLegacyStructure(path);
-    const VtkMessages messages;
-    vtkNew<Reader> reader;
-    reader->SetFileName(path.c_str());
-    // Of each sort the reader takes but the first one unless told otherwise.
-    reader->ReadAllScalarsOn();
-    reader->ReadAllVectorsOn();
-    reader->ReadAllNormalsOn();
-    reader->ReadAllTensorsOn();
-    reader->ReadAllColorScalarsOn();
-    reader->ReadAllTCoordsOn();
-    reader->ReadAllFieldsOn();
-    reader->Update();
-    throwIfFailed(messages, reader->GetErrorCode(), path);
-    return vtkSmartPointer(reader->GetOutput());
-}
-
-/// Whether a legacy file has points with lines and polygons instead of cells of all sorts.
-bool isLegacyPolyData(const std::filesystem::path& path)
-{
-    try
-    {
-        LegacyScanner scanner(path);
-        return scanner.keyword() == "dataset" && scanner.keyword() == "polydata";
-    }
-    catch (const LegacyScanner::Lost&)
-    {
-        return false;
-    }
-}
-
-std::optional<FileFormat> checkedFormat(const std::filesystem::path& path, bool (*isWanted)(std::optional<FileFormat>),
-                                        std::string_view what, std::string_view endings)
-{
-    if (path == standardStream)
-    {
-        throw NoInput("a mesh cannot come from standard input, only the points of sample, as a table");
-    }
-    checkReadable(path);
-    const std::optional<FileFormat> format = formatOf(path);
-    if (!isWanted(format))
-    {
-        throw BadFile(text(quoted(path), " is not named as a ", what, " file is: ", endings));
-    }
-    return format;
-}
 
 [[noreturn]] void throwTooLarge(const std::filesystem::path& path)
 {
@@ -142,16 +54,24 @@ template <typename Function> auto guarded(const std::filesystem::path& path, con
     return throwingTooLarge(path, function);
 }
 
-vtkSmartPointer<vtkUnstructuredGrid> readByVtk(const std::filesystem::path& path, FileFormat format,
-                                               std::optional<int> step)
+const FileFormat& checkedFormat(const std::filesystem::path& path, bool (*isWanted)(const FileFormat*),
+                                std::string_view what)
 {
-    switch (format)
+    if (path == standardStream)
     {
-    case FileFormat::legacyUnstructuredGrid: return readLegacy<vtkUnstructuredGridReader>(path);
-    case FileFormat::parallelUnstructuredGrid: return readXml<vtkXMLPUnstructuredGridReader>(path);
-    case FileFormat::exodus: return readExodus(path, step);
-    default: return readXml<vtkXMLUnstructuredGridReader>(path);
+        throw NoInput("a mesh cannot come from standard input, only the points of sample, as a table");
     }
+    const FileFormat* format = formatOf(path);
+    checkReadable(path, format != nullptr && format->mayBeEmpty);
+    if (format != nullptr && !format->refusal.empty())
+    {
+        throw BadFile(text("cannot read ", quoted(path), ": ", format->refusal));
+    }
+    if (!isWanted(format))
+    {
+        throw BadFile(text(quoted(path), " is not named as a ", what, " file is: ", endingsOf(isWanted)));
+    }
+    return *format;
 }
 
 } // namespace
@@ -166,7 +86,7 @@ void throwTwoArrays(const std::filesystem::path& path, std::string_view kind, st
     throw BadFile(text(quoted(path), " has two ", kind, "-data arrays of the name '", name, "'"));
 }
 
-void checkReadable(const std::filesystem::path& path)
+void checkReadable(const std::filesystem::path& path, bool mayBeEmpty)
 {
     std::error_code failure;
     const std::filesystem::file_status status = std::filesystem::status(path, failure);
@@ -190,60 +110,87 @@ void checkReadable(const std::filesystem::path& path)
     {
         throw NoInput(text("cannot open ", quoted(path), ": ", std::strerror(errno)));
     }
-    if (std::filesystem::file_size(path, failure) == 0)
+    if (!mayBeEmpty && std::filesystem::file_size(path, failure) == 0)
     {
         throw BadFile(text(quoted(path), " is empty"));
     }
 }
 
-MeshContents readMesh(const std::filesystem::path& path, std::optional<int> step, int threads, VtuAhead* ahead)
+MeshContents readMesh(const std::filesystem::path& path, const FileReading& reading, VtuAhead* ahead)
 {
-    const std::optional<FileFormat> format = checkedFormat(path, isMeshInput, "mesh", meshInputEndings);
-    if (format == FileFormat::unstructuredGrid)
+    const FileFormat& format = checkedFormat(path, isMeshInput, "mesh");
+    if (&format == &formats::unstructuredGrid)
     {
         auto contents =
-            throwingTooLarge(path, [&] { return ahead != nullptr ? ahead->take() : readVtu(path, threads); });
+            throwingTooLarge(path, [&] { return ahead != nullptr ? ahead->take() : readVtu(path, reading.threads); });
         if (contents)
         {
             return {std::move(contents->grid), std::move(contents->types), std::move(contents->cells)};
         }
     }
-    const vtkSmartPointer<vtkUnstructuredGrid> grid = guarded(path, [&] { return readByVtk(path, *format, step); });
-    return {grid, grid->GetCellTypesArray(), std::nullopt};
+    FileData data = guarded(path, [&] { return format.read(path, reading); });
+    const vtkSmartPointer<vtkUnstructuredGrid> grid = vtkUnstructuredGrid::SafeDownCast(data.dataSet);
+    if (grid == nullptr)
+    {
+        throw BadFile(text(quoted(path), " has points, lines and polygons, which are no mesh"));
+    }
+    return {grid, grid->GetCellTypesArray(), std::nullopt, std::move(data.leftOut)};
 }
 
-vtkSmartPointer<vtkPointSet> readPoints(const std::filesystem::path& path, int threads)
+FileData readPoints(const std::filesystem::path& path, int threads)
 {
     if (path == standardStream)
     {
-        return guarded(path, [&]() -> vtkSmartPointer<vtkPointSet> { return readPointTable(path); });
+        return guarded(path, [&] { return FileData{readPointTable(path)}; });
     }
-    const std::optional<FileFormat> format = checkedFormat(path, isPointInput, "point", pointInputEndings);
-    switch (*format)
+    const FileFormat& format = checkedFormat(path, isPointInput, "point");
+    const FileReading reading{.threads = threads};
+    if (&format != &formats::unstructuredGrid)
     {
-    case FileFormat::polyData: return guarded(path, [&] { return readXml<vtkXMLPolyDataReader>(path); });
-    case FileFormat::table: return guarded(path, [&] { return readPointTable(path); });
-    case FileFormat::legacyUnstructuredGrid:
-        if (isLegacyPolyData(path))
-        {
-            return guarded(path, [&] { return readLegacy<vtkPolyDataReader>(path); });
-        }
-        break;
-    default: break;
+        return guarded(path, [&] { return format.read(path, reading); });
     }
-    const MeshContents contents = readMesh(path, std::nullopt, threads, nullptr);
+    const MeshContents contents = readMesh(path, reading, nullptr);
     if (contents.cells)
     {
         setCells(*contents.grid, *contents.types, viewOf(*contents.cells));
     }
-    return contents.grid;
+    return {contents.grid};
 }
 
 std::vector<double> readStepTimes(const std::filesystem::path& path)
 {
-    checkReadable(path);
-    return formatOf(path) == FileFormat::exodus ? guarded(path, [&] { return readExodusTimes(path); })
-                                                : std::vector<double>();
+    const FileFormat* format = formatOf(path);
+    checkReadable(path, format != nullptr && format->mayBeEmpty);
+    return format == nullptr || format->times == nullptr ? std::vector<double>()
+                                                         : guarded(path, [&] { return format->times(path); });
+}
+
+std::vector<Step> readSteps(const std::filesystem::path& path)
+{
+    const FileFormat* format = formatOf(path);
+    checkReadable(path, format != nullptr && format->mayBeEmpty);
+    std::vector<Step> steps;
+    if (isCollection(format))
+    {
+        steps = guarded(path, [&] { return format->steps(path); });
+    }
+    else if (format == nullptr || format->times == nullptr)
+    {
+        steps.push_back({path, std::nullopt, 0});
+    }
+    else
+    {
+        const std::vector<double> times = readStepTimes(path);
+        for (std::size_t i = 0; i < times.size(); ++i)
+        {
+            steps.push_back({path, static_cast<int>(i), times[i]});
+        }
+    }
+    if (steps.empty())
+    {
+        throw BadFile(text(quoted(path), " has no steps"));
+    }
+    return steps;
 }
 
 } // namespace veltrane

@@ -4,18 +4,16 @@
 
 #include "CellTable.h"
 #include "FileErrors.h"
+#include "FileFormat.h"
 
 #include <vtkSmartPointer.h>
 
 #include <filesystem>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-class vtkDataObject;
-class vtkPointSet;
 class vtkUnsignedCharArray;
 class vtkUnstructuredGrid;
 
@@ -32,8 +30,8 @@ std::string quoted(const std::filesystem::path& path);
 /// \param kind  "point" or "cell"
 [[noreturn]] void throwTwoArrays(const std::filesystem::path& path, std::string_view kind, std::string_view name);
 
-/// Throws NoInput or BadFile unless there is a readable regular file that is not empty.
-void checkReadable(const std::filesystem::path& path);
+/// Throws NoInput or BadFile unless there is a readable regular file, that is not empty unless it may be.
+void checkReadable(const std::filesystem::path& path, bool mayBeEmpty = false);
 
 /// What is in a mesh file.
 struct MeshContents
@@ -41,20 +39,19 @@ struct MeshContents
     vtkSmartPointer<vtkUnstructuredGrid> grid; ///< points and arrays, and the cells unless they are in the table
     vtkSmartPointer<vtkUnsignedCharArray> types;
     std::optional<CellTable> cells;
+    LeftOut leftOut{};
 };
 
 /// Throws NoInput or BadFile, naming the file and what is wrong.
 ///
-/// \param step     of an Exodus file, from 0; the last one if none is given. Files of other formats have no steps.
-/// \param threads  0: as many as usableThreadCount() tells
-/// \param ahead    if somebody has begun to read the file
-MeshContents readMesh(const std::filesystem::path& path, std::optional<int> step, int threads, VtuAhead* ahead);
+/// \param ahead  if somebody has begun to read the file
+MeshContents readMesh(const std::filesystem::path& path, const FileReading& reading, VtuAhead* ahead);
 
-/// The points of a point file or a mesh file, with the cells that it has. Throws NoInput or BadFile, naming the file
-/// and what is wrong.
-vtkSmartPointer<vtkPointSet> readPoints(const std::filesystem::path& path, int threads);
+/// The points of a point file or a mesh file, with the cells that it has, at the last step. Throws NoInput or BadFile,
+/// naming the file and what is wrong.
+FileData readPoints(const std::filesystem::path& path, int threads);
 
-/// The times of the steps of an Exodus file; none of a file of another format or without steps.
+/// The times of the steps in a file; none of a file without steps.
 std::vector<double> readStepTimes(const std::filesystem::path& path);
 
 } // namespace veltrane

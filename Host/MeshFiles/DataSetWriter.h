@@ -3,12 +3,11 @@
 #define VELTRANE_HOST_DATA_SET_WRITER_H
 
 #include "CellTable.h"
-#include "Compression.h"
 #include "FileErrors.h"
+#include "FileFormat.h"
 
 #include <filesystem>
 
-class vtkPointSet;
 class vtkUnsignedCharArray;
 class vtkUnstructuredGrid;
 
@@ -16,12 +15,13 @@ namespace veltrane
 {
 
 /// Writes cells or points in the format that the file's ending stands for. Points become cells of one point, and cells
-/// are left out, where the format needs it. Throws CannotWrite with nothing but the reason.
-void writeDataSet(vtkPointSet& dataSet, const std::filesystem::path& path, const FileWriting& writing = {});
+/// are left out, where the format needs it. Throws CannotWrite with nothing but the reason. Tells what of the fields
+/// has been left out.
+LeftOut writeDataSet(vtkPointSet& dataSet, const std::filesystem::path& path, const FileWriting& writing = {});
 
 /// The same for a grid whose cells are kept elsewhere.
-void writeGrid(vtkUnstructuredGrid& grid, vtkUnsignedCharArray& types, const CellView& cells,
-               const std::filesystem::path& path, const FileWriting& writing);
+LeftOut writeGrid(vtkUnstructuredGrid& grid, vtkUnsignedCharArray& types, const CellView& cells,
+                  const std::filesystem::path& path, const FileWriting& writing);
 
 } // namespace veltrane
 

@@ -99,15 +99,18 @@ std::optional<std::string> materialArrayOf(vtkPointSet& dataSet, const std::file
 
 } // namespace
 
-FileContents describeContents(vtkPointSet& dataSet, const std::filesystem::path& path)
+FileContents describeContents(const FileData& data, const std::filesystem::path& path)
 {
+    vtkPointSet& dataSet = *data.dataSet;
     checkTupleCounts(dataSet, path);
     if (auto* grid = vtkUnstructuredGrid::SafeDownCast(&dataSet))
     {
         checkCells(*grid, path);
     }
     readCoordinates(dataSet, path); // refuses those that no transfer takes
-    FileContents contents{.pointCount = dataSet.GetNumberOfPoints(),
+    const FileFormat* format = formatOf(path);
+    FileContents contents{.format = std::string(format == nullptr ? "" : format->name),
+                          .pointCount = dataSet.GetNumberOfPoints(),
                           .cellCount = dataSet.GetNumberOfCells(),
                           .cells = countCells(dataSet),
                           .min = {},
@@ -116,7 +119,8 @@ FileContents describeContents(vtkPointSet& dataSet, const std::filesystem::path&
                           .cellArrays = contentsOf(*dataSet.GetCellData()),
                           .otherArrays = contentsOf(*dataSet.GetFieldData()),
                           .materialArray = materialArrayOf(dataSet, path),
-                          .stepTimes = readStepTimes(path)};
+                          .stepTimes = readStepTimes(path),
+                          .leftOut = data.leftOut};
     double bounds[6];
     dataSet.GetBounds(bounds);
     for (int axis = 0; axis < 3; ++axis)
@@ -129,7 +133,7 @@ FileContents describeContents(vtkPointSet& dataSet, const std::filesystem::path&
 
 FileContents readContents(const std::filesystem::path& path)
 {
-    return describeContents(*readPoints(path, 0), path);
+    return describeContents(readPoints(path, 0), path);
 }
 
 } // namespace veltrane

@@ -3,13 +3,12 @@
 #define VELTRANE_HOST_FILE_CONTENTS_H
 
 #include "FileErrors.h"
+#include "FileFormat.h"
 
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
-
-class vtkPointSet;
 
 namespace veltrane
 {
@@ -35,6 +34,7 @@ struct CellContents
 
 struct FileContents
 {
+    std::string format; ///< "Exodus"
     long long pointCount;
     long long cellCount;
     std::vector<CellContents> cells;
@@ -45,11 +45,12 @@ struct FileContents
     std::vector<ArrayContents> otherArrays; ///< of neither points nor cells
     std::optional<std::string> materialArray;
     std::vector<double> stepTimes;
+    LeftOut leftOut;
 };
 
 /// Of what has been read from a file. Throws BadFile if its arrays do not fit, or if it is broken: cells
 /// that refer to no points, coordinates that are no numbers.
-FileContents describeContents(vtkPointSet& dataSet, const std::filesystem::path& path);
+FileContents describeContents(const FileData& data, const std::filesystem::path& path);
 
 /// Of a mesh file or a point file. Throws NoInput or BadFile, naming the file and what is wrong.
 FileContents readContents(const std::filesystem::path& path);

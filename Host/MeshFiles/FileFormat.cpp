@@ -1,57 +1,114 @@
 #include "FileFormat.h"
 
+#include "DataSetReader.h"
+#include "FormatList.h"
+#include "Text.h"
+
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <string>
-#include <utility>
 
 namespace veltrane
 {
 namespace
 {
 
-constexpr std::array<std::pair<std::string_view, FileFormat>, 9> endings{{
-    {".vtu", FileFormat::unstructuredGrid},
-    {".vtk", FileFormat::legacyUnstructuredGrid},
-    {".pvtu", FileFormat::parallelUnstructuredGrid},
-    {".e", FileFormat::exodus},
-    {".exo", FileFormat::exodus},
-    {".ex2", FileFormat::exodus},
-    {".vtp", FileFormat::polyData},
-    {".csv", FileFormat::table},
-    {".pvd", FileFormat::collection},
-}};
+#define VELTRANE_FORMAT_ADDRESS(format) &formats::format,
+constexpr std::array all{VELTRANE_FORMATS(VELTRANE_FORMAT_ADDRESS)};
+#undef VELTRANE_FORMAT_ADDRESS
+
+/// How many letters of a file name tell that it is of the format; 0 if none do.
+std::size_t matchLength(const FileFormat& format, std::string_view name)
+{
+    std::size_t length = 0;
+    for (const std::string_view ending : format.endings)
+    {
+        if (name.size() > ending.size() && name.ends_with(ending))
+        {
+            length = std::max(length, ending.size());
+        }
+    }
+    return length == 0 && format.isNamed != nullptr && format.isNamed(name) ? name.size() : length;
+}
 
 } // namespace
 
-std::optional<FileFormat> formatOf(const std::filesystem::path& path)
+const FileFormat* formatOf(const std::filesystem::path& path)
 {
-    std::string ending = path.extension().string();
-    std::ranges::transform(ending, ending.begin(),
+    std::string name = path.filename().string();
+    std::ranges::transform(name, name.begin(),
                            [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-    const auto found = std::ranges::find(endings, ending, &std::pair<std::string_view, FileFormat>::first);
-    return found == endings.end() ? std::nullopt : std::optional(found->second);
+    const auto best =
+        std::ranges::max_element(all, {}, [&](const FileFormat* format) { return matchLength(*format, name); });
+    return matchLength(**best, name) == 0 ? nullptr : *best;
 }
 
-bool isMeshInput(std::optional<FileFormat> format)
+std::span<const FileFormat* const> allFormats()
 {
-    return isMeshOutput(format) || format == FileFormat::parallelUnstructuredGrid || format == FileFormat::exodus;
+    return all;
 }
 
-bool isPointInput(std::optional<FileFormat> format)
+bool isMeshInput(const FileFormat* format)
 {
-    return isMeshInput(format) || isPointOutput(format);
+    return format != nullptr && format->read != nullptr && format->reads.cells;
 }
 
-bool isMeshOutput(std::optional<FileFormat> format)
+bool isPointInput(const FileFormat* format)
 {
-    return format == FileFormat::unstructuredGrid || format == FileFormat::legacyUnstructuredGrid;
+    return format != nullptr && format->read != nullptr;
 }
 
-bool isPointOutput(std::optional<FileFormat> format)
+bool isMeshOutput(const FileFormat* format)
 {
-    return isMeshOutput(format) || format == FileFormat::polyData || format == FileFormat::table;
+    return format != nullptr && format->write != nullptr && format->writes.cells;
+}
+
+bool isPointOutput(const FileFormat* format)
+{
+    return format != nullptr && format->write != nullptr;
+}
+
+bool isTable(const FileFormat* format)
+{
+    return format == &formats::table;
+}
+
+bool isCollection(const FileFormat* format)
+{
+    return format != nullptr && format->steps != nullptr;
+}
+
+bool isCollectionOutput(const FileFormat* format)
+{
+    return format == &formats::collection;
+}
+
+std::string endingsOf(bool (*condition)(const FileFormat*))
+{
+    std::vector<std::string_view> endings;
+    for (const FileFormat* format : all)
+    {
+        if (condition(format))
+        {
+            endings.insert(endings.end(), format->endings.begin(), format->endings.end());
+        }
+    }
+    std::string list;
+    for (std::size_t i = 0; i < endings.size(); ++i)
+    {
+        list += text(i == 0 ? "" : i + 1 == endings.size() ? " or " : ", ", endings[i]);
+    }
+    return list;
+}
+
+std::optional<int> chosenStep(const FileReading& reading, std::size_t stepCount, const std::filesystem::path& path)
+{
+    const auto count = static_cast<int>(stepCount);
+    if (reading.step && (*reading.step < 0 || *reading.step >= count))
+    {
+        throw BadFile(text(quoted(path), " has ", count, " steps; there is no step ", *reading.step + 1));
+    }
+    return reading.step ? reading.step : count > 0 ? std::optional(count - 1) : std::nullopt;
 }
 
 } // namespace veltrane

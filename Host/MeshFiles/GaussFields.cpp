@@ -3,16 +3,14 @@
 #include "CellNames.h"
 #include "DataSetReader.h"
 #include "FieldArrays.h"
-#include "GaussPoints.h"
+#include "GaussArrays.h"
 #include "Text.h"
-#include "VtkCells.h"
 
 #include <vtkCellData.h>
 #include <vtkFieldData.h>
 #include <vtkIdTypeArray.h>
 #include <vtkInformation.h>
 #include <vtkInformationQuadratureSchemeDefinitionVectorKey.h>
-#include <vtkInformationStringKey.h>
 #include <vtkNew.h>
 #include <vtkQuadratureSchemeDefinition.h>
 #include <vtkUnsignedCharArray.h>
@@ -22,7 +20,6 @@
 #include <cmath>
 #include <map>
 #include <optional>
-#include <utility>
 
 namespace veltrane
 {
@@ -34,32 +31,10 @@ constexpr const char* offsetArrayName = "QuadratureOffset";
 /// The number of the scheme's point at each Gauss point of the element.
 using PointOrder = std::vector<int>;
 
-const char* offsetNameOf(vtkAbstractArray& array)
-{
-    vtkInformation* information = array.GetInformation();
-    vtkInformationStringKey* key = vtkQuadratureSchemeDefinition::QUADRATURE_OFFSET_ARRAY_NAME();
-    return information->Has(key) != 0 ? information->Get(key) : nullptr;
-}
-
-std::vector<std::vector<double>> inCellOrder(const GaussRule& rule, const VtkCellKind& cellKind)
-{
-    std::vector<std::vector<double>> values;
-    for (const std::vector<double>& ofElement : rule.shapeValues)
-    {
-        std::vector<double> ofCell(ofElement.size());
-        for (std::size_t node = 0; node < ofElement.size(); ++node)
-        {
-            ofCell[static_cast<std::size_t>(cellKind.nodeOrder[node])] = ofElement[node];
-        }
-        values.push_back(ofCell);
-    }
-    return values;
-}
-
 /// Nothing unless the scheme has just the Gauss points of the element.
-std::optional<PointOrder> matchPoints(vtkQuadratureSchemeDefinition& scheme, const VtkCellKind& cellKind)
+std::optional<PointOrder> matchPoints(vtkQuadratureSchemeDefinition& scheme, int cellType)
 {
-    const auto wanted = inCellOrder(gaussRuleOf(cellKind.kind), cellKind);
+    const std::vector<std::vector<double>> wanted = gaussSchemeOf(cellType).shapeValues;
     if (static_cast<std::size_t>(scheme.GetNumberOfQuadraturePoints()) != wanted.size() || wanted.empty() ||
         static_cast<std::size_t>(scheme.GetNumberOfNodes()) != wanted.front().size())
     {
@@ -90,11 +65,11 @@ public:
     Schemes(vtkUnstructuredGrid& grid, vtkUnsignedCharArray& types, const std::string& name, vtkAbstractArray& values,
             const std::filesystem::path& path)
         : types_(types), place_(text(quoted(path), ": Gauss-point array '", name, "' ")),
-          offsets_(grid.GetCellData()->GetArray(offsetNameOf(values)))
+          offsets_(grid.GetCellData()->GetArray(gaussOffsetsName(values)))
     {
         if (offsets_ == nullptr || offsets_->GetInformation()->Has(vtkQuadratureSchemeDefinition::DICTIONARY()) == 0)
         {
-            throw BadFile(text(place_, "names the offsets '", offsetNameOf(values),
+            throw BadFile(text(place_, "names the offsets '", gaussOffsetsName(values),
                                "', but there is no such cell-data array with quadrature schemes"));
         }
     }
@@ -121,12 +96,9 @@ private:
         {
             return known->second;
         }
-        vtkInformationQuadratureSchemeDefinitionVectorKey* key = vtkQuadratureSchemeDefinition::DICTIONARY();
-        vtkInformation* information = offsets_->GetInformation();
-        vtkQuadratureSchemeDefinition* scheme =
-            cellType < key->Size(information) ? key->Get(information, cellType) : nullptr;
+        vtkQuadratureSchemeDefinition* scheme = findScheme(*offsets_, cellType);
         const std::optional<PointOrder> order =
-            scheme == nullptr ? std::nullopt : matchPoints(*scheme, *findVtkCellKind(cellType));
+            scheme == nullptr ? std::nullopt : matchPoints(*scheme, cellType);
         if (!order)
         {
             throw BadFile(text(place_,
@@ -175,31 +147,24 @@ void addSchemes(vtkUnstructuredGrid& grid, const FileElements& elements)
     offsets->SetName(offsetArrayName);
     offsets->SetNumberOfValues(elements.types.GetNumberOfValues());
     offsets->Fill(0);
-    vtkInformationQuadratureSchemeDefinitionVectorKey* key = vtkQuadratureSchemeDefinition::DICTIONARY();
-    std::map<int, bool> known;
+    std::map<int, GaussScheme> known;
     vtkIdType offset = 0;
     for (std::size_t element = 0; element < cells.size(); ++element)
     {
         offsets->SetValue(cells[element], offset);
         offset += elements.mesh.kindOf(static_cast<int>(element)).gaussPointCount;
         const int cellType = elements.types.GetValue(cells[element]);
-        if (std::exchange(known[cellType], true))
+        if (!known.contains(cellType))
         {
-            continue;
+            known.emplace(cellType, gaussSchemeOf(cellType));
         }
-        const VtkCellKind& cellKind = *findVtkCellKind(cellType);
-        GaussRule rule = gaussRuleOf(cellKind.kind);
-        std::vector<double> weights;
-        for (const std::vector<double>& values : inCellOrder(rule, cellKind))
-        {
-            weights.insert(weights.end(), values.begin(), values.end());
-        }
-        vtkNew<vtkQuadratureSchemeDefinition> scheme;
-        scheme->Initialize(cellType, findElementKind(cellKind.kind)->nodeCount, static_cast<int>(rule.weights.size()),
-                           weights.data(), rule.weights.data());
-        key->Set(offsets->GetInformation(), scheme, cellType);
     }
-    grid.GetCellData()->AddArray(offsets);
+    std::vector<GaussScheme> schemes;
+    for (const auto& [cellType, scheme] : known)
+    {
+        schemes.push_back(scheme);
+    }
+    addGaussOffsets(grid, *offsets, schemes);
 }
 
 } // namespace
@@ -210,7 +175,7 @@ std::vector<std::string> listGaussFields(vtkUnstructuredGrid& grid)
     for (const PointArray& array : listArrays(*grid.GetFieldData()))
     {
         if (array.isFloatingPoint &&
-            offsetNameOf(*grid.GetFieldData()->GetAbstractArray(array.name.c_str())) != nullptr)
+            gaussOffsetsName(*grid.GetFieldData()->GetAbstractArray(array.name.c_str())) != nullptr)
         {
             names.push_back(array.name);
         }
@@ -248,9 +213,7 @@ void addGaussFields(vtkUnstructuredGrid& grid, const FileElements& elements, std
         if (field.location() == Location::gaussPoints)
         {
             const vtkSmartPointer<vtkDataArray> array = toArray(field);
-            array->GetInformation()->Set(vtkQuadratureSchemeDefinition::QUADRATURE_OFFSET_ARRAY_NAME(),
-                                         offsetArrayName);
-            grid.GetFieldData()->AddArray(array);
+            addGaussValues(grid, *array, offsetArrayName);
         }
     }
 }

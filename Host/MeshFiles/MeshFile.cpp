@@ -127,6 +127,7 @@ struct MeshFile::Contents
     int usedCellCount = 0;
     std::vector<PointArray> pointArrays;
     std::vector<std::string> gaussFields;
+    LeftOut leftOut;
 
     FileElements elements() const { return {*mesh, cells, *types}; }
     vtkIdType cellCount() const { return types->GetNumberOfValues(); }
@@ -136,8 +137,9 @@ MeshFile::MeshFile(const std::filesystem::path& path, const MeshReading& reading
     : contents_(std::make_unique<Contents>())
 {
     contents_->path = path;
-    MeshContents file = readMesh(path, reading.step, reading.threads, reading.ahead.get());
+    MeshContents file = readMesh(path, {.step = reading.step, .threads = reading.threads}, reading.ahead.get());
     contents_->grid = file.grid;
+    contents_->leftOut = std::move(file.leftOut);
     contents_->types = file.types == nullptr ? vtkSmartPointer<vtkUnsignedCharArray>::New() : file.types;
     vtkUnstructuredGrid& grid = *contents_->grid;
     const vtkIdType cellCount = file.cells ? contents_->cellCount() : grid.GetNumberOfCells();
@@ -280,6 +282,11 @@ const std::vector<std::string>& MeshFile::gaussFields() const
     return contents_->gaussFields;
 }
 
+const LeftOut& MeshFile::leftOut() const
+{
+    return contents_->leftOut;
+}
+
 bool MeshFile::hasGaussField(const std::string& name) const
 {
     return std::ranges::find(gaussFields(), name) != gaussFields().end();
@@ -297,8 +304,8 @@ Field MeshFile::field(const std::string& name, const std::string& newName) const
     return toField(array, name, resultName, path());
 }
 
-void MeshFile::writeWith(std::span<const Field> fields, std::span<const IntegerArray> arrays,
-                         const std::filesystem::path& path, const FileWriting& writing) const
+LeftOut MeshFile::writeWith(std::span<const Field> fields, std::span<const IntegerArray> arrays,
+                            const std::filesystem::path& path, const FileWriting& writing) const
 {
     const vtkSmartPointer<vtkUnstructuredGrid> grid = shallowCopy(*contents_->grid);
     for (const Field& field : fields)
@@ -322,10 +329,9 @@ void MeshFile::writeWith(std::span<const Field> fields, std::span<const IntegerA
         const CellView cells{.connectivity = mesh().connectivity(),
                              .numberType = *contents_->numberType,
                              .beginnings = mesh().nodesPerElement()};
-        writeGrid(*grid, *contents_->types, cells, path, writing);
-        return;
+        return writeGrid(*grid, *contents_->types, cells, path, writing);
     }
-    writeDataSet(*grid, path, writing);
+    return writeDataSet(*grid, path, writing);
 }
 
 } // namespace veltrane

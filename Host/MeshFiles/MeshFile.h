@@ -3,10 +3,10 @@
 #define VELTRANE_HOST_MESH_FILE_H
 
 #include "CellNames.h"
-#include "Compression.h"
 #include "Field.h"
 #include "FieldArrays.h"
 #include "FileErrors.h"
+#include "FileFormat.h"
 #include "GridElements.h"
 #include "Mesh.h"
 
@@ -83,15 +83,19 @@ public:
     const std::vector<std::string>& gaussFields() const;
     bool hasGaussField(const std::string& name) const;
 
+    /// What of the file has no place in a mesh with fields, see FileData.
+    const LeftOut& leftOut() const;
+
     /// A floating-point point-data array, or else a Gauss-point field, as a field, under a new name if one is given.
     /// Throws BadFile if there is none of this name or it is none.
     Field field(const std::string& name, const std::string& newName = "") const;
 
     /// Writes the file's data set, with all its arrays and these fields as further point data or Gauss-point fields,
     /// and these arrays, one of the same name being replaced, in the format that the path's ending stands for. Cells
-    /// that are not part of the mesh get 0. Throws CannotWrite with nothing but the reason.
-    void writeWith(std::span<const Field> fields, std::span<const IntegerArray> arrays,
-                   const std::filesystem::path& path, const FileWriting& writing = {}) const;
+    /// that are not part of the mesh get 0. Throws CannotWrite with nothing but the reason. Tells what of the fields
+    /// the format cannot hold.
+    LeftOut writeWith(std::span<const Field> fields, std::span<const IntegerArray> arrays,
+                      const std::filesystem::path& path, const FileWriting& writing = {}) const;
 
 private:
     struct Contents;

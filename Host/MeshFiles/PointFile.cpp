@@ -29,7 +29,7 @@ PointFile::PointFile(const std::filesystem::path& path, const std::optional<std:
     : contents_(std::make_unique<Contents>())
 {
     contents_->path = path;
-    contents_->dataSet = readPoints(path, 0);
+    contents_->dataSet = readPoints(path, 0).dataSet;
     vtkPointSet& dataSet = *contents_->dataSet;
     checkTupleCounts(dataSet, path);
     vtkDataArray* array = findMaterialArray(*dataSet.GetPointData(), materialArray, path);
@@ -79,8 +79,8 @@ bool PointFile::hasArray(const std::string& name) const
     return contents_->dataSet->GetPointData()->HasArray(name.c_str()) != 0;
 }
 
-void PointFile::writeWith(std::span<const Field> fields, const std::string& arrayName, std::span<const int> array,
-                          const std::filesystem::path& path, const FileWriting& writing) const
+LeftOut PointFile::writeWith(std::span<const Field> fields, const std::string& arrayName, std::span<const int> array,
+                             const std::filesystem::path& path, const FileWriting& writing) const
 {
     const auto dataSet = vtkSmartPointer<vtkPointSet>::Take(contents_->dataSet->NewInstance());
     dataSet->ShallowCopy(contents_->dataSet);
@@ -93,7 +93,7 @@ void PointFile::writeWith(std::span<const Field> fields, const std::string& arra
     numbers->SetNumberOfValues(static_cast<vtkIdType>(array.size()));
     std::ranges::copy(array, numbers->GetPointer(0));
     dataSet->GetPointData()->AddArray(numbers);
-    writeDataSet(*dataSet, path, writing);
+    return writeDataSet(*dataSet, path, writing);
 }
 
 } // namespace veltrane

@@ -2,9 +2,9 @@
 #ifndef VELTRANE_HOST_POINT_FILE_H
 #define VELTRANE_HOST_POINT_FILE_H
 
-#include "Compression.h"
 #include "Field.h"
 #include "FileErrors.h"
+#include "FileFormat.h"
 #include "Mesh.h"
 
 #include <filesystem>
@@ -41,9 +41,10 @@ public:
     bool hasArray(const std::string& name) const;
 
     /// Writes the file's data set with these fields, and one array of whole numbers, as further point data, in the
-    /// format that the path's ending stands for. Throws CannotWrite with nothing but the reason.
-    void writeWith(std::span<const Field> fields, const std::string& arrayName, std::span<const int> array,
-                   const std::filesystem::path& path, const FileWriting& writing = {}) const;
+    /// format that the path's ending stands for. Throws CannotWrite with nothing but the reason. Tells what of the
+    /// fields the format cannot hold.
+    LeftOut writeWith(std::span<const Field> fields, const std::string& arrayName, std::span<const int> array,
+                      const std::filesystem::path& path, const FileWriting& writing = {}) const;
 
 private:
     struct Contents;

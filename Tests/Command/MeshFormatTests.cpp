@@ -1,5 +1,6 @@
 // The formats of mesh files: what is read and written stays as it is, and a file that is no such file is refused.
 #include "CommandRunner.h"
+#include "FileFormat.h"
 #include "MeshFile.h"
 #include "TestGrids.h"
 
@@ -276,7 +277,8 @@ TEST_F(MeshFormat, ReadsTheLastStepOfExodusFilesAndTheirBlocksAsMaterials)
 TEST_F(MeshFormat, EndingAndContentMustBeThoseOfAFormat)
 {
     writeGrid(*source(), runner.file("source.dat"));
-    expectRefused("source.dat", "'source.dat' is not named as a mesh file is: .vtu, .vtk, .pvtu, .e, .exo or .ex2");
+    expectRefused("source.dat",
+                  "'source.dat' is not named as a mesh file is: " + veltrane::endingsOf(veltrane::isMeshInput));
     writeGrid(*source(), runner.file("source.e"));
     expectRefused("source.e", "cannot read 'source.e': it is not an Exodus file");
     writeLegacy(*source(), runner.file("source.vtu"));

@@ -1,5 +1,6 @@
 // veltrane sample on points in files of all formats.
 #include "CommandRunner.h"
+#include "FileFormat.h"
 #include "TestGrids.h"
 
 #include <vtkCellData.h>
@@ -214,7 +215,7 @@ TEST_F(SampleCommand, TablesMustHavePlacesForAllPoints)
     writeText("points.csv", "x,y,z\n");
     expectRefused(65, "'points.csv': there is no point", "points.csv");
     writeText("points.txt", "x,y,z\n1,2,3\n");
-    expectRefused(65, "'points.txt' is not named as a point file is: .csv, .vtp, .vtu, .vtk, .pvtu, .e, .exo or .ex2",
+    expectRefused(65, "'points.txt' is not named as a point file is: " + veltrane::endingsOf(veltrane::isPointInput),
                   "points.txt");
     writeText("points.vtp", "x,y,z\n1,2,3\n");
     expectRefused(65,
@@ -330,6 +331,7 @@ TEST(InfoCommand, TellsWhatIsInFiles)
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors, "");
     EXPECT_EQ(result.output, "file              grid.vtu\n"
+                             "format            VTK unstructured grid\n"
                              "points            27\n"
                              "cells             8 hexahedra, 1 quadratic line\n"
                              "box               x = 0 to 1\n"
@@ -341,6 +343,7 @@ TEST(InfoCommand, TellsWhatIsInFiles)
                              "PartId   cells     int           1    0    9\n"
                              "\n"
                              "file              points.csv\n"
+                             "format            table of points\n"
                              "points            1\n"
                              "cells             none\n"
                              "box               x = 1 to 1\n"

@@ -281,6 +281,7 @@ TEST_F(Series, InfoTellsOfCollections)
                              "step25.vtu     3   2.5\n"
                              "\n"
                              "file              step5.vtu\n"
+                             "format            VTK unstructured grid\n"
                              "points            27\n"
                              "cells             8 hexahedra\n"
                              "box               x = 0 to 1\n"

@@ -1,8 +1,7 @@
+// ParaView's collections of files (.pvd), one file per step.
 #include "Collection.h"
-
 #include "DataSetReader.h"
-#include "FileFormat.h"
-#include "ReadingGuard.h"
+#include "FormatList.h"
 #include "Text.h"
 #include "VtkMessages.h"
 
@@ -10,6 +9,7 @@
 #include <vtkXMLDataElement.h>
 #include <vtkXMLUtilities.h>
 
+#include <array>
 #include <cerrno>
 #include <cmath>
 #include <cstring>
@@ -21,11 +21,11 @@ namespace veltrane
 namespace
 {
 
+constexpr std::array<std::string_view, 1> endings{".pvd"};
 constexpr const char* entryName = "DataSet";
 
 std::vector<Step> readCollection(const std::filesystem::path& path)
 {
-    const ReadingGuard guard(path);
     const VtkMessages messages;
     const auto root = vtkSmartPointer<vtkXMLDataElement>::Take(vtkXMLUtilities::ReadElementFromFile(path.c_str()));
     vtkXMLDataElement* collection = root == nullptr ? nullptr : root->FindNestedElementWithName("Collection");
@@ -63,32 +63,8 @@ std::vector<Step> readCollection(const std::filesystem::path& path)
 
 } // namespace
 
-std::vector<Step> readSteps(const std::filesystem::path& path)
-{
-    checkReadable(path);
-    std::vector<Step> steps;
-    if (formatOf(path) == FileFormat::collection)
-    {
-        steps = readCollection(path);
-    }
-    else if (formatOf(path) == FileFormat::exodus)
-    {
-        const std::vector<double> times = readStepTimes(path);
-        for (std::size_t i = 0; i < times.size(); ++i)
-        {
-            steps.push_back({path, static_cast<int>(i), times[i]});
-        }
-    }
-    else
-    {
-        steps.push_back({path, std::nullopt, 0});
-    }
-    if (steps.empty())
-    {
-        throw BadFile(text(quoted(path), " has no steps"));
-    }
-    return steps;
-}
+constinit const FileFormat formats::collection{
+    .name = "ParaView collection", .endings = endings, .reads = {.steps = true}, .steps = readCollection};
 
 void writeCollection(const std::vector<Step>& steps, const std::filesystem::path& path)
 {
