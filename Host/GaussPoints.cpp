@@ -14,6 +14,8 @@ template <class Kind> GaussRule ruleOf()
     {
         const NodeValues<Kind::nbNodes, double> values = shapeFunctionsAt<Kind>(point);
         rule.shapeValues.emplace_back(values.begin(), values.end());
+        const NodeGradients<Kind::nbNodes, double> gradients = derivativesAt<Kind>(point);
+        rule.shapeGradients.emplace_back(gradients.begin(), gradients.end());
     }
     rule.weights.assign(Kind::gaussRule.weights.begin(), Kind::gaussRule.weights.end());
     return rule;

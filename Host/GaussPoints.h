@@ -4,6 +4,7 @@
 
 #include "ElementKind.h"
 
+#include <array>
 #include <vector>
 
 namespace veltrane
@@ -13,7 +14,9 @@ namespace veltrane
 struct GaussRule
 {
     std::vector<std::vector<double>> shapeValues; ///< per Gauss point, of each node in the kind's node order
-    std::vector<double> weights;                  ///< of the integration over the reference element
+    /// Their derivatives by the reference coordinates.
+    std::vector<std::vector<std::array<double, 3>>> shapeGradients;
+    std::vector<double> weights; ///< of the integration over the reference element
 };
 
 /// Empty for kinds that are no volumes.

@@ -129,6 +129,23 @@ struct TransposedField
     std::vector<double> left; ///< per component the sum of what stood at locations without weights
 };
 
+struct Validation;
+
+/// How a transfer is validated.
+struct ValidationOptions
+{
+    /// As the fields were, or are to be, applied.
+    ApplyOptions apply{};
+    /// As those of the map; empty: all materials of the target receive values.
+    std::vector<bool> targetMapping{};
+    /// Of the search for the way back. Unless its near limit is set, it is the longest edge of any target element's
+    /// box.
+    Rules rules{};
+    Tuning tuning{};
+    int threads = 1;
+    ProgressCallback progress{};
+};
+
 class Map
 {
 public:
@@ -157,6 +174,12 @@ public:
     /// weights of apply(): sums are kept up to the rounding of the weights. Throws InvalidData if the field does not
     /// have a value for each target location of its kind.
     TransposedField applyTransposed(const Field& field) const;
+
+    /// Maps fields to the target and back, and tells what both meshes have in common, as Validator does: see
+    /// Validation.h. Throws InvalidData if the meshes or fields do not fit the map, and what the construction of a map
+    /// throws.
+    Validation validate(const Mesh& source, const Mesh& target, std::span<const Field> fields,
+                        const ValidationOptions& options = {}) const;
 
     /// The map as a matrix, whose product with source values is what apply() gives up to rounding; rows of locations
     /// without weights are empty. Throws InvalidOption if the map has no such locations, or if a resolved matrix would

@@ -24,7 +24,8 @@ namespace veltrane
 
 bool isFailure(ExitStatus status)
 {
-    return status != ExitStatus::done && status != ExitStatus::propagationWarning;
+    return status != ExitStatus::done && status != ExitStatus::propagationWarning &&
+           status != ExitStatus::requirementMissed;
 }
 
 ExitStatus worse(ExitStatus first, ExitStatus second)

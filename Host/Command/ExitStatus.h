@@ -14,6 +14,7 @@ enum class ExitStatus : int
     toleranceExceeded = 1, ///< as diff ends if there are differences
     targetOutside = 2,
     propagationWarning = 3,
+    requirementMissed = 4,
     usage = 64,
     badData = 65,
     noInput = 66,
@@ -28,6 +29,7 @@ inline constexpr const char* exitStatusHelp =
     "    1  failed, or a difference larger than the tolerance (compare)\n"
     "    2  parts of the target are outside the source (--outside error)\n"
     "    3  done, but parts of the target could not be reached by propagation and hold 0\n"
+    "    4  done, but a rule of --require is not kept\n"
     "   64  wrong usage\n"
     "   65  unsuitable data in a file\n"
     "   66  an input file is missing or cannot be opened\n"

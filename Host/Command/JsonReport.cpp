@@ -1,6 +1,9 @@
 #include "JsonReport.h"
 
+#include "CommandLine.h"
 #include "FieldStatistics.h"
+#include "JsonQuality.h"
+#include "Sha256.h"
 #include "VersionText.h"
 
 #include <nlohmann/json.hpp>
@@ -46,6 +49,12 @@ Json nameOrNull(const std::optional<std::string>& name)
     return name ? Json(*name) : Json();
 }
 
+Json checksumOf(const std::filesystem::path& file)
+{
+    const std::string checksum = sha256OfFile(file);
+    return checksum.empty() ? Json() : Json(checksum);
+}
+
 Json describeMesh(const MeshFile& file)
 {
     const Mesh& mesh = file.mesh();
@@ -55,6 +64,7 @@ Json describeMesh(const MeshFile& file)
         elements[name.one] = count;
     }
     return {{"file", file.path().string()},
+            {"sha256", checksumOf(file.path())},
             {"nodes", mesh.nodeCount()},
             {"elements", elements},
             {"leftOutCells", file.leftOutCellCount()},
@@ -67,6 +77,7 @@ Json describePointFile(const PointFile& file)
 {
     const PointCloud& points = file.points();
     return {{"file", file.path().string()},
+            {"sha256", checksumOf(file.path())},
             {"points", points.pointCount()},
             {"materialArray", nameOrNull(file.materialArray())},
             {"materials", describeMaterials(points.materials(), file.materialArray().has_value())},
@@ -214,16 +225,20 @@ Json describe(const TransferRecord& record)
     return {{"format", "veltrane transfer report"},
             {"formatVersion", formatVersion},
             {"program", versionText()},
+            {"command", commandLine()},
             {"outcome", isWarned ? "propagation warning" : "done"},
             {"message", record.result.message},
+            {"verdict", record.verdict == nullptr ? Json() : describeVerdict(*record.verdict)},
             {"options", describeOptions(record.options, record.placement)},
             {"source", describeMesh(record.source)},
             {"target", describeTarget(record)},
             {"points", describePoints(record)},
             {"gaussPoints", describeGaussPoints(record)},
+            {"nearDistances", describeNearHistogram(record)},
             {"search", describeSearch(record.result.statistics)},
             {"stages", describeStages(record.times)},
-            {"fields", describeFields(record)}};
+            {"fields", describeFields(record)},
+            {"validation", describeValidation(record)}};
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #define VELTRANE_COMMAND_MAP_CACHE_H
 
 #include "Transfer.h"
+#include "Validation.h"
 
 #include <optional>
 
@@ -20,12 +21,17 @@ public:
     TransferResult sample(const Mesh& source, std::span<const Field> fields, const PointCloud& points,
                           const TransferOptions& options);
 
+    /// Validates what transfer() gave for the same arguments, with the way back that is kept or a new one.
+    Validation validate(const Mesh& source, std::span<const Field> fields, const Mesh& target,
+                        std::span<const Field> targetFields, const TransferOptions& options);
+
 private:
     template <typename Target>
     TransferResult carry(const Mesh& source, std::span<const Field> fields, const Target& target,
                          const TransferOptions& options);
 
     std::optional<Map> map_;
+    std::optional<Validator> validator_; ///< of the map
 };
 
 } // namespace veltrane

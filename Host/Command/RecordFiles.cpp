@@ -8,11 +8,12 @@
 namespace veltrane
 {
 
-void RecordFileOptions::addTo(CLI::App& command, const std::string& drawn)
+void RecordFileOptions::addTo(CLI::App& command, const std::string& subject)
 {
     report.addTo(command);
-    picture.help = text("draw a cut through ", drawn, " (.png)");
+    picture.help = text("draw a cut through ", subject, " (.png)");
     picture.addTo(command);
+    drawn.addTo(command);
     log.addTo(command);
 }
 
@@ -24,8 +25,17 @@ void RecordFileOptions::checkNoneGiven() const
     }
 }
 
+void RecordFileOptions::check() const
+{
+    drawn.check();
+    if (drawn.areGiven() && picture.path.empty())
+    {
+        throw InvalidOption("--picture-plane, --picture-field and --picture-range have an effect only with --picture");
+    }
+}
+
 RecordFiles::RecordFiles(const RecordFileOptions& options, const MeshPairArguments& files)
-    : report_(openCompanion(options.report, files)), picture_(openCompanion(options.picture, files)),
+    : options_(options), report_(openCompanion(options.report, files)), picture_(openCompanion(options.picture, files)),
       log_(openCompanion(options.log, files))
 {
     checkDistinct({&options.report, &options.picture, &options.log});
@@ -33,7 +43,7 @@ RecordFiles::RecordFiles(const RecordFileOptions& options, const MeshPairArgumen
 
 void RecordFiles::checkFields(std::span<const Field> sourceFields, const std::string& sourceName) const
 {
-    if (picture_ && !canBeDrawn(sourceFields))
+    if (picture_ && !options_.drawn.choose(sourceFields))
     {
         throw BadFile(text("--picture draws fields at nodes, and those of '", sourceName, "' are at Gauss points"));
     }
@@ -46,7 +56,10 @@ void RecordFiles::prepare(const TransferRecord& record, ProgressBar& progress,
     {
         progress.beginStage("drawing picture");
         prepareCompanion(
-            picture_, [&](const std::filesystem::path& path) { drawPicture(record, path); }, outputs);
+            picture_,
+            [&](const std::filesystem::path& path)
+            { drawRecord(DrawingFormat::pixels, record, *options_.drawn.choose(record.sourceFields)).write(path); },
+            outputs);
     }
     progress.finish();
     prepareCompanion(

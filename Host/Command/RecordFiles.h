@@ -4,6 +4,7 @@
 
 #include "Companion.h"
 #include "MeshPair.h"
+#include "PictureArguments.h"
 #include "ProgressBar.h"
 #include "TransferRecord.h"
 
@@ -22,10 +23,14 @@ struct RecordFileOptions
 {
     CompanionOption report{"--report", ".json", "write what has been done and found for machines, too (.json)"};
     CompanionOption picture{"--picture", ".png", ""};
+    PictureArguments drawn{};
     CompanionOption log{"--log", "", "keep the statistics log of the search"};
 
-    /// \param drawn  what the picture shows
-    void addTo(CLI::App& command, const std::string& drawn);
+    /// \param subject  what the picture shows
+    void addTo(CLI::App& command, const std::string& subject);
+
+    /// Throws InvalidOption if what is said of the picture is nothing that can be drawn, or there is none.
+    void check() const;
 
     /// Throws InvalidOption if one of them is given: a collection has none of these files.
     void checkNoneGiven() const;
@@ -34,10 +39,11 @@ struct RecordFileOptions
 class RecordFiles
 {
 public:
-    /// Throws as openCompanion() does.
+    /// Throws as openCompanion() does. Refers to the options.
     RecordFiles(const RecordFileOptions& options, const MeshPairArguments& files);
 
-    /// Throws BadFile if a picture is wanted and these fields of the source cannot be drawn.
+    /// Throws BadFile if a picture is wanted and these fields of the source cannot be drawn, and InvalidOption if the
+    /// one that is asked for is not among them.
     void checkFields(std::span<const Field> sourceFields, const std::string& sourceName) const;
 
     /// Draws the picture, ends the last stage, and writes the others; adds them to the outputs, which do not have their
@@ -45,6 +51,7 @@ public:
     void prepare(const TransferRecord& record, ProgressBar& progress, std::vector<PendingOutput>& outputs) const;
 
 private:
+    const RecordFileOptions& options_;
     std::optional<OutputFile> report_;
     std::optional<OutputFile> picture_;
     std::optional<OutputFile> log_;

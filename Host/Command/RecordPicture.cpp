@@ -3,51 +3,25 @@
 #include "PointPicture.h"
 #include "TransferPicture.h"
 
-#include <algorithm>
-
 namespace veltrane
 {
-namespace
-{
 
-bool isAtNodes(const Field& field)
+Drawing drawRecord(DrawingFormat format, const TransferRecord& record, const PictureView& view,
+                   std::span<const double> differences)
 {
-    return field.location() == Location::nodes;
-}
-
-/// \pre canBeDrawn(fields)
-std::size_t chooseField(std::span<const Field> fields)
-{
-    const auto scalar = std::ranges::find_if(fields, [](const Field& field)
-                                             { return isAtNodes(field) && field.componentCount() == 1; });
-    const auto chosen = scalar != fields.end() ? scalar : std::ranges::find_if(fields, isAtNodes);
-    return static_cast<std::size_t>(chosen - fields.begin());
-}
-
-} // namespace
-
-bool canBeDrawn(std::span<const Field> sourceFields)
-{
-    return std::ranges::any_of(sourceFields, isAtNodes);
-}
-
-void drawPicture(const TransferRecord& record, const std::filesystem::path& path)
-{
-    const std::size_t field = chooseField(record.sourceFields);
     const auto nameOf = [](const auto& file) { return file.path().filename().string(); };
     const auto side = [&](const MeshFile& file, const Field& shown) {
         return PictureSide{nameOf(file), file.mesh(), shown};
     };
-    const PictureSide source = side(record.source, record.sourceFields[field]);
-    const Field& received = record.result.fields[field];
+    const PictureSide source = side(record.source, record.sourceFields[view.field]);
+    const Field& received = record.result.fields[view.field];
     if (const PointFile* points = record.targetPoints())
     {
-        writePicture(source, PicturePoints{nameOf(*points), points->points(), received, record.result.origins}, path);
+        return drawSampling(format, source,
+                            PicturePoints{nameOf(*points), points->points(), received, record.result.origins},
+                            view.choice);
     }
-    else
-    {
-        writePicture(source, side(*record.targetMesh(), received), path);
-    }
+    return drawTransfer(format, source, side(*record.targetMesh(), received), differences, view.choice);
 }
 
 } // namespace veltrane

@@ -1,21 +1,20 @@
-/// The picture of a transfer that has been done.
+/// The pictures of a transfer that has been done.
 #ifndef VELTRANE_COMMAND_RECORD_PICTURE_H
 #define VELTRANE_COMMAND_RECORD_PICTURE_H
 
+#include "Drawing.h"
+#include "PictureArguments.h"
 #include "TransferRecord.h"
 
-#include <filesystem>
 #include <span>
 
 namespace veltrane
 {
 
-/// Whether there is a field at nodes, which a picture needs.
-bool canBeDrawn(std::span<const Field> sourceFields);
-
-/// Draws the first field at nodes that has one component, or else the first field at nodes. Throws CannotWrite with
-/// nothing but the reason.
-void drawPicture(const TransferRecord& record, const std::filesystem::path& path);
+/// \param differences  per node of the source, of the field that was mapped back; or empty
+/// Throws InvalidOption if a plane that is chosen meets nothing.
+Drawing drawRecord(DrawingFormat format, const TransferRecord& record, const PictureView& view,
+                   std::span<const double> differences = {});
 
 } // namespace veltrane
 

@@ -89,12 +89,12 @@ void warn(const std::string& sentence, std::string_view kind)
     std::cerr << "veltrane: warning: " << sentence << '\n';
 }
 
-std::string joined(const std::vector<std::string>& texts)
+std::string joined(const std::vector<std::string>& texts, std::string_view separator)
 {
     std::string list;
     for (const std::string& part : texts)
     {
-        list += text(list.empty() ? "" : ", ", part);
+        list += text(list.empty() ? "" : separator, part);
     }
     return list;
 }

@@ -38,7 +38,7 @@ private:
 };
 
 /// "a, b"
-std::string joined(const std::vector<std::string>& texts);
+std::string joined(const std::vector<std::string>& texts, std::string_view separator = ", ");
 
 /// "'a', 'b'"
 std::string quotedNames(const std::vector<std::string>& names);

@@ -66,6 +66,7 @@ SampleCommand::SampleCommand(CLI::App& app)
     series_.addTo(*command_);
     files_.addSkipUnsupported(*command_);
     files_.addReplace(*command_, "let sampled fields replace the points' arrays of the same names");
+    quality_.addTo(*command_, false);
     recordFiles_.addTo(*command_,
                        "the source and show the points as they\nare seen from across it, with those outside");
     files_.addThreads(*command_);
@@ -79,7 +80,7 @@ SampleCommand::SampleCommand(CLI::App& app)
              "The array vtkValidPointMask of the output is 1 in an element of the source, 3 near one, whose values\n"
              "are taken (--near), -1 where the values are default values, and 0 at points that are not mapped, which\n"
              "hold the default value.\n\n",
-             meshFormatHelp(), seriesHelp, exitStatusHelp));
+             requirementsHelp(), meshFormatHelp(), seriesHelp, exitStatusHelp));
 }
 
 void SampleCommand::checkOutput(bool isCollection) const
@@ -103,6 +104,11 @@ ExitStatus SampleCommand::run() const
         throw InvalidOption("--near-limit has an effect only together with --near");
     }
     placement_.placement();
+    recordFiles_.check();
+    if (quality_.needsValidation())
+    {
+        throw InvalidOption("--require: points cannot be mapped back, so there are no figures validation and integral");
+    }
     if (files_.target == standardStream)
     {
         standardInput(); // before there are processes, of which each would read a part of it
@@ -167,14 +173,16 @@ ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files, MapCache& ma
         [&](const std::filesystem::path& path)
         { files.warnOf(points.writeWith(result.fields, mask.name, mask.values, path, files.writing())); }));
 
-    const TransferRecord record{source, fields, &points, result, options, progress.times(), placement_.placement()};
+    TransferRecord record{source, fields, &points, result, options, progress.times(), placement_.placement()};
+    const Verdict verdict = judge(record, quality_.rules());
+    record.verdict = &verdict;
     recordFiles.prepare(record, progress, outputs);
     publishAll(outputs); // all of them are complete
     if (!files.quiet)
     {
         printSummary(files.summaryStream(), record);
     }
-    return ExitStatus::done;
+    return QualityArguments::report(verdict, ExitStatus::done);
 }
 
 } // namespace veltrane

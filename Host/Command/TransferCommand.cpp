@@ -12,6 +12,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -34,6 +35,7 @@ TransferCommand::TransferCommand(CLI::App& app)
     series_.addTo(*command_);
     files_.addSkipUnsupported(*command_);
     files_.addReplace(*command_, "let transferred fields replace the target's arrays of the same names");
+    quality_.addTo(*command_, true);
     recordFiles_.addTo(*command_, "source and target, with what of the\ntarget is outside");
     files_.addThreads(*command_);
     files_.addCompression(*command_);
@@ -41,7 +43,7 @@ TransferCommand::TransferCommand(CLI::App& app)
     command_->footer(
         text("Example:\n"
              "  veltrane transfer thermal.vtu structure.vtu -o loaded.vtu --field temperature --outside propagate\n\n",
-             meshFormatHelp(), seriesHelp, materialHelp, validPointMaskHelp, exitStatusHelp));
+             requirementsHelp(), meshFormatHelp(), seriesHelp, materialHelp, validPointMaskHelp, exitStatusHelp));
 }
 
 void TransferCommand::checkOptions(bool isCollection) const
@@ -71,6 +73,8 @@ ExitStatus TransferCommand::run() const
     checkOptions(isCollectionOutput(files_.outputFormat()));
     arguments_.options(!files_.materials.states.empty()); // each step would find the same fault
     placement_.placement();
+    quality_.rules();
+    recordFiles_.check();
     return runSteps(series_, files_, ".vtu",
                     [&](const MeshPairArguments& files, MapCache& maps) { return transferOne(files, maps); });
 }
@@ -122,6 +126,12 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
         "--outside default gives such nodes the default value, --outside propagate the values of neighbouring nodes",
         sourceBox, targetBox);
     warnOfFindings(source.mesh(), result, sourceBox, targetBox, "nodes");
+    std::optional<Validation> validation;
+    if (quality_.needsValidation())
+    {
+        options.progress = progress.callback("validating");
+        validation = maps.validate(source.mesh(), fields, target.mesh(), result.fields, options);
+    }
     progress.beginStage("writing output");
     std::vector<IntegerArray> arrays;
     if (!result.findings.empty())
@@ -134,7 +144,10 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
         output.prepare([&](const std::filesystem::path& path)
                        { files.warnOf(target.writeWith(result.fields, arrays, path, files.writing())); }));
 
-    const TransferRecord record{source, fields, &target, result, options, progress.times(), placement_.placement()};
+    TransferRecord record{source, fields, &target, result, options, progress.times(), placement_.placement()};
+    record.validation = validation ? &*validation : nullptr;
+    const Verdict verdict = judge(record, quality_.rules());
+    record.verdict = &verdict;
     recordFiles.prepare(record, progress, outputs);
     publishAll(outputs); // all of them are complete
     if (!files.quiet)
@@ -144,9 +157,9 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
     if (result.outcome == Outcome::propagationWarning)
     {
         warn("regions of the target are not connected to any region with values; they hold 0", "unreached");
-        return ExitStatus::propagationWarning;
+        return QualityArguments::report(verdict, ExitStatus::propagationWarning);
     }
-    return ExitStatus::done;
+    return QualityArguments::report(verdict, ExitStatus::done);
 }
 
 } // namespace veltrane

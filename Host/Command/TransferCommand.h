@@ -6,6 +6,7 @@
 #include "MapCache.h"
 #include "MeshPair.h"
 #include "PlacementArguments.h"
+#include "QualityArguments.h"
 #include "RecordFiles.h"
 #include "Series.h"
 #include "TransferArguments.h"
@@ -38,6 +39,7 @@ private:
     TransferArguments arguments_;
     PlacementArguments placement_;
     SeriesArguments series_;
+    QualityArguments quality_;
     RecordFileOptions recordFiles_;
 };
 

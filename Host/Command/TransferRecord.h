@@ -18,6 +18,9 @@
 namespace veltrane
 {
 
+struct Validation;
+struct Verdict;
+
 /// For the summary, the report and the picture, which all are of one transfer; lives no longer than what it refers to.
 struct TransferRecord
 {
@@ -27,7 +30,9 @@ struct TransferRecord
     const TransferResult& result;
     const TransferOptions& options;
     const StageTimes& times;
-    Placement placement{}; ///< of the source
+    Placement placement{};                  ///< of the source
+    const Validation* validation = nullptr; ///< null if it was not asked for, or cannot be done
+    const Verdict* verdict = nullptr;       ///< null before it is made
 
     /// The target if it is a mesh, or if it is points, and otherwise null.
     const MeshFile* targetMesh() const;

@@ -1,8 +1,11 @@
 #include "TransferSummary.h"
 
 #include "FieldStatistics.h"
+#include "RangeChanges.h"
 #include "Report.h"
 #include "Text.h"
+#include "ValidationSummary.h"
+#include "Verdict.h"
 
 #include <algorithm>
 #include <cmath>
@@ -225,80 +228,35 @@ void printTimes(std::ostream& stream, const StageTimes& times)
     }
 }
 
-/// Where the values of the target reach beyond those of the source, or do not reach as far any more.
-class Notices
+void printList(std::ostream& stream, std::string_view label, const std::vector<std::string>& list)
 {
-public:
-    /// \param arePeaksWanted  whether the target is to hold all that the source does, as single points are not
-    explicit Notices(bool arePeaksWanted) : arePeaksWanted_(arePeaksWanted) {}
-
-    void compare(const std::string& name, const ComponentStatistics& source, const ComponentStatistics& target)
+    constexpr std::size_t mostNotices = 6;
+    for (std::size_t i = 0; i < std::min(list.size(), mostNotices); ++i)
     {
-        const double range = source.max - source.min;
-        if (range > 0)
-        {
-            note(name, "minimum", (source.min - target.min) / range);
-            note(name, "maximum", (target.max - source.max) / range);
-        }
+        printLine(stream, i == 0 ? label : "", text(list[i], i == 0 ? " of the source's range" : ""));
     }
-
-    void print(std::ostream& stream) const
+    if (list.size() > mostNotices)
     {
-        printList(stream, "beyond source", beyond_);
-        printList(stream, "peaks lost", lost_);
+        printLine(stream, "", text("and ", list.size() - mostNotices, " more"));
     }
-
-private:
-    /// \param excess  outwards, as part of the source's range
-    void note(const std::string& name, std::string_view which, double excess)
-    {
-        constexpr double notable = 0.01;
-        constexpr double notableLoss = 0.05; // a coarser mesh always loses a little
-        if (excess > notable || (arePeaksWanted_ && excess < -notableLoss))
-        {
-            (excess > 0 ? beyond_ : lost_)
-                .push_back(text(name, " ", which, " by ", inDigits(2, 100 * std::abs(excess)), " %"));
-        }
-    }
-
-    static void printList(std::ostream& stream, std::string_view label, const std::vector<std::string>& list)
-    {
-        constexpr std::size_t mostNotices = 6;
-        for (std::size_t i = 0; i < std::min(list.size(), mostNotices); ++i)
-        {
-            printLine(stream, i == 0 ? label : "", text(list[i], i == 0 ? " of the source's range" : ""));
-        }
-        if (list.size() > mostNotices)
-        {
-            printLine(stream, "", text("and ", list.size() - mostNotices, " more"));
-        }
-    }
-
-    bool arePeaksWanted_;
-    std::vector<std::string> beyond_;
-    std::vector<std::string> lost_;
-};
+}
 
 void printNotices(std::ostream& stream, const TransferRecord& record)
 {
-    const TransferResult& result = record.result;
-    // Default values are none of the source's and say nothing of it.
-    const auto isOfSource = [&](std::size_t location)
+    constexpr double notable = 0.01;
+    const bool arePeaksWanted = record.targetMesh() != nullptr; // single points need not hold all that the source does
+    std::vector<std::string> beyond;
+    std::vector<std::string> lost;
+    for (const auto& [name, end, excess] : rangeChanges(record))
     {
-        const std::vector<Finding>& findings = result.findings.empty() ? result.gaussPointFindings : result.findings;
-        return findings[location] == Finding::inside || findings[location] == Finding::near;
-    };
-    Notices notices(record.targetMesh() != nullptr);
-    for (std::size_t i = 0; i < record.sourceFields.size(); ++i)
-    {
-        const Field& source = record.sourceFields[i];
-        for (int component = 0; component < source.componentCount(); ++component)
+        if (excess > notable || (arePeaksWanted && excess < -notablePeakLoss))
         {
-            notices.compare(componentName(source, component), statisticsOf(source, component),
-                            statisticsOf(record.result.fields[i], component, isOfSource));
+            (excess > 0 ? beyond : lost)
+                .push_back(text(name, " ", end, " by ", inDigits(2, 100 * std::abs(excess)), " %"));
         }
     }
-    notices.print(stream);
+    printList(stream, "beyond source", beyond);
+    printList(stream, "peaks lost", lost);
 }
 
 /// A table of the values on both sides, without those at the target that are none of the source's.
@@ -354,6 +312,10 @@ std::string describe(const MeshFile& file)
 
 void printSummary(std::ostream& stream, const TransferRecord& record)
 {
+    if (record.verdict != nullptr)
+    {
+        printLine(stream, "verdict", record.verdict->text);
+    }
     printLine(stream, "source", record.source.path().string());
     printLine(stream, "", describe(record.source));
     if (!record.placement.isIdentity())
@@ -382,6 +344,10 @@ void printSummary(std::ostream& stream, const TransferRecord& record)
     stream << '\n';
     printValues(stream, valuesHeading(record), record);
     printNotices(stream, record);
+    if (record.validation != nullptr)
+    {
+        printValidation(stream, record);
+    }
 }
 
 } // namespace veltrane

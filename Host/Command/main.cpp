@@ -1,4 +1,5 @@
 // The command veltrane.
+#include "CommandLine.h"
 #include "CompareCommand.h"
 #include "ExitStatus.h"
 #include "Failures.h"
@@ -91,6 +92,7 @@ int main(int argc, char** argv)
 {
     using veltrane::ExitStatus;
     veltrane::catchInterruptions();
+    veltrane::rememberCommandLine(argc, argv);
     CLI::App app("Transfers results between finite-element meshes.", "veltrane");
     app.require_subcommand(1);
     app.set_version_flag("--version", veltrane::versionText, "Print the versions of the command and of the library");

@@ -12,10 +12,12 @@
 #include <vtkPlane.h>
 #include <vtkPointData.h>
 #include <vtkPolyData.h>
+#include <vtkSmartPointer.h>
 #include <vtkUnstructuredGrid.h>
 
 #include <algorithm>
 #include <map>
+#include <unordered_map>
 
 namespace veltrane
 {
@@ -25,16 +27,66 @@ namespace
 constexpr const char* valueName = "value";
 constexpr const char* elementName = "element";
 
-void addElement(vtkUnstructuredGrid& grid, const Mesh& mesh, int element)
+/// Those that have nodes on both sides of the plane, or in it.
+std::vector<int> elementsAt(const CutPlane& plane, const Mesh& mesh)
 {
-    const VtkCellKind& kind = vtkCellKindOf(mesh.kindOf(element).kind);
-    const std::span<const int> nodes = mesh.nodesOf(element);
-    std::vector<vtkIdType> cellNodes(nodes.size());
-    for (std::size_t i = 0; i < nodes.size(); ++i)
+    std::vector<signed char> sides(static_cast<std::size_t>(mesh.nodeCount()));
+    for (std::size_t node = 0; node < sides.size(); ++node)
     {
-        cellNodes[static_cast<std::size_t>(kind.nodeOrder[i])] = nodes[i];
+        const double way = double{mesh.coordinates()[3 * node + plane.axis]} - plane.position;
+        sides[node] = static_cast<signed char>(way < 0 ? -1 : way > 0 ? 1 : 0);
     }
-    grid.InsertNextCell(kind.cellType, static_cast<vtkIdType>(nodes.size()), cellNodes.data());
+    std::vector<int> elements;
+    for (int element = 0; element < mesh.elementCount(); ++element)
+    {
+        const auto nodes = mesh.nodesOf(element);
+        const int first = sides[static_cast<std::size_t>(nodes.front())];
+        const bool isCut =
+            first == 0 ||
+            std::ranges::any_of(nodes, [&](int node) { return sides[static_cast<std::size_t>(node)] != first; });
+        if (isCut)
+        {
+            elements.push_back(element);
+        }
+    }
+    return elements;
+}
+
+/// Some elements of a mesh, with their nodes alone.
+vtkSmartPointer<vtkUnstructuredGrid> gridOf(const Mesh& mesh, std::span<const double> values,
+                                            const std::vector<int>& elements)
+{
+    const auto grid = vtkSmartPointer<vtkUnstructuredGrid>::New();
+    vtkNew<vtkPoints> points;
+    vtkNew<vtkDoubleArray> nodeValues;
+    nodeValues->SetName(valueName);
+    vtkNew<vtkIdTypeArray> numbers;
+    numbers->SetName(elementName);
+    grid->Allocate(static_cast<vtkIdType>(elements.size()));
+    std::unordered_map<int, vtkIdType> pointOfNode;
+    std::vector<vtkIdType> cellNodes;
+    for (const int element : elements)
+    {
+        const VtkCellKind& kind = vtkCellKindOf(mesh.kindOf(element).kind);
+        const std::span<const int> nodes = mesh.nodesOf(element);
+        cellNodes.resize(nodes.size());
+        for (std::size_t i = 0; i < nodes.size(); ++i)
+        {
+            const auto [found, isNew] = pointOfNode.emplace(nodes[i], points->GetNumberOfPoints());
+            if (isNew)
+            {
+                points->InsertNextPoint(mesh.nodePosition(nodes[i]).data());
+                nodeValues->InsertNextValue(values[static_cast<std::size_t>(nodes[i])]);
+            }
+            cellNodes[static_cast<std::size_t>(kind.nodeOrder[i])] = found->second;
+        }
+        grid->InsertNextCell(kind.cellType, static_cast<vtkIdType>(nodes.size()), cellNodes.data());
+        numbers->InsertNextValue(element);
+    }
+    grid->SetPoints(points);
+    grid->GetPointData()->AddArray(nodeValues);
+    grid->GetCellData()->AddArray(numbers);
+    return grid;
 }
 
 PlaneEdge edgeBetween(std::size_t a, std::size_t b)
@@ -103,40 +155,9 @@ void readCells(vtkPolyData& polygons, Cut& cut)
 
 } // namespace
 
-struct CutMesh::Contents
+Cut cutThrough(const Mesh& mesh, std::span<const double> values, const CutPlane& plane)
 {
-    vtkNew<vtkUnstructuredGrid> grid;
-};
-
-CutMesh::CutMesh(const Mesh& mesh, std::span<const double> values) : contents_(std::make_unique<Contents>())
-{
-    vtkUnstructuredGrid& grid = *contents_->grid;
-    vtkNew<vtkPoints> points;
-    vtkNew<vtkDoubleArray> nodeValues;
-    nodeValues->SetName(valueName);
-    for (int node = 0; node < mesh.nodeCount(); ++node)
-    {
-        const std::span<const float, 3> place = mesh.nodePosition(node);
-        points->InsertNextPoint(place.data());
-        nodeValues->InsertNextValue(values[static_cast<std::size_t>(node)]);
-    }
-    grid.SetPoints(points);
-    grid.GetPointData()->AddArray(nodeValues);
-    vtkNew<vtkIdTypeArray> elements;
-    elements->SetName(elementName);
-    grid.Allocate(mesh.elementCount());
-    for (int element = 0; element < mesh.elementCount(); ++element)
-    {
-        addElement(grid, mesh, element);
-        elements->InsertNextValue(element);
-    }
-    grid.GetCellData()->AddArray(elements);
-}
-
-CutMesh::~CutMesh() = default;
-
-Cut CutMesh::cut(const CutPlane& plane) const
-{
+    const vtkSmartPointer<vtkUnstructuredGrid> grid = gridOf(mesh, values, elementsAt(plane, mesh));
     std::array<double, 3> normal{};
     normal[plane.axis] = 1;
     std::array<double, 3> origin{};
@@ -149,7 +170,7 @@ Cut CutMesh::cut(const CutPlane& plane) const
     vtkNew<vtkCutter> cutter;
     cutter->SetCutFunction(function);
     cutter->GenerateTrianglesOn();
-    cutter->SetInputData(contents_->grid);
+    cutter->SetInputData(grid);
     cutter->Update();
     vtkPolyData& polygons = *cutter->GetOutput();
 
@@ -158,13 +179,13 @@ Cut CutMesh::cut(const CutPlane& plane) const
     {
         return cut;
     }
-    vtkDataArray& values = *polygons.GetPointData()->GetArray(valueName);
+    vtkDataArray& valuesOfPoints = *polygons.GetPointData()->GetArray(valueName);
     for (vtkIdType i = 0; i < polygons.GetNumberOfPoints(); ++i)
     {
         std::array<double, 3> place{};
         polygons.GetPoint(i, place.data());
         cut.points.push_back({place[plane.right()], place[plane.up()]});
-        cut.values.push_back(values.GetComponent(i, 0));
+        cut.values.push_back(valuesOfPoints.GetComponent(i, 0));
     }
     readCells(polygons, cut);
     return cut;

@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cstddef>
-#include <memory>
 #include <span>
 #include <vector>
 
@@ -38,21 +37,8 @@ struct Cut
     std::vector<PlaneEdge> outline;                    ///< around all of them
 };
 
-/// A mesh with a value at each node, to be cut again and again.
-class CutMesh
-{
-public:
-    CutMesh(const Mesh& mesh, std::span<const double> values);
-    ~CutMesh();
-    CutMesh(const CutMesh&) = delete;
-    CutMesh& operator=(const CutMesh&) = delete;
-
-    Cut cut(const CutPlane& plane) const;
-
-private:
-    struct Contents;
-    std::unique_ptr<Contents> contents_;
-};
+/// The cut of a mesh with a value at each node. Only elements that the plane goes through are looked at closely.
+Cut cutThrough(const Mesh& mesh, std::span<const double> values, const CutPlane& plane);
 
 } // namespace veltrane
 

@@ -1,4 +1,4 @@
-/// The cut that shows most of a transfer.
+/// Where a transfer is cut if nothing else is said.
 #ifndef VELTRANE_HOST_CUT_CHOICE_H
 #define VELTRANE_HOST_CUT_CHOICE_H
 
@@ -9,32 +9,19 @@
 namespace veltrane
 {
 
-/// The cuts of both meshes by one plane.
-struct CutPair
-{
-    CutPlane plane;
-    Cut source;
-    Cut target;
-};
+/// The node or point of the largest magnitude among values of which some may be not a number; 0 if all are.
+std::size_t peakOf(std::span<const double> values);
 
-/// Tries planes across each axis: through the middle of the target, at its quarters, and where its value is largest.
-/// Takes the one on which the target differs most from its mean, or leaves the source most, seen over the area.
-CutPair mostTellingCut(const CutMesh& source, const CutMesh& target, const Mesh& targetMesh,
-                       std::span<const double> targetValues);
+/// The plane through the peak of a mesh's values, across the axis along which the mesh extends least, so that most of
+/// it is seen. It lies just beside the faces of elements that are in the plane.
+CutPlane planeThroughPeak(const Mesh& mesh, std::span<const double> values);
 
-/// A plane, and the cut of the source by it.
-struct SourceCut
-{
-    CutPlane plane;
-    Cut cut;
-};
+/// The planes through the peak across each axis, that one first.
+std::vector<CutPlane> planesThroughPeak(const Mesh& mesh, std::span<const double> values);
 
-/// For a target of points: tries planes through some of them across each axis. Takes the one to which most points are
-/// near and on which the source differs most from its mean.
-///
-/// \param sourceValues, pointValues  not a number where there is no usable one
-SourceCut mostTellingCut(const CutMesh& source, const Mesh& sourceMesh, std::span<const double> sourceValues,
-                         const PointCloud& points, std::span<const double> pointValues);
+/// For a target of points: the plane through the point of the largest value, across the axis along which the points
+/// extend least, within the source. If it does not meet the source, one that goes through its first element.
+CutPlane planeThroughPeak(const Mesh& source, const PointCloud& points, std::span<const double> pointValues);
 
 } // namespace veltrane
 

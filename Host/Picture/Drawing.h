@@ -1,25 +1,20 @@
-/// Drawing into a picture file.
+/// Drawing into a picture file, or into a part of a page.
 #ifndef VELTRANE_HOST_DRAWING_H
 #define VELTRANE_HOST_DRAWING_H
 
 #include "ColourScale.h"
+#include "Regions.h"
 
 #include <cairo.h>
 
 #include <filesystem>
-#include <functional>
 #include <memory>
+#include <span>
 #include <string>
+#include <vector>
 
 namespace veltrane
 {
-
-/// Pixels with red, green, blue and opacity.
-struct Pixel
-{
-    Colour colour;
-    double opacity;
-};
 
 enum class Align
 {
@@ -28,25 +23,43 @@ enum class Align
     right
 };
 
-/// A white canvas; places are in pixels from its upper left corner.
+/// A line from one place to another.
+using Segment = std::array<PlanePoint, 2>;
+
+enum class DrawingFormat
+{
+    pixels, ///< on white
+    vectors ///< on whatever is beneath
+};
+
+/// What is drawn in this colour is of the page's own colour of text in vector graphics, for light and dark pages.
+inline constexpr Colour ink{0.1, 0.1, 0.1};
+
+/// A canvas; places are in pixels from its upper left corner.
 class Drawing
 {
 public:
-    Drawing(int width, int height);
+    Drawing(DrawingFormat format, int width, int height);
 
-    void text(double x, double y, const std::string& words, double size, Align align = Align::left, bool isBold = false,
-              const Colour& colour = {0.1, 0.1, 0.1});
+    void text(double x, double y, const std::string& words, double size, Align align = Align::left,
+              bool isBold = false);
     void line(double x1, double y1, double x2, double y2, double width, const Colour& colour, double opacity = 1);
+    void lines(std::span<const Segment> segments, double width, const Colour& colour, double opacity = 1);
     void disc(double x, double y, double radius, const Colour& colour);
     void circle(double x, double y, double radius, double width, const Colour& colour);
     void rectangle(double x, double y, double width, double height, const Colour& colour);
+    void fill(const Loops& loops, const Colour& colour);
 
-    /// Puts an image of so many columns and rows into a rectangle; its pixels are asked for by column and row.
-    void image(double x, double y, double width, double height, int columns, int rows,
-               const std::function<Pixel(int column, int row)>& pixel);
+    /// Diagonal stripes over what is within some loops and outside of others.
+    void hatch(const Loops& within, const Loops& without, const Colour& colour);
 
-    /// Throws CannotWrite with nothing but the reason.
-    void write(const std::filesystem::path& path) const;
+    /// As a PNG or an SVG file. Throws CannotWrite with nothing but the reason.
+    void write(const std::filesystem::path& path);
+
+    /// Vector graphics as an element of an HTML page. There must be no other one with the same name on the page.
+    ///
+    /// \param description  for those who do not see it
+    std::string svg(const std::string& name, const std::string& description);
 
 private:
     struct Free
@@ -55,6 +68,15 @@ private:
         void operator()(cairo_t* context) const { cairo_destroy(context); }
     };
 
+    void setColour(const Colour& colour, double opacity = 1);
+    void addPath(const Loops& loops);
+    std::string finishedSvg();
+
+    DrawingFormat format_;
+    int width_;
+    int height_;
+    std::unique_ptr<std::string> written_; ///< of vector graphics; stays where it is when the drawing is moved
+    std::string words_;                    ///< of vector graphics, which have them as text
     std::unique_ptr<cairo_surface_t, Free> surface_;
     std::unique_ptr<cairo_t, Free> context_;
 };

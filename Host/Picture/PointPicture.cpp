@@ -26,9 +26,9 @@ bool hasValue(const PicturePoints& target, std::size_t point)
 }
 
 /// Those that elements of the source have given.
-std::vector<double> sampledValues(const PicturePoints& target)
+std::vector<double> sampledValues(const PicturePoints& target, std::optional<int> component)
 {
-    std::vector<double> values = shownValues(target.field);
+    std::vector<double> values = shownValues(target.field, component);
     for (std::size_t point = 0; point < values.size(); ++point)
     {
         if (!hasValue(target, point))
@@ -99,7 +99,7 @@ void drawDot(Drawing& drawing, double x, double y, double radius, const Colour& 
 
 void drawDots(PicturePage& page, std::span<const Dot> dots, double radius, const std::optional<ColourScale>& scale)
 {
-    const Panel& panel = page.targetPanel();
+    const Panel& panel = page.panel(1);
     for (const Dot& dot : dots)
     {
         const double x = panel.x(dot.place);
@@ -121,7 +121,7 @@ void drawLabels(PicturePage& page, std::span<const Dot> dots)
     constexpr double size = 18;
     constexpr double spacing = 16;   // of a dot's middle and its label
     constexpr double mostWidth = 70; // of a label
-    const Panel& panel = page.targetPanel();
+    const Panel& panel = page.panel(1);
     const auto isFree = [&](const Dot& dot)
     {
         return std::ranges::none_of(dots,
@@ -144,26 +144,16 @@ void drawLabels(PicturePage& page, std::span<const Dot> dots)
     }
 }
 
-/// The place of the source's material in the cut, without values.
-void drawMaterial(PicturePage& page, const Raster& raster)
-{
-    const Panel& panel = page.targetPanel();
-    page.drawing().image(panel.left, panel.top, panel.width(), panel.height(), raster.width, raster.height,
-                         [&](int column, int row) {
-                             return Pixel{material, raster.isCovered[raster.index(column, row)] ? 1.0 : 0.0};
-                         });
-}
-
 /// Points away from the cut are smaller.
-void drawTarget(PicturePage& page, std::span<const Dot> dots, const Cut& cut, const Raster& raster,
+void drawTarget(PicturePage& page, std::span<const Dot> dots, const CutView& view,
                 const std::optional<ColourScale>& scale)
 {
     const auto nearCount = static_cast<std::size_t>(std::ranges::count(dots, true, &Dot::isNearCut));
     const std::size_t awayCount = dots.size() - nearCount;
-    drawMaterial(page, raster);
-    drawDots(page, dots.first(awayCount), 0.6 * dotRadius(page.targetPanel(), dots.size()), scale);
-    page.drawOutline(page.targetPanel(), cut);
-    drawDots(page, dots.last(nearCount), dotRadius(page.targetPanel(), nearCount), scale);
+    page.drawArea(page.panel(1), view, material);
+    drawDots(page, dots.first(awayCount), 0.6 * dotRadius(page.panel(1), dots.size()), scale);
+    page.drawOutline(page.panel(1), view.cut);
+    drawDots(page, dots.last(nearCount), dotRadius(page.panel(1), nearCount), scale);
     constexpr std::size_t mostLabels = 12;
     if (dots.size() <= mostLabels)
     {
@@ -194,11 +184,11 @@ void drawFoot(PicturePage& page, const PicturePoints& target, std::span<const Do
     const bool haveAllValues = std::ranges::all_of(dots, &Dot::hasValue);
     if (!haveAllValues)
     {
-        const auto [x, y] = page.footSign();
+        const auto [x, y] = page.footSign(1);
         drawRing(page.drawing(), x, y, radius);
     }
     const bool isOneAway = !std::ranges::all_of(dots, &Dot::isNearCut);
-    page.drawFoot(text(countText(target), isOneAway ? "; small ones are away from the cut" : ""),
+    page.drawFoot(1, text(countText(target), isOneAway ? "; small ones are away from the cut" : ""),
                   haveAllValues ? 0 : 36);
 }
 
@@ -216,30 +206,32 @@ PlaneBox widened(PlaneBox box)
 
 } // namespace
 
-void writePicture(const PictureSide& source, const PicturePoints& target, const std::filesystem::path& path)
+Drawing drawSampling(DrawingFormat format, const PictureSide& source, const PicturePoints& target,
+                     const PictureChoice& choice)
 {
-    const std::vector<double> sourceValues = shownValues(source.field);
-    const std::vector<double> pointValues = sampledValues(target);
-    const auto [plane, cut] =
-        mostTellingCut(CutMesh(source.mesh, sourceValues), source.mesh, sourceValues, target.points, pointValues);
+    const std::vector<double> pointValues = sampledValues(target, choice.component);
+    const CutPlane plane = choice.plane ? *choice.plane : planeThroughPeak(source.mesh, target.points, pointValues);
+    const CutView view(cutThrough(source.mesh, shownValues(source.field, choice.component), plane));
 
     const std::vector<Dot> dots = dotsOf(target, pointValues, plane, double{source.mesh.boundingBox().size()});
     std::vector<PlanePoint> places;
     std::ranges::transform(dots, std::back_inserter(places), &Dot::place);
 
-    PicturePage page(source.field, plane, widened(boxAround(cut.points, places)));
-    const Raster raster = page.rasterize(cut);
+    const PlaneBox box = widened(boxAround(view.cut.points, places));
+    PicturePage page(format, 2, shownName(source.field, choice.component), plane, box);
     // The points may lie away from the cut.
-    const std::optional<ColourScale> scale = united(scaleOf(raster.values), scaleOf(pointValues));
-    page.drawTitle(page.sourcePanel(), "source", titleOf(source));
-    page.drawCut(page.sourcePanel(), cut, raster, raster, scale);
-    page.drawTitle(page.targetPanel(), "points",
+    const std::optional<ColourScale> scale = choice.range
+                                                 ? std::optional(ColourScale((*choice.range)[0], (*choice.range)[1]))
+                                                 : united(scaleOf(sampled(view.cut, box).values), scaleOf(pointValues));
+    page.drawTitle(page.panel(0), "source", titleOf(source));
+    page.drawCut(page.panel(0), view, scale);
+    page.drawTitle(page.panel(1), "points",
                    text(target.name, ", ", target.points.pointCount(),
                         target.points.pointCount() == 1 ? " point" : " points", " seen along ", "xyz"[plane.axis]));
-    drawTarget(page, dots, cut, raster, scale);
-    page.drawScale(scale);
+    drawTarget(page, dots, view, scale);
+    page.drawScale(0, 1, scale);
     drawFoot(page, target, dots);
-    page.write(path);
+    return std::move(page.drawing());
 }
 
 } // namespace veltrane

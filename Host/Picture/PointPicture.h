@@ -7,7 +7,6 @@
 #include "Transfer.h"
 #include "TransferPicture.h"
 
-#include <filesystem>
 #include <span>
 #include <string>
 
@@ -23,10 +22,11 @@ struct PicturePoints
     std::span<const ValueOrigin> origins; ///< of the points' values
 };
 
-/// Writes a PNG file with a cut through the source and, beside it, the points in the same colour scale as they are seen
-/// along the axis across the cut; those without a value from an element of the source are rings. Otherwise as for
-/// transfers between meshes.
-void writePicture(const PictureSide& source, const PicturePoints& target, const std::filesystem::path& path);
+/// A cut through the source and, beside it, the points in the same colour scale as they are seen along the axis across
+/// the cut; those without a value from an element of the source are rings. Without a plane the cut goes through the
+/// point of the largest value. Otherwise as for transfers between meshes.
+Drawing drawSampling(DrawingFormat format, const PictureSide& source, const PicturePoints& target,
+                     const PictureChoice& choice);
 
 } // namespace veltrane
 

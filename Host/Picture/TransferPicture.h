@@ -4,8 +4,9 @@
 
 #include "Field.h"
 #include "Mesh.h"
+#include "PicturePage.h"
 
-#include <filesystem>
+#include <span>
 #include <string>
 
 namespace veltrane
@@ -22,10 +23,14 @@ struct PictureSide
 /// What stands above its panel.
 std::string titleOf(const PictureSide& side);
 
-/// Writes a PNG file with a cut through source and target in one colour scale, the one that shows most; where the
-/// target leaves the source it is hatched. Vector and tensor fields are shown by their magnitudes. Needs no display.
-/// Throws CannotWrite with nothing but the reason.
-void writePicture(const PictureSide& source, const PictureSide& target, const std::filesystem::path& path);
+/// A cut through source and target in one colour scale; where the target leaves the source it is hatched. Beside them,
+/// if there are any, the differences at the source's nodes, in a scale of their own. Without a plane the cut goes
+/// through the peak of the target's values. Needs no display. Throws InvalidOption if a plane that is chosen meets
+/// neither mesh.
+///
+/// \param differences  per node of the source, or empty
+Drawing drawTransfer(DrawingFormat format, const PictureSide& source, const PictureSide& target,
+                     std::span<const double> differences, const PictureChoice& choice);
 
 } // namespace veltrane
 

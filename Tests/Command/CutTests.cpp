@@ -6,6 +6,7 @@
 #include "CutChoice.h"
 #include "MeshFile.h"
 #include "Raster.h"
+#include "Regions.h"
 
 #include <vtkCellType.h>
 
@@ -17,6 +18,7 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <utility>
 
 namespace
 {
@@ -24,7 +26,6 @@ namespace
 using testing::ElementsAre;
 using veltrane::ColourScale;
 using veltrane::Cut;
-using veltrane::CutMesh;
 using veltrane::CutPlane;
 using veltrane::Mesh;
 using veltrane::PlaneEdge;
@@ -45,7 +46,7 @@ struct SampledMesh
     }
 
     const Mesh& mesh() const { return file->mesh(); }
-    CutMesh cutMesh() const { return {mesh(), values}; }
+    Cut cut(const CutPlane& plane) const { return veltrane::cutThrough(mesh(), values, plane); }
 
     std::unique_ptr<veltrane::MeshFile> file;
     std::vector<double> values;
@@ -76,7 +77,7 @@ double lengthOf(const Cut& cut, const std::vector<PlaneEdge>& edges)
 TEST(Cut, HasAreaOutlineAndEdgesOfTheElementsItGoesThrough)
 {
     const SampledMesh cubes(*makeGrid(VTK_HEXAHEDRON, 2), linear);
-    const Cut cut = cubes.cutMesh().cut({2, 0.3});
+    const Cut cut = cubes.cut({2, 0.3});
     EXPECT_NEAR(areaOf(cut), 1, 1e-6);
     EXPECT_NEAR(lengthOf(cut, cut.outline), 4, 1e-6);
     EXPECT_NEAR(lengthOf(cut, cut.elementEdges), 6, 1e-6);
@@ -96,7 +97,7 @@ TEST(Cut, ShowsTheAxesAcrossItToTheRightAndUpwards)
     const SampledMesh block(*builder.grid(), linear);
     const auto sizeAcross = [&](std::size_t axis)
     {
-        const Cut cut = block.cutMesh().cut({axis, 0.5});
+        const Cut cut = block.cut({axis, 0.5});
         const veltrane::PlaneBox box = veltrane::boxAround(cut.points, cut.points);
         return std::array{std::lround(box.width()), std::lround(box.height())};
     };
@@ -112,7 +113,7 @@ class CutOfKind : public testing::TestWithParam<int>
 TEST_P(CutOfKind, FillsTheCube)
 {
     const SampledMesh grid(*makeGrid(GetParam(), 2), linear);
-    const Cut cut = grid.cutMesh().cut({0, 0.3});
+    const Cut cut = grid.cut({0, 0.3});
     EXPECT_NEAR(areaOf(cut), 1, 1e-6);
     EXPECT_NEAR(lengthOf(cut, cut.outline), 4, 1e-6);
 }
@@ -123,7 +124,7 @@ INSTANTIATE_TEST_SUITE_P(AllKinds, CutOfKind,
 TEST(Cut, OfSurfacesIsALine)
 {
     const SampledMesh plate(*makeGrid(VTK_QUAD, 1), linear);
-    const Cut cut = plate.cutMesh().cut({1, 0.25});
+    const Cut cut = plate.cut({1, 0.25});
     EXPECT_TRUE(cut.triangles.empty());
     EXPECT_NEAR(lengthOf(cut, cut.lines), 1, 1e-6);
 }
@@ -195,48 +196,117 @@ TEST(ColourScale, HasRoundTicksInFewDigits)
     EXPECT_THAT(texts(7, 7), ElementsAre("7"));
 }
 
-TEST(MostTellingCut, ShowsHowTheFieldVaries)
+/// Two triangles that share the side from (0, 0) to (1, 1) of a square, given in opposite directions of rotation.
+Cut squareOfTwoTriangles(std::vector<double> values)
 {
-    for (std::size_t axis = 0; axis < 3; ++axis)
+    Cut cut;
+    cut.points = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
+    cut.values = std::move(values);
+    cut.triangles = {{0, 1, 2}, {0, 3, 2}};
+    return cut;
+}
+
+double areaOf(const veltrane::Loops& loops)
+{
+    double area = 0;
+    for (const veltrane::Loop& loop : loops)
     {
-        const SampledMesh cubes(*makeGrid(VTK_HEXAHEDRON, 4), [=](const Point& p) { return p[axis] * p[axis]; });
-        const CutMesh cutMesh = cubes.cutMesh();
-        const CutPlane plane = veltrane::mostTellingCut(cutMesh, cutMesh, cubes.mesh(), cubes.values).plane;
-        EXPECT_NE(plane.axis, axis);
+        for (std::size_t i = 0; i < loop.size(); ++i)
+        {
+            const auto& a = loop[i];
+            const auto& b = loop[(i + 1) % loop.size()];
+            area += (a[0] * b[1] - b[0] * a[1]) / 2;
+        }
+    }
+    return area;
+}
+
+TEST(CutRegions, AreOneAreaWithoutTheSidesWithin)
+{
+    const Cut cut = squareOfTwoTriangles({0, 1, 1, 0});
+    const veltrane::CutRegions regions(cut);
+    ASSERT_EQ(regions.covered().size(), 1U);
+    EXPECT_EQ(regions.covered()[0].size(), 4U);
+    EXPECT_NEAR(areaOf(regions.covered()), 1, 1e-12);
+}
+
+/// The value is x.
+TEST(CutRegions, LieAboveALevel)
+{
+    const Cut cut = squareOfTwoTriangles({0, 1, 1, 0});
+    const veltrane::CutRegions regions(cut);
+    EXPECT_NEAR(areaOf(regions.above(0.75)), 0.25, 1e-12);
+    EXPECT_NEAR(areaOf(regions.above(0)), 1, 1e-12);
+    EXPECT_TRUE(regions.above(1.5).empty());
+    for (const auto& [x, y] : regions.above(0.75)[0])
+    {
+        EXPECT_GE(x, 0.75 - 1e-12);
     }
 }
 
-/// The target leaves the source at one side in z; a cut across another axis shows it, and those across z do not.
-TEST(MostTellingCut, ShowsWhereTheTargetIsOutside)
+TEST(CutRegions, LeaveOutTrianglesWithoutValues)
 {
-    const SampledMesh source(*makeGrid(VTK_HEXAHEDRON, 4), linear);
+    const Cut cut = squareOfTwoTriangles({0, 1, 1, std::numeric_limits<double>::quiet_NaN()});
+    const veltrane::CutRegions regions(cut);
+    EXPECT_NEAR(areaOf(regions.covered()), 1, 1e-12);
+    EXPECT_NEAR(areaOf(regions.withValues()), 0.5, 1e-12);
+    EXPECT_NEAR(areaOf(regions.above(0.5)), 0.5 - 0.125, 1e-12);
+}
+
+/// A ring of cubes: its hole has a border of its own, that runs the other way.
+TEST(CutRegions, HaveHoles)
+{
     GridBuilder builder;
-    builder.addGrid(VTK_HEXAHEDRON, 2, 0.25, 0.75);
-    builder.addCube(VTK_HEXAHEDRON, {0.25, 0.25, 1}, 0.25);
-    const SampledMesh target(*builder.grid(), [](const Point& p) { return p[0] + p[1]; });
-    const CutPlane plane =
-        veltrane::mostTellingCut(source.cutMesh(), target.cutMesh(), target.mesh(), target.values).plane;
-    EXPECT_NE(plane.axis, 2U);
-    EXPECT_GT(plane.position, 0.25);
-    EXPECT_LT(plane.position, 0.5);
+    for (int i = 0; i < 9; ++i)
+    {
+        if (i != 4)
+        {
+            builder.addCube(VTK_HEXAHEDRON, {0.25 * (i % 3), 0.25 * (i / 3), 0}, 0.25);
+        }
+    }
+    const SampledMesh ring(*builder.grid(), linear);
+    const Cut cut = ring.cut({2, 0.1});
+    const veltrane::Loops covered = veltrane::CutRegions(cut).covered();
+    EXPECT_EQ(covered.size(), 2U);
+    EXPECT_NEAR(areaOf(covered), 8 * 0.0625, 1e-6);
 }
 
-class PointCut : public testing::Test
+TEST(CutRegions, LosePointsThatCannotBeSeen)
 {
-protected:
-    CutPlane planeThrough(const std::vector<float>& coordinates) const
+    const veltrane::Loops loops{{{0, 0}, {1, 0.001}, {2, 0}, {2, 2}, {0, 2}}, {{0, 0}, {0.001, 0}, {0, 0.001}}};
+    const veltrane::Loops left = veltrane::simplified(loops, 0.01);
+    ASSERT_EQ(left.size(), 1U);
+    EXPECT_EQ(left[0].size(), 4U);
+}
+
+/// A plate of 1 by 1 by 0.25 with a peak at x = 0.75, y = 0.5, z = 0.25; one of its values is not a number.
+TEST(PlaneThroughPeak, GoesAcrossTheShortestAxis)
+{
+    GridBuilder builder;
+    for (int i = 0; i < 16; ++i)
     {
-        const std::vector<int> materials(coordinates.size() / 3, 0);
-        const veltrane::PointCloud points(coordinates, materials, {{}});
-        const std::vector<double> values(materials.size(), 1);
-        return veltrane::mostTellingCut(cubes.cutMesh(), cubes.mesh(), cubes.values, points, values).plane;
+        builder.addCube(VTK_HEXAHEDRON, {0.25 * (i % 4), 0.25 * (i / 4), 0}, 0.25);
     }
+    const SampledMesh plate(*builder.grid(),
+                            [](const Point& p) {
+                                return p == Point{0, 0, 0}           ? std::numeric_limits<double>::quiet_NaN()
+                                       : p == Point{0.75, 0.5, 0.25} ? -7.0
+                                                                     : 1.0;
+                            });
+    const std::vector<CutPlane> planes = veltrane::planesThroughPeak(plate.mesh(), plate.values);
+    ASSERT_EQ(planes.size(), 3U);
+    const std::array<double, 3> peak{0.75, 0.5, 0.25};
+    EXPECT_EQ(planes[0].axis, 2U);
+    for (const CutPlane& plane : planes)
+    {
+        EXPECT_NEAR(plane.position, peak[plane.axis], 1e-4);
+        EXPECT_FALSE(plate.cut(plane).triangles.empty());
+    }
+}
 
-    const SampledMesh cubes{*makeGrid(VTK_HEXAHEDRON, 4), [](const Point& p) { return p[0] + p[1] + p[2]; }};
-};
-
-TEST_F(PointCut, GoesThroughPointsInOnePlane)
+TEST(PlaneThroughPeak, GoesThroughPointsInOnePlane)
 {
+    const SampledMesh cubes(*makeGrid(VTK_HEXAHEDRON, 4), linear);
     for (std::size_t axis = 0; axis < 3; ++axis)
     {
         std::vector<float> coordinates;
@@ -248,40 +318,32 @@ TEST_F(PointCut, GoesThroughPointsInOnePlane)
             place[(axis + 2) % 3] = 0.125F * static_cast<float>(1 + i / 6);
             coordinates.insert(coordinates.end(), place.begin(), place.end());
         }
-        const CutPlane plane = planeThrough(coordinates);
+        const veltrane::PointCloud points(coordinates, std::vector<int>(36, 0), {{}});
+        const CutPlane plane = veltrane::planeThroughPeak(cubes.mesh(), points, std::vector<double>(36, 1));
         EXPECT_EQ(plane.axis, axis);
         EXPECT_NEAR(plane.position, 0.375, 1e-3);
     }
 }
 
-TEST_F(PointCut, GoesAlongARowOfPoints)
+TEST(PlaneThroughPeak, GoesThroughTheSourceEvenIfThePointIsBesideIt)
 {
-    EXPECT_NE(planeThrough({0.3F, 0.1F, 0.6F, 0.3F, 0.5F, 0.6F, 0.3F, 0.9F, 0.6F}).axis, 1U);
-    EXPECT_NE(planeThrough({0.3F, 0.6F, 0.1F, 0.3F, 0.6F, 0.5F, 0.3F, 0.6F, 0.9F}).axis, 2U);
+    const SampledMesh cubes(*makeGrid(VTK_HEXAHEDRON, 4), linear);
+    const veltrane::PointCloud points({1.04F, -0.03F, 1.02F}, {0}, {{}});
+    const std::vector<double> value{1};
+    const CutPlane plane = veltrane::planeThroughPeak(cubes.mesh(), points, value);
+    EXPECT_FALSE(cubes.cut(plane).triangles.empty());
 }
 
-TEST_F(PointCut, GoesThroughTheSourceEvenIfThePointIsBesideIt)
-{
-    const CutPlane plane = planeThrough({1.04F, -0.03F, 1.02F});
-    EXPECT_GT(plane.position, 0);
-    EXPECT_LT(plane.position, 1);
-}
-
-/// Two cubes at opposite corners of a larger one, with nothing between them.
-TEST(MostTellingCut, GoesThroughSomethingEvenIfTheMiddleIsEmpty)
+/// Two cubes at opposite corners of a larger one, with nothing between them, and a point there.
+TEST(PlaneThroughPeak, GoesThroughSomethingEvenIfThereIsNothingThere)
 {
     GridBuilder builder;
     builder.addCube(VTK_HEXAHEDRON, {0, 0, 0}, 0.125);
     builder.addCube(VTK_HEXAHEDRON, {0.875, 0.875, 0.875}, 0.125);
-    const SampledMesh cubes(*builder.grid(),
-                            [](const Point& p) {
-                                return p == Point{0.125, 0.125, 0.125} ? 1.0 : 0.0;
-                            });
-    const CutMesh cutMesh = cubes.cutMesh();
-    EXPECT_FALSE(veltrane::mostTellingCut(cutMesh, cutMesh, cubes.mesh(), cubes.values).target.triangles.empty());
+    const SampledMesh cubes(*builder.grid(), linear);
     const veltrane::PointCloud points({0.5, 0.5, 0.5}, {0}, {{}});
     const std::vector<double> noValue{std::numeric_limits<double>::quiet_NaN()};
-    EXPECT_FALSE(veltrane::mostTellingCut(cutMesh, cubes.mesh(), cubes.values, points, noValue).cut.triangles.empty());
+    EXPECT_FALSE(cubes.cut(veltrane::planeThroughPeak(cubes.mesh(), points, noValue)).triangles.empty());
 }
 
 } // namespace
