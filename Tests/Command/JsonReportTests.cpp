@@ -158,6 +158,7 @@ TEST_F(JsonReport, TellsOfPoints)
     EXPECT_EQ(read["formatVersion"], 2);
     EXPECT_EQ(read["source"]["nodes"], 27);
     EXPECT_EQ(read["target"], json({{"file", "points.csv"},
+                                    {"sha256", read["target"]["sha256"]},
                                     {"points", 3},
                                     {"materialArray", "material"},
                                     {"materials", {"5", "6"}},

@@ -143,7 +143,7 @@ TEST_F(Picture, HasTheRangeThatIsAskedFor)
     ASSERT_EQ(transfer(*makeGrid(VTK_TETRA, 3), {"--picture-range", "100,200"}).status, 0);
     const long long inRange = countPixels(runner.file("picture.png"), size, isYellow);
     EXPECT_GT(asIs, inRange + 10000);
-    EXPECT_LT(inRange, 1472 * 22 / 16); // of the bar
+    EXPECT_LT(inRange, 1472 * 22 / 4); // of the bar
 }
 
 /// The value is z, so that a cut across z is of one colour but for the bar, and one across x of all.

@@ -62,7 +62,8 @@ protected:
 
     json rule(const std::string& key) const
     {
-        for (const json& rule : report()["verdict"]["rules"])
+        const json read = report();
+        for (const json& rule : read["verdict"]["rules"])
         {
             if (rule["key"] == key)
             {
@@ -82,7 +83,7 @@ TEST_F(Quality, OfALinearFieldIsGoodToTheTolerance)
     EXPECT_EQ(result.errors, "");
     EXPECT_THAT(result.output, StartsWith("verdict           good: none of 216 nodes is far from the source; mapped "
                                           "back, T differs from the source by "));
-    EXPECT_THAT(result.output, HasSubstr("\nof the source           100 %     100 %     100 %"));
+    EXPECT_THAT(result.output, HasSubstr("\nof the source            100 %     100 %     100 %"));
     const json validation = report()["validation"];
     EXPECT_EQ(validation["source"]["mappedNodes"], 729);
     EXPECT_NEAR(validation["source"]["mappedVolume"].get<double>(), 1, 1e-6);
@@ -102,7 +103,7 @@ TEST_F(Quality, OfATargetThatIsTooCoarseSaysSoAtOnce)
     const CommandResult result = transfer(*makeGrid(VTK_HEXAHEDRON, 3), {"--validate"});
     ASSERT_EQ(result.status, 0) << result.errors;
     EXPECT_THAT(result.output, StartsWith("verdict           doubtful: mapped back, T differs from the source by "));
-    EXPECT_THAT(verdict(), HasSubstr("the target is too coarse, its nodes are 2.2 times as far apart as the source's"));
+    EXPECT_THAT(verdict(), HasSubstr("the target is too coarse, its nodes are 2.3 times as far apart as the source's"));
     EXPECT_EQ(rule("peak")["kept"], false);
     const json field = report()["validation"]["fields"][0];
     ASSERT_EQ(field["worst"].size(), 10U);
@@ -120,11 +121,11 @@ TEST_F(Quality, OfATargetThatIsTooCoarseSaysSoAtOnce)
 
 TEST_F(Quality, OfATargetInAnotherPlaceSaysSoAtOnce)
 {
-    const CommandResult result = transfer(*makeGrid(VTK_TETRA, 5, 0.09, 1.09), {"--validate", "--outside", "default"});
+    const CommandResult result = transfer(*makeGrid(VTK_TETRA, 4, 0.0625, 1.0625), {"--validate"});
     ASSERT_EQ(result.status, 0) << result.errors;
-    EXPECT_THAT(verdict(), StartsWith("doubtful: the target is as large as the source and lies 0.09, 0.09, 0.09 away "
-                                      "from it: are both in the same place?; 91 of 216 nodes (42.1 %) lie beside the "
-                                      "source, by "));
+    EXPECT_THAT(verdict(), StartsWith("doubtful: the target is as large as the source and lies 0.0625, 0.0625, 0.0625 "
+                                      "away from it: are both in the same place?; 61 of 125 nodes (48.8 %) lie beside "
+                                      "the source, by "));
     EXPECT_GT(rule("distance")["figure"].get<double>(), 0.5);
     ASSERT_FALSE(report()["nearDistances"].is_null());
 }
@@ -187,9 +188,9 @@ TEST_F(Quality, ThatIsRequiredAndThereEndsAsUsual)
 
 TEST_F(Quality, ThatIsRequiredAndNotThereEndsWithAStatusOfItsOwn)
 {
-    const CommandResult result = transfer(*makeGrid(VTK_TETRA, 5, 0.09, 1.09), {"--require", "near<0.4,far=0"});
+    const CommandResult result = transfer(*makeGrid(VTK_TETRA, 4, 0.0625, 1.0625), {"--require", "near<0.4,far=0"});
     EXPECT_EQ(result.status, 4);
-    EXPECT_THAT(result.errors, HasSubstr("veltrane: warning: 'near < 0.4' is not kept: 91 of 216 nodes (42.1 %) lie "
+    EXPECT_THAT(result.errors, HasSubstr("veltrane: warning: 'near < 0.4' is not kept: 61 of 125 nodes (48.8 %) lie "
                                          "beside the source, by "));
     EXPECT_TRUE(std::filesystem::exists(runner.file("out.vtu")));
     EXPECT_EQ(rule("far")["kept"], true);

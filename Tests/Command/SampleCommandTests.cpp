@@ -117,13 +117,15 @@ TEST_F(SampleCommand, TellsWhatItHasDone)
     const CommandResult result = sample("points.csv", "out.csv", {"--outside", "default", "--default", "-99"});
     ASSERT_EQ(result.status, 0) << result.errors;
     EXPECT_EQ(result.errors, "");
-    EXPECT_THAT(result.output, testing::StartsWith("source            source.vtu\n"
-                                                   "                  27 nodes, 8 hexahedra\n"
-                                                   "target            points.csv\n"
-                                                   "                  2 points\n"
-                                                   "target points             2\n"
-                                                   "  inside                  1\n"
-                                                   "  outside                 1   in no cell of the source: default"));
+    EXPECT_THAT(result.output,
+                testing::StartsWith("verdict           doubtful: 1 of 2 points (50 %) are far from the source\n"
+                                    "source            source.vtu\n"
+                                    "                  27 nodes, 8 hexahedra\n"
+                                    "target            points.csv\n"
+                                    "                  2 points\n"
+                                    "target points             2\n"
+                                    "  inside                  1\n"
+                                    "  outside                 1   in no cell of the source: default"));
     EXPECT_THAT(result.output, testing::ContainsRegex("\nsearch buckets +[0-9]+\n  in use +[0-9]+   holding "));
     EXPECT_THAT(result.output, testing::ContainsRegex("\nmean iterations +[1-9][.][0-9][0-9]  "));
     for (const char* stage : {"time in all", "  reading source", "  reading points", "  preparing search", "  sampling",

@@ -389,7 +389,8 @@ TEST_F(TransferBetweenCubes, SummarisesWhatItHasDone)
     const CommandResult result = transfer({"--field", "linear", "--field", "vector"});
     // Times differ from run to run.
     const std::string output = std::regex_replace(result.output, std::regex(R"(\d+\.\d\d s\n)"), "0.00 s\n");
-    EXPECT_EQ(output, "source            source.vtu\n"
+    EXPECT_EQ(output, "verdict           good: none of 64 nodes is far from the source\n"
+                      "source            source.vtu\n"
                       "                  27 nodes, 8 hexahedra\n"
                       "target            target.vtu\n"
                       "                  64 nodes, 27 hexahedra\n"
