@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 #include <variant>
 
@@ -39,10 +40,14 @@ public:
     void add(const Place& place, std::span<const double> load)
     {
         const Place way{place[0] - about_[0], place[1] - about_[1], place[2] - about_[2]};
+        double square = 0;
         for (std::size_t i = 0; i < load.size(); ++i)
         {
             sums_.sum[i] += load[i];
+            square += load[i] * load[i];
         }
+        sums_.magnitude += std::sqrt(square);
+        sums_.momentMagnitude += std::sqrt(square) * std::hypot(way[0], way[1], way[2]);
         for (std::size_t i = 0; i < sums_.moment.size(); ++i)
         {
             const std::size_t j = (i + 1) % 3;
@@ -133,6 +138,17 @@ PointCloud cloudOf(const Mesh& mesh, const std::vector<std::size_t>& nodes)
     return PointCloud({}, std::move(exact), std::move(materials), mesh.materials());
 }
 
+/// The Euclidean norm of a difference as part of a magnitude.
+double differencePart(std::span<const double> first, std::span<const double> second, double magnitude)
+{
+    double square = 0;
+    for (std::size_t i = 0; i < first.size(); ++i)
+    {
+        square += (first[i] - second[i]) * (first[i] - second[i]);
+    }
+    return square == 0 ? 0 : magnitude > 0 ? std::sqrt(square) / magnitude : std::numeric_limits<double>::infinity();
+}
+
 std::string numbersText(std::span<const double> numbers)
 {
     std::string words;
@@ -144,6 +160,12 @@ std::string numbersText(std::span<const double> numbers)
 }
 
 } // namespace
+
+double relativeDifference(const LoadSums& sums, const LoadSums& reference)
+{
+    return std::max(differencePart(sums.sum, reference.sum, reference.magnitude),
+                    differencePart(sums.moment, reference.moment, reference.momentMagnitude));
+}
 
 std::array<double, 3> middleOf(const Mesh& mesh)
 {

@@ -18,7 +18,13 @@ struct LoadSums
     /// Of 3 components, as forces have them, the moment about a point; of 1, as heat flows have it, the sum of the load
     /// times the way from there; otherwise empty.
     std::vector<double> moment;
+    double magnitude = 0;       ///< the sum of the loads' Euclidean norms
+    double momentMagnitude = 0; ///< the sum of these times the distances
 };
+
+/// The larger one of the differences of sum and moment, each as part of the reference's magnitude; 0 if both are 0, and
+/// infinite if the reference's is.
+double relativeDifference(const LoadSums& sums, const LoadSums& reference);
 
 /// Sums of loads at nodes. Throws InvalidData if the field is not one at the nodes of the mesh.
 LoadSums loadSumsOf(const Field& loads, const Mesh& mesh, const std::array<double, 3>& about);

@@ -3,10 +3,16 @@
 #include "Errors.h"
 #include "Text.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace veltrane
 {
+
+bool hasVolumeElements(const Mesh& mesh)
+{
+    return std::ranges::any_of(mesh.kinds(), [](ElementKind kind) { return findElementKind(kind)->isVolume; });
+}
 
 VolumeElements::VolumeElements(const Mesh& mesh, std::string_view side) : whole_(mesh)
 {

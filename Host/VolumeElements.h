@@ -10,6 +10,8 @@
 namespace veltrane
 {
 
+bool hasVolumeElements(const Mesh& mesh);
+
 /// A mesh of volume elements only: the given one, to which it refers, or else what is left of it without its surfaces.
 /// The nodes stay as they are.
 class VolumeElements

@@ -1,8 +1,10 @@
 #include "Companion.h"
 
 #include "Errors.h"
+#include "Report.h"
 #include "Text.h"
 
+#include <algorithm>
 #include <array>
 #include <system_error>
 
@@ -48,9 +50,12 @@ std::optional<OutputFile> openCompanion(const CompanionOption& option, const Mes
     {
         return std::nullopt;
     }
-    if (!option.format.empty() && std::filesystem::path(option.path).extension() != option.format)
+    const auto isNamed = [&](const std::string& format)
+    { return std::filesystem::path(option.path).extension() == format; };
+    if (!option.formats.empty() && std::ranges::none_of(option.formats, isNamed))
     {
-        throw InvalidOption(text("the file '", option.path, "' of ", option.name, " is not named ", option.format));
+        throw InvalidOption(
+            text("the file '", option.path, "' of ", option.name, " is not named ", joined(option.formats, " or ")));
     }
     if (areSame(option.path, files.output))
     {

@@ -20,8 +20,8 @@ namespace veltrane
 /// An option that names such a file.
 struct CompanionOption
 {
-    std::string name;   ///< "--report"
-    std::string format; ///< how the file's name must end; empty if it may end in any way
+    std::string name;                 ///< "--report"
+    std::vector<std::string> formats; ///< how the file's name must end; empty if it may end in any way
     std::string help;
     std::string path{}; ///< empty if the option is not given
 

@@ -4,6 +4,7 @@
 #include "FieldChoice.h"
 #include "Formula.h"
 #include "Interruption.h"
+#include "LoadArguments.h"
 #include "MeshFile.h"
 #include "Report.h"
 #include "Text.h"
@@ -140,7 +141,15 @@ void printNames(std::ostream& stream, std::string_view label, const std::vector<
     }
 }
 
-ExitStatus judge(const std::vector<NamedComparison>& comparisons, double tolerance, std::ostream& stream)
+ExitStatus judge(const std::vector<std::string>& exceeding, double tolerance, std::ostream& stream)
+{
+    stream << '\n';
+    printLine(stream, "tolerance",
+              text(tolerance, exceeding.empty() ? ", kept by all" : ", not kept by ", quotedNames(exceeding)));
+    return exceeding.empty() ? ExitStatus::done : ExitStatus::toleranceExceeded;
+}
+
+std::vector<std::string> exceedingNames(const std::vector<NamedComparison>& comparisons, double tolerance)
 {
     std::vector<std::string> exceeding;
     for (const auto& [name, componentCount, location, figures] : comparisons)
@@ -150,10 +159,7 @@ ExitStatus judge(const std::vector<NamedComparison>& comparisons, double toleran
             exceeding.push_back(name);
         }
     }
-    stream << '\n';
-    printLine(stream, "tolerance",
-              text(tolerance, exceeding.empty() ? ", kept by all" : ", not kept by ", quotedNames(exceeding)));
-    return exceeding.empty() ? ExitStatus::done : ExitStatus::toleranceExceeded;
+    return exceeding;
 }
 
 } // namespace
@@ -182,22 +188,32 @@ CompareCommand::CompareCommand(CLI::App& app)
         ->take_all()
         ->allow_extra_args(false);
     command_
+        ->add_option("--loads", loads_,
+                     "compare the sums and moments of a point-data array of\n"
+                     "loads instead, on meshes that may differ; may be repeated")
+        ->type_name("NAME")
+        ->expected(1)
+        ->take_all()
+        ->allow_extra_args(false);
+    command_
         ->add_option("--tolerance", tolerance_,
                      "end with status 1 if a relative L2 difference is larger than\n"
                      "this, or if a value is NaN, infinite or undefined")
         ->type_name("VALUE");
-    command_->footer(
-        text("Example:\n"
-             "  veltrane compare transferred.vtu solved.vtu --field temperature --tolerance 0.01\n"
-             "  veltrane compare transferred.vtu --exact 'temperature=20 + 3*x'\n\n"
-             "The meshes must have the same nodes and cells in the same order. For each array it prints:\n"
-             "  largest value in B      the largest length of the values at a node, over all components\n"
-             "  RMS difference          sqrt(mean |A - B|^2) over the nodes\n"
-             "  relative L2 difference  sqrt(sum |A - B|^2 / sum |B|^2) over the nodes; inf if B is zero\n"
-             "  largest difference      the largest |A - B|, with the number of the node, counted from 1,\n"
-             "                          and its coordinates\n"
-             "Nodes where A or B is NaN, infinite or undefined (-8.8e13 or less) are counted and left out.\n",
-             formulaHelp, "\n", exitStatusHelp));
+    command_->footer(text(
+        "Example:\n"
+        "  veltrane compare transferred.vtu solved.vtu --field temperature --tolerance 0.01\n"
+        "  veltrane compare transferred.vtu --exact 'temperature=20 + 3*x'\n\n"
+        "The meshes must have the same nodes and cells in the same order. For each array it prints:\n"
+        "  largest value in B      the largest length of the values at a node, over all components\n"
+        "  RMS difference          sqrt(mean |A - B|^2) over the nodes\n"
+        "  relative L2 difference  sqrt(sum |A - B|^2 / sum |B|^2) over the nodes; inf if B is zero\n"
+        "  largest difference      the largest |A - B|, with the number of the node, counted from 1,\n"
+        "                          and its coordinates\n"
+        "With --loads it prints the sums of loads and their moments about the middle of B; their differences count\n"
+        "as parts of the sums of the loads' magnitudes, and of these times the distances.\n"
+        "Nodes where A or B is NaN, infinite or undefined (-8.8e13 or less) are counted and left out.\n",
+        formulaHelp, "\n", exitStatusHelp));
 }
 
 ExitStatus CompareCommand::run() const
@@ -216,9 +232,18 @@ ExitStatus CompareCommand::run() const
     {
         throw InvalidOption("--exact names the fields, so --field has no place beside it");
     }
+    std::ostream& stream = std::cout;
+    if (!loads_.empty())
+    {
+        checkRequestedFields(loads_, "--loads");
+        if (reference_.empty() || !fields_.empty())
+        {
+            throw InvalidOption("--loads compares two files, and nothing but loads");
+        }
+        return compareLoads(stream);
+    }
     MeshFile file(file_, MeshRole::target);
     throwIfInterrupted();
-    std::ostream& stream = std::cout;
     std::vector<NamedComparison> comparisons;
     if (exact_.empty())
     {
@@ -238,7 +263,49 @@ ExitStatus CompareCommand::run() const
     printLeftOutPlaces(stream, comparisons);
     stream << '\n';
     printTable(stream, file.mesh(), comparisons);
-    return tolerance_ ? judge(comparisons, *tolerance_, stream) : ExitStatus::done;
+    return tolerance_ ? judge(exceedingNames(comparisons, *tolerance_), *tolerance_, stream) : ExitStatus::done;
+}
+
+ExitStatus CompareCommand::compareLoads(std::ostream& stream) const
+{
+    const MeshFile file(file_, MeshRole::target);
+    throwIfInterrupted();
+    const MeshFile reference(reference_, MeshRole::target);
+    throwIfInterrupted();
+    chooseFields(file, loads_, "compared");
+    chooseFields(reference, loads_, "compared");
+    const auto about = middleOf(reference.mesh());
+    constexpr int digits = 7;
+    TextTable table(12);
+    table.addRow({"loads", "A", "B", "difference"});
+    std::vector<std::string> exceeding;
+    for (const std::string& name : loads_)
+    {
+        const Field loads = reference.field(name);
+        const LoadSums ofFile = loadSumsOf(file.field(name), file.mesh(), about);
+        const LoadSums ofReference = loadSumsOf(loads, reference.mesh(), about);
+        if (ofFile.sum.size() != ofReference.sum.size())
+        {
+            throw BadFile(text("'", name, "' has ", ofFile.sum.size(), " components in '", file_, "' and ",
+                               ofReference.sum.size(), " in '", reference_, "'"));
+        }
+        for (const LoadRow& row : rowsOf(loads, ofFile, ofReference))
+        {
+            table.addRow({row.name, inDigits(digits, row.source), inDigits(digits, row.target),
+                          inDigits(digits, row.source - row.target)});
+        }
+        if (tolerance_ && !(relativeDifference(ofFile, ofReference) <= *tolerance_))
+        {
+            exceeding.push_back(name);
+        }
+    }
+    printLine(stream, "A", file_);
+    printLine(stream, "", describe(file));
+    printLine(stream, "B", reference_);
+    printLine(stream, "", describe(reference));
+    stream << '\n';
+    table.print(stream);
+    return tolerance_ ? judge(exceeding, *tolerance_, stream) : ExitStatus::done;
 }
 
 std::vector<NamedComparison> CompareCommand::compareWithFile(const MeshFile& file, const MeshFile& reference,

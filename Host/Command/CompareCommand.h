@@ -44,7 +44,10 @@ private:
                                                  std::ostream& stream) const;
     std::vector<NamedComparison> compareWithFormulas(const MeshFile& file, std::ostream& stream) const;
 
+    ExitStatus compareLoads(std::ostream& stream) const;
+
     CLI::App* command_;
+    std::vector<std::string> loads_;
     std::string file_;
     std::string reference_;
     std::vector<std::string> exact_;

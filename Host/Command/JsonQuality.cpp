@@ -1,5 +1,6 @@
 #include "JsonQuality.h"
 
+#include "Loads.h"
 #include "QualityFigures.h"
 #include "Verdict.h"
 
@@ -120,6 +121,25 @@ Json describeValidation(const TransferRecord& record)
     return {{"source", describeCoverage(record.validation->source)},
             {"target", describeCoverage(record.validation->target)},
             {"fields", fields}};
+}
+
+Json describeLoads(const TransferRecord& record)
+{
+    const auto describe = [](const LoadSums& sums) { return Json{{"sum", sums.sum}, {"moment", sums.moment}}; };
+    Json described = Json::array();
+    for (const DistributedLoads& loads : record.loads)
+    {
+        described.push_back({{"name", loads.atTarget.name()},
+                             {"about", loads.about},
+                             {"source", describe(loads.source)},
+                             {"target", describe(loads.target)},
+                             {"outside", describe(loads.outside)},
+                             {"loadedNodes", loads.loadedNodes},
+                             {"nearNodes", loads.nearNodes},
+                             {"largestNearDistance", loads.largestNearDistance},
+                             {"outsideNodes", loads.outsideNodes}});
+    }
+    return described;
 }
 
 Json describeNearHistogram(const TransferRecord& record)

@@ -238,6 +238,7 @@ Json describe(const TransferRecord& record)
             {"search", describeSearch(record.result.statistics)},
             {"stages", describeStages(record.times)},
             {"fields", describeFields(record)},
+            {"loads", describeLoads(record)},
             {"validation", describeValidation(record)}};
 }
 

@@ -1,5 +1,6 @@
 #include "RecordFiles.h"
 
+#include "HtmlReport.h"
 #include "JsonReport.h"
 #include "RecordPicture.h"
 #include "Text.h"
@@ -28,9 +29,11 @@ void RecordFileOptions::checkNoneGiven() const
 void RecordFileOptions::check() const
 {
     drawn.check();
-    if (drawn.areGiven() && picture.path.empty())
+    if (drawn.areGiven() && picture.path.empty() && !isPageWanted())
     {
-        throw InvalidOption("--picture-plane, --picture-field and --picture-range have an effect only with --picture");
+        throw InvalidOption(
+            "--picture-plane, --picture-field and --picture-range have an effect only with --picture or "
+            "a page of --report");
     }
 }
 
@@ -43,7 +46,8 @@ RecordFiles::RecordFiles(const RecordFileOptions& options, const MeshPairArgumen
 
 void RecordFiles::checkFields(std::span<const Field> sourceFields, const std::string& sourceName) const
 {
-    if (picture_ && !options_.drawn.choose(sourceFields))
+    const bool canBeDrawn = options_.drawn.choose(sourceFields).has_value();
+    if (picture_ && !canBeDrawn)
     {
         throw BadFile(text("--picture draws fields at nodes, and those of '", sourceName, "' are at Gauss points"));
     }
@@ -61,9 +65,29 @@ void RecordFiles::prepare(const TransferRecord& record, ProgressBar& progress,
             { drawRecord(DrawingFormat::pixels, record, *options_.drawn.choose(record.sourceFields)).write(path); },
             outputs);
     }
-    progress.finish();
+    if (report_ && options_.isPageWanted())
+    {
+        progress.beginStage("writing report");
+    }
+    else
+    {
+        progress.finish();
+    }
     prepareCompanion(
-        report_, [&](const std::filesystem::path& path) { writeReport(record, path); }, outputs);
+        report_,
+        [&](const std::filesystem::path& path)
+        {
+            if (options_.isPageWanted())
+            {
+                writeHtmlReport(record, options_.drawn, path);
+            }
+            else
+            {
+                writeReport(record, path);
+            }
+        },
+        outputs);
+    progress.finish();
     prepareCompanion(
         log_, [&](const std::filesystem::path& path) { writeLog(record.result, path); }, outputs);
 }

@@ -10,6 +10,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <filesystem>
 #include <optional>
 #include <span>
 #include <string>
@@ -21,10 +22,13 @@ namespace veltrane
 /// The options that ask for them.
 struct RecordFileOptions
 {
-    CompanionOption report{"--report", ".json", "write what has been done and found for machines, too (.json)"};
-    CompanionOption picture{"--picture", ".png", ""};
+    CompanionOption report{"--report",
+                           {".html", ".json"},
+                           "write what has been done and found, and how good it is,\n"
+                           "as a page for people (.html) or for machines (.json)"};
+    CompanionOption picture{"--picture", {".png"}, ""};
     PictureArguments drawn{};
-    CompanionOption log{"--log", "", "keep the statistics log of the search"};
+    CompanionOption log{"--log", {}, "keep the statistics log of the search"};
 
     /// \param subject  what the picture shows
     void addTo(CLI::App& command, const std::string& subject);
@@ -34,6 +38,9 @@ struct RecordFileOptions
 
     /// Throws InvalidOption if one of them is given: a collection has none of these files.
     void checkNoneGiven() const;
+
+    /// Whether the report is a page, which shows what a validation finds.
+    bool isPageWanted() const { return std::filesystem::path(report.path).extension() == ".html"; }
 };
 
 class RecordFiles

@@ -224,7 +224,8 @@ void TransferArguments::limitNearPoints(TransferOptions& options, const Mesh& so
     options.rules.nearLimit = nearLimit ? *nearLimit : largestElementSize(source);
 }
 
-std::vector<ChosenField> TransferArguments::chooseFields(const MeshFile& source) const
+std::vector<ChosenField> TransferArguments::chooseFields(const MeshFile& source,
+                                                         const std::vector<ChosenField>& loads) const
 {
     const std::vector<std::string> cellArrays = source.floatingPointCellArrays();
     if (!cellsAsNodes && fields.empty() && !cellArrays.empty())
@@ -233,7 +234,13 @@ std::vector<ChosenField> TransferArguments::chooseFields(const MeshFile& source)
                   "'; --cells-as-nodes averages it at the nodes first"),
              "cell data");
     }
-    return chooseAndRename(source, fields, "transferred");
+    std::vector<ChosenField> chosen = chooseAndRename(source, fields, "transferred");
+    if (fields.empty())
+    {
+        std::erase_if(chosen, [&](const ChosenField& field)
+                      { return std::ranges::find(loads, field.name, &ChosenField::name) != loads.end(); });
+    }
+    return chosen;
 }
 
 std::vector<FieldOptions> TransferArguments::fieldOptions(const std::vector<ChosenField>& chosen) const

@@ -51,7 +51,8 @@ struct TransferArguments
 
     /// The fields of the source that are to be transferred, and what is said of each of them. Throws BadFile if a name
     /// is not that of a field.
-    std::vector<ChosenField> chooseFields(const MeshFile& source) const;
+    /// `loads` are not among them unless they are asked for; if nothing else is there, none is.
+    std::vector<ChosenField> chooseFields(const MeshFile& source, const std::vector<ChosenField>& loads = {}) const;
     std::vector<FieldOptions> fieldOptions(const std::vector<ChosenField>& chosen) const;
 };
 

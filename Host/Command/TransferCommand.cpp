@@ -9,8 +9,11 @@
 #include "Transfer.h"
 #include "TransferFindings.h"
 #include "TransferSummary.h"
+#include "VolumeElements.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -26,6 +29,7 @@ TransferCommand::TransferCommand(CLI::App& app)
                     "standard output, as .vtu)");
     files_.streamEnding = ".vtu";
     arguments_.addFields(*command_);
+    loads_.addTo(*command_);
     arguments_.addGauss(*command_);
     arguments_.addOutside(*command_, "nodes", true);
     arguments_.addNear(*command_, "nodes", false);
@@ -71,7 +75,7 @@ void TransferCommand::checkOptions(bool isCollection) const
 ExitStatus TransferCommand::run() const
 {
     checkOptions(isCollectionOutput(files_.outputFormat()));
-    arguments_.options(!files_.materials.states.empty()); // each step would find the same fault
+    loads_.check(arguments_.options(!files_.materials.states.empty()).mode); // each step would find the same fault
     placement_.placement();
     quality_.rules();
     recordFiles_.check();
@@ -94,14 +98,25 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
     useCommonMaterialArray(source, target);
     checkSourceCells(source);
 
-    const std::vector<ChosenField> chosen = arguments_.chooseFields(source);
+    const std::vector<ChosenField> chosenLoads = loads_.choose(source);
+    const std::vector<ChosenField> chosen = arguments_.chooseFields(source, chosenLoads);
     for (const ChosenField& field : chosen)
     {
         files.checkNewArray(target, arguments_.atGaussPoints ? ArrayPlace::file : ArrayPlace::points, field.newName);
     }
+    for (const ChosenField& load : chosenLoads)
+    {
+        files.checkNewArray(target, ArrayPlace::points, load.newName);
+        if (std::ranges::find(chosen, load.newName, &ChosenField::newName) != chosen.end())
+        {
+            throw InvalidOption(text("--loads and --field give the name '", load.newName, "' to two arrays"));
+        }
+    }
     options.fieldOptions = arguments_.fieldOptions(chosen);
     std::vector<Field> fields = readFields(source, chosen);
     placement_.turn(fields);
+    std::vector<Field> loads = readFields(source, chosenLoads);
+    placement_.turn(loads);
     recordFiles.checkFields(fields, files.source);
     options.targetLocations.assign(fields.size(), arguments_.atGaussPoints ? Location::gaussPoints : Location::nodes);
     options.targetMapping =
@@ -122,12 +137,16 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
         return outsideText(source.mesh(), transfer(withDefault), target.mesh().coordinates(), "nodes");
     };
     TransferResult result = explainingFailures(
-        [&] { return transfer(options); }, describeOutside,
+        [&] { return fields.empty() ? TransferResult{} : transfer(options); }, describeOutside,
         "--outside default gives such nodes the default value, --outside propagate the values of neighbouring nodes",
         sourceBox, targetBox);
     warnOfFindings(source.mesh(), result, sourceBox, targetBox, "nodes");
+    options.progress = progress.callback("distributing loads");
+    const std::vector<DistributedLoads> distributed =
+        distributeAll(loads, source.mesh(), target.mesh(), options, arguments_.nearLimit);
+    const bool isPageValidated = recordFiles_.isPageWanted() && hasVolumeElements(target.mesh());
     std::optional<Validation> validation;
-    if (quality_.needsValidation())
+    if (!fields.empty() && (quality_.needsValidation() || isPageValidated))
     {
         options.progress = progress.callback("validating");
         validation = maps.validate(source.mesh(), fields, target.mesh(), result.fields, options);
@@ -139,6 +158,7 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
         arrays.push_back(validPointMask(result.findings, options.mode));
     }
     completeForOutput(result, options, arguments_.writesDistances);
+    std::ranges::transform(distributed, std::back_inserter(result.fields), &DistributedLoads::atTarget);
     std::vector<PendingOutput> outputs;
     outputs.push_back(
         output.prepare([&](const std::filesystem::path& path)
@@ -146,6 +166,7 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
 
     TransferRecord record{source, fields, &target, result, options, progress.times(), placement_.placement()};
     record.validation = validation ? &*validation : nullptr;
+    record.loads = distributed;
     const Verdict verdict = judge(record, quality_.rules());
     record.verdict = &verdict;
     recordFiles.prepare(record, progress, outputs);

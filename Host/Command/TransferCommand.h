@@ -3,6 +3,7 @@
 #define VELTRANE_COMMAND_TRANSFER_COMMAND_H
 
 #include "ExitStatus.h"
+#include "LoadArguments.h"
 #include "MapCache.h"
 #include "MeshPair.h"
 #include "PlacementArguments.h"
@@ -37,6 +38,7 @@ private:
     CLI::App* command_;
     MeshPairArguments files_;
     TransferArguments arguments_;
+    LoadArguments loads_;
     PlacementArguments placement_;
     SeriesArguments series_;
     QualityArguments quality_;

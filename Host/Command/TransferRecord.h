@@ -18,6 +18,7 @@
 namespace veltrane
 {
 
+struct DistributedLoads;
 struct Validation;
 struct Verdict;
 
@@ -32,7 +33,8 @@ struct TransferRecord
     const StageTimes& times;
     Placement placement{};                  ///< of the source
     const Validation* validation = nullptr; ///< null if it was not asked for, or cannot be done
-    const Verdict* verdict = nullptr;       ///< null before it is made
+    std::span<const DistributedLoads> loads{};
+    const Verdict* verdict = nullptr; ///< null before it is made
 
     /// The target if it is a mesh, or if it is points, and otherwise null.
     const MeshFile* targetMesh() const;

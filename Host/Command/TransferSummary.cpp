@@ -1,6 +1,7 @@
 #include "TransferSummary.h"
 
 #include "FieldStatistics.h"
+#include "LoadArguments.h"
 #include "RangeChanges.h"
 #include "Report.h"
 #include "Text.h"
@@ -339,11 +340,21 @@ void printSummary(std::ostream& stream, const TransferRecord& record)
     }
     printMaterials(stream, {record.source.mesh().materials(), record.source.materialArray().has_value()},
                    targetMaterials(record));
-    printCounts(stream, record);
+    if (!record.sourceFields.empty())
+    {
+        printCounts(stream, record);
+    }
     printTimes(stream, record.times);
-    stream << '\n';
-    printValues(stream, valuesHeading(record), record);
-    printNotices(stream, record);
+    if (!record.sourceFields.empty())
+    {
+        stream << '\n';
+        printValues(stream, valuesHeading(record), record);
+        printNotices(stream, record);
+    }
+    if (!record.loads.empty())
+    {
+        printLoads(stream, record.loads);
+    }
     if (record.validation != nullptr)
     {
         printValidation(stream, record);

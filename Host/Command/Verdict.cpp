@@ -1,6 +1,7 @@
 #include "Verdict.h"
 
 #include "ElementSizes.h"
+#include "Loads.h"
 #include "MeshPair.h"
 #include "RangeChanges.h"
 #include "Report.h"
@@ -57,13 +58,31 @@ struct Figure
     bool isTelling = true; ///< whether it says something of the transfer's quality here
 };
 
-Figure farFinding(const Receivers& receivers)
+Figure farFinding(const TransferRecord& record, const Receivers& receivers)
 {
-    const long long far = receivers.far();
-    return {receivers.share(far),
-            far == 0 ? text("none of ", receivers.all(), " ", receivers.name, " is far from the source")
-                     : text(far, " of ", receivers.all(), " ", receivers.name, " (", percent(receivers.share(far)),
-                            ") are far from the source")};
+    Figure found{receivers.share(receivers.far()), ""};
+    std::vector<std::string> words;
+    if (receivers.far() > 0)
+    {
+        words.push_back(text(receivers.far(), " of ", receivers.all(), " ", receivers.name, " (",
+                             percent(receivers.share(receivers.far())), ") are far from the source"));
+    }
+    else if (receivers.all() > 0)
+    {
+        words.push_back(text("none of ", receivers.all(), " ", receivers.name, " is far from the source"));
+    }
+    for (const DistributedLoads& loads : record.loads)
+    {
+        const double part =
+            static_cast<double>(loads.outsideNodes) / static_cast<double>(std::max(std::size_t{1}, loads.loadedNodes));
+        found.figure = std::max(*found.figure, part);
+        words.push_back(loads.outsideNodes == 0
+                            ? text("all loads '", loads.atTarget.name(), "' are distributed")
+                            : text("the loads '", loads.atTarget.name(), "' of ", loads.outsideNodes, " of ",
+                                   loads.loadedNodes, " nodes are outside the target"));
+    }
+    found.words = joined(words);
+    return found;
 }
 
 Figure nearFinding(const Receivers& receivers, double cellSize)
@@ -274,8 +293,8 @@ Verdict judge(const TransferRecord& record, const std::vector<Requirement>& requ
     const double cellSize = meanElementSize(record.source.mesh());
     const Receivers receivers = receiversOf(record);
     const std::array<Figure, ruleCount> findings{
-        farFinding(receivers),     nearFinding(receivers, cellSize), distanceFinding(receivers, cellSize),
-        validationFinding(record), integralFinding(record),          peakFinding(record)};
+        farFinding(record, receivers), nearFinding(receivers, cellSize), distanceFinding(receivers, cellSize),
+        validationFinding(record),     integralFinding(record),          peakFinding(record)};
     Verdict verdict{.isGood = true, .text = {}, .rules = {}};
     std::vector<std::string> wrong;
     bool liesElsewhere = false;

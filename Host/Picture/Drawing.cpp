@@ -144,6 +144,14 @@ void Drawing::fill(const Loops& loops, const Colour& colour)
     }
 }
 
+void Drawing::outline(const Loops& loops, double width, const Colour& colour)
+{
+    cairo_set_line_width(context_.get(), width);
+    setColour(colour);
+    addPath(loops);
+    cairo_stroke(context_.get());
+}
+
 void Drawing::hatch(const Loops& within, const Loops& without, const Colour& colour)
 {
     constexpr double spacing = 14;

@@ -50,6 +50,8 @@ public:
     void rectangle(double x, double y, double width, double height, const Colour& colour);
     void fill(const Loops& loops, const Colour& colour);
 
+    void outline(const Loops& loops, double width, const Colour& colour);
+
     /// Diagonal stripes over what is within some loops and outside of others.
     void hatch(const Loops& within, const Loops& without, const Colour& colour);
 

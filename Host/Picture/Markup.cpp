@@ -48,10 +48,10 @@ bool isDigit(char letter)
     return std::isdigit(static_cast<unsigned char>(letter)) != 0;
 }
 
-/// Numbers of paths with two decimals, which are finer than what is seen.
+/// Numbers with one decimal, which is finer than what is seen.
 std::string withShortNumbers(std::string_view svg)
 {
-    constexpr std::size_t decimals = 2;
+    constexpr std::size_t decimals = 1;
     std::string result;
     result.reserve(svg.size());
     for (std::size_t i = 0; i < svg.size();)

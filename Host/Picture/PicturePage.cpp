@@ -158,14 +158,14 @@ Loops PicturePage::placed(const Panel& panel, const Loops& loops) const
         std::ranges::transform(loop, std::back_inserter(moved), panel);
         result.push_back(std::move(moved));
     }
-    constexpr double invisible = 0.1;
+    constexpr double invisible = 0.2;
     return format_ == DrawingFormat::pixels ? result : simplified(result, invisible);
 }
 
 void PicturePage::drawEdges(const Panel& panel, const Cut& cut)
 {
     // From the length at which a mesh blackens the picture to the one at which its edges stand apart, in pixels.
-    constexpr double shortest = 5;
+    const double shortest = format_ == DrawingFormat::pixels ? 5 : 9; // fewer where every byte counts
     constexpr double longest = 25;
     constexpr double mostOpaque = 0.4;
     constexpr std::size_t classCount = 4;
@@ -194,14 +194,9 @@ void PicturePage::drawArea(const Panel& panel, const CutView& view, const Colour
     drawing_.fill(placed(panel, view.regions.covered()), colour);
 }
 
-void PicturePage::drawOutline(const Panel& panel, const Cut& cut)
+void PicturePage::drawOutline(const Panel& panel, const CutView& view)
 {
-    std::vector<Segment> segments;
-    for (const auto& [a, b] : cut.outline)
-    {
-        segments.push_back({panel(cut.points[a]), panel(cut.points[b])});
-    }
-    drawing_.lines(segments, 1.8, ink);
+    drawing_.outline(placed(panel, view.regions.covered()), 1.8, ink);
 }
 
 void PicturePage::drawCut(const Panel& panel, const CutView& view, const std::optional<ColourScale>& scale)
@@ -220,7 +215,7 @@ void PicturePage::drawCut(const Panel& panel, const CutView& view, const std::op
         }
     }
     drawEdges(panel, cut);
-    drawOutline(panel, cut);
+    drawOutline(panel, view);
     for (const auto& [a, b] : cut.lines)
     {
         const Segment segment{panel(cut.points[a]), panel(cut.points[b])};

@@ -89,7 +89,7 @@ public:
     void drawCut(const Panel& panel, const CutView& view, const std::optional<ColourScale>& scale);
     /// Colours what is covered, whatever the values.
     void drawArea(const Panel& panel, const CutView& view, const Colour& colour);
-    void drawOutline(const Panel& panel, const Cut& cut);
+    void drawOutline(const Panel& panel, const CutView& view);
 
     /// Hatches what of one cut is outside of another.
     void hatchOutside(const Panel& panel, const CutView& within, const CutView& without);

@@ -152,7 +152,7 @@ void drawTarget(PicturePage& page, std::span<const Dot> dots, const CutView& vie
     const std::size_t awayCount = dots.size() - nearCount;
     page.drawArea(page.panel(1), view, material);
     drawDots(page, dots.first(awayCount), 0.6 * dotRadius(page.panel(1), dots.size()), scale);
-    page.drawOutline(page.panel(1), view.cut);
+    page.drawOutline(page.panel(1), view);
     drawDots(page, dots.last(nearCount), dotRadius(page.panel(1), nearCount), scale);
     constexpr std::size_t mostLabels = 12;
     if (dots.size() <= mostLabels)

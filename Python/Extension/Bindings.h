@@ -13,6 +13,7 @@ void bindSettings(nanobind::module_& module);
 void bindMeshes(nanobind::module_& module);
 void bindMap(nanobind::module_& module);
 void bindMatch(nanobind::module_& module);
+void bindValidation(nanobind::module_& module);
 
 } // namespace veltrane
 

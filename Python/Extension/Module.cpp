@@ -15,4 +15,5 @@ NB_MODULE(_core, module)
     veltrane::bindMeshes(module);
     veltrane::bindMap(module);
     veltrane::bindMatch(module);
+    veltrane::bindValidation(module);
 }

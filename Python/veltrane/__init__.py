@@ -6,7 +6,7 @@ source mesh and evaluates the fields there with the element's shape functions.
 - `transfer(source, target)` carries fields to the nodes of another mesh, `sample(source, points)` to points. Given
   PyVista or VTK data sets or meshio meshes they return copies with the fields and a mask; given arrays, arrays.
 - `Map(source, target)` does the search once; `Map.apply(values)` carries values as often as one likes,
-  `Map.apply_transposed` brings loads back, `Map.to_scipy` gives the matrix.
+  `Map.apply_transposed` brings loads back, `Map.to_scipy` gives the matrix, `Map.validate` maps back and compares.
 - `match_nodes`, `match_gauss_points` find which is which in meshes of the same geometry.
 - `Mesh(points, cells, cell_types)` and `Points(points)` are meshes and points from arrays.
 
@@ -39,6 +39,7 @@ from ._match import GaussPointMatch, match_gauss_points, match_nodes
 from ._meshes import Mesh, Points
 from ._places import Places, Statistics
 from ._transfer import Transferred, sample, transfer
+from ._validation import Coverage, Validation
 
 __version__: str = _core.version
 
@@ -66,6 +67,7 @@ def usable_thread_count() -> int:
 __all__ = [
     "CancelledError",
     "CellKind",
+    "Coverage",
     "Error",
     "GaussPointMatch",
     "InvalidDataError",
@@ -79,6 +81,7 @@ __all__ = [
     "Statistics",
     "TransferError",
     "Transferred",
+    "Validation",
     "WrongTypeError",
     "cell_kinds",
     "match_gauss_points",

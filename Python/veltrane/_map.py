@@ -17,6 +17,7 @@ from ._models import mesh_of, target_of
 from ._places import FAR, INSIDE, NEAR, Places, Statistics, counts, outside_sentence
 from ._progress import Progress, told
 from ._settings import MODES, PLACES, choice, number, settings, whole
+from ._validation import Validation, validation_of
 
 
 class Map:
@@ -217,6 +218,47 @@ class Map:
         sums, left = carry_back(self._core, array.reshape(count, math.prod(rest)), at_gauss_points)
         result = sums.reshape(len(sums), *rest)
         return (result, left.reshape(rest)[()]) if return_left else result
+
+    def validate(
+        self,
+        source: Any,
+        target: Any,
+        values: Any,
+        *,
+        source_at: Optional[str] = None,
+        target_at: Optional[str] = None,
+        materials: Optional[str] = None,
+        only: Any = None,
+        skip_unsupported: bool = False,
+        threads: Optional[int] = None,
+    ) -> Validation:
+        """Maps values to the target and back, and compares them with what they were.
+
+        Parameters
+        ----------
+        source, target, materials, only, skip_unsupported
+            As the map was built from them. The target is a mesh with volume cells.
+        values : array of shape (n,) or (n, k)
+            As of `apply`, of up to 9 components.
+
+        Returns
+        -------
+        Validation
+            Also tells which share of nodes, cells and volume of both meshes is mapped, and the integrals of both sides.
+        """
+        array = values_of(values)
+        way = self._way(source_at, target_at, None, threads)
+        task = _core.ValidationTask()
+        task.component_count = math.prod(array.shape[1:])
+        task.from_gauss_points, task.to_gauss_points = way.from_gauss_points, way.to_gauss_points
+        source_mesh = mesh_of(source, "source", materials, skip_unsupported)
+        target_mesh = mesh_of(target, "target", materials, skip_unsupported)
+        task.selection = selection(target_mesh, only)
+        task.uses_materials = source_mesh._materials is not None and target_mesh._materials is not None
+        task.threads = way.threads
+        flat = np.ascontiguousarray(array).reshape(-1)
+        found = _core.validate(self._core, source_mesh._as_source(), target_mesh._core, flat, task)
+        return validation_of(found, array.shape, task.component_count)
 
     def to_scipy(
         self,

@@ -238,7 +238,9 @@ TEST(CutRegions, LieAboveALevel)
     EXPECT_NEAR(areaOf(regions.above(0.75)), 0.25, 1e-12);
     EXPECT_NEAR(areaOf(regions.above(0)), 1, 1e-12);
     EXPECT_TRUE(regions.above(1.5).empty());
-    for (const auto& [x, y] : regions.above(0.75)[0])
+    const veltrane::Loops above = regions.above(0.75);
+    ASSERT_EQ(above.size(), 1U);
+    for (const auto& [x, y] : above[0])
     {
         EXPECT_GE(x, 0.75 - 1e-12);
     }
@@ -302,6 +304,24 @@ TEST(PlaneThroughPeak, GoesAcrossTheShortestAxis)
         EXPECT_NEAR(plane.position, peak[plane.axis], 1e-4);
         EXPECT_FALSE(plate.cut(plane).triangles.empty());
     }
+}
+
+/// A step: a lower plate, and a block on it, with the peak on top of the plate beside the block. Most of the elements
+/// around the peak are below it.
+TEST(PlaneThroughPeak, LiesOnTheSideOfTheElementsAroundThePeak)
+{
+    GridBuilder builder;
+    for (int i = 0; i < 16; ++i)
+    {
+        builder.addCube(VTK_HEXAHEDRON, {0.25 * (i % 4), 0.25 * (i / 4), 0}, 0.25);
+    }
+    builder.addCube(VTK_HEXAHEDRON, {0, 0, 0.25}, 0.25);
+    builder.addCube(VTK_HEXAHEDRON, {0, 0, 0.5}, 0.25);
+    const SampledMesh step(*builder.grid(), [](const Point& p) { return p == Point{0.25, 0.25, 0.25} ? 1.0 : 0.0; });
+    const CutPlane plane = veltrane::planeThroughPeak(step.mesh(), step.values);
+    EXPECT_EQ(plane.axis, 2U);
+    EXPECT_LT(plane.position, 0.25);
+    EXPECT_NEAR(areaOf(step.cut(plane)), 1, 1e-6);
 }
 
 TEST(PlaneThroughPeak, GoesThroughPointsInOnePlane)

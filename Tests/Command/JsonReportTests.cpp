@@ -202,7 +202,7 @@ TEST_F(JsonReport, MustHaveAPlaceOfItsOwn)
         expectFailure(runner, status, sentence,
                       {"transfer", "source.vtu", "target.vtu", "-o", output, "--report", report});
     };
-    expect(64, "the file 'report.txt' of --report is not named .json", "new.vtu", "report.txt");
+    expect(64, "the file 'report.txt' of --report is not named .html or .json", "new.vtu", "report.txt");
     expect(73, "there is no directory 'nowhere' for the output", "new.vtu", "nowhere/report.json");
     std::filesystem::rename(runner.file("source.vtu"), runner.file("source.json"));
     expectFailure(runner, 73, "the output 'source.json' is the input 'source.json' itself",

@@ -202,8 +202,9 @@ TEST_F(Picture, RefusesWhatCannotBeDrawn)
     expect("--picture-range 3,3 is not two numbers, the smaller first, such as 0,120", with("--picture-range", "3,3"));
     expect("--picture-field S is none of the fields at nodes that are transferred", with("--picture-field", "S"));
     expect("--picture-field T:2: 'T' has the components 1 to 1", with("--picture-field", "T:2"));
-    expect("--picture-plane, --picture-field and --picture-range have an effect only with --picture",
-           {"--picture-field", "T"});
+    expect(
+        "--picture-plane, --picture-field and --picture-range have an effect only with --picture or a page of --report",
+        {"--picture-field", "T"});
     const CommandResult beside = runner.run(
         {"transfer", "source.vtu", "target.vtu", "-o", "out.vtu", "--picture", "p.png", "--picture-plane", "x=3"});
     EXPECT_EQ(beside.status, 64);

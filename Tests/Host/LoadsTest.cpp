@@ -151,6 +151,15 @@ TEST(Loads, GoToTheirOwnMaterial)
     EXPECT_NEAR(loads.target.sum[0], 12, 1e-5);
 }
 
+TEST(Loads, DifferByAPartOfTheirMagnitudes)
+{
+    const LoadSums reference{.sum = {3}, .moment = {0, 0, 4}, .magnitude = 6, .momentMagnitude = 40};
+    EXPECT_EQ(relativeDifference(reference, reference), 0);
+    EXPECT_EQ(relativeDifference({.sum = {0}, .moment = {0, 0, 4}}, reference), 0.5);
+    EXPECT_EQ(relativeDifference({.sum = {3}, .moment = {0, 0, 0}}, reference), 0.1);
+    EXPECT_TRUE(std::isinf(relativeDifference(reference, {.sum = {0}, .moment = {0, 0, 0}})));
+}
+
 TEST(Loads, WithoutAnyStayNothing)
 {
     const Mesh cube = block({1, 1, 1}, {0, 0, 0}, {1, 1, 1});
