@@ -141,7 +141,7 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
         "--outside default gives such nodes the default value, --outside propagate the values of neighbouring nodes",
         sourceBox, targetBox);
     warnOfFindings(source.mesh(), result, sourceBox, targetBox, "nodes");
-    options.progress = progress.callback("distributing loads");
+    options.progress = progress.callback("spreading loads");
     const std::vector<DistributedLoads> distributed =
         distributeAll(loads, source.mesh(), target.mesh(), options, arguments_.nearLimit);
     const bool isPageValidated = recordFiles_.isPageWanted() && hasVolumeElements(target.mesh());
