@@ -119,7 +119,7 @@ void fillBoxes(BoxTable& boxes, const ModelClass& model)
     boxes.allocate(model.itsNbElts, 2, 3);
     for (int elt = 0; elt < model.itsNbElts; ++elt)
     {
-        Box box = boxOfNodes(model, elt);
+        Box box = boxOf(boxLanesOfElt(model, elt));
         const float margin = 0.01F * std::ranges::max(box.extents());
         box.inflate({margin, margin, margin});
         std::ranges::copy(box.low, boxValues(boxes, elt));

@@ -20,7 +20,13 @@ template <class Kind> constexpr ElementKindInfo infoOf()
 {
     constexpr auto kind = static_cast<ElementKind>(Kind::typeCode);
     static_assert(hasName<kind>(), "an element kind that the enumeration ElementKind does not have");
-    return {kind, Kind::nbNodes, Kind::nbGaussPoints, Kind::dimension == 3, Kind::name, Kind::plural};
+    return {kind,
+            Kind::nbNodes,
+            nbGaussPointsOfKind(Kind::typeCode),
+            nbGaussPointsOfKind(Kind::typeCode, GaussRuleChoice::reduced),
+            Kind::dimension == 3,
+            Kind::name,
+            Kind::plural};
 }
 
 template <class... Kinds> struct Infos

@@ -8,7 +8,8 @@
 namespace veltrane
 {
 
-/// An element kind; its value is the library's type code.
+/// An element kind. Values up to 14 are the type codes of the exported functions, which do not know the others: these
+/// are 100 and the number of nodes.
 enum class ElementKind : int
 {
     hexahedron = 1,
@@ -17,7 +18,19 @@ enum class ElementKind : int
     quadrilateral = 6,
     triangle = 7,
     quadraticTetrahedron = 10,
-    pyramid = 12
+    pyramid = 12,
+    quadraticPyramid = 113,
+    quadraticWedge = 115,
+    biquadraticWedge = 118,
+    quadraticHexahedron = 120,
+    triquadraticHexahedron = 127
+};
+
+/// Which Gauss points hexahedra of 20 and 27 nodes have. All other kinds have one set of them.
+enum class GaussPointRule : int
+{
+    full = 0,   ///< 27
+    reduced = 1 ///< 8
 };
 
 /// What the host side knows about an element kind.
@@ -25,10 +38,16 @@ struct ElementKindInfo
 {
     ElementKind kind;
     int nodeCount;
-    int gaussPointCount;
+    int gaussPointCount; ///< of the full rule
+    int reducedGaussPointCount;
     bool isVolume; ///< only volume elements can be a source and carry Gauss-point fields
     std::string_view name;
     std::string_view plural;
+
+    int gaussPointCountOf(GaussPointRule rule) const
+    {
+        return rule == GaussPointRule::full ? gaussPointCount : reducedGaussPointCount;
+    }
 };
 
 /// All kinds.

@@ -50,6 +50,8 @@ EngineModel::EngineModel(const Mesh& mesh, const Origin& origin) : stateCodes_(s
                 rowsOfThree(coordinatesOf(mesh, origin, movedCoordinates_)), mesh.nodesPerElement().data(),
                 typeCodes_.get(), static_cast<int>(stateCodes_.size()), mesh.materialPerElement().data(),
                 stateCodes_.data());
+    model_.itsAdmitsAllKinds = true;
+    model_.itsGaussRule = engineRule(mesh.gaussPointRule());
 }
 
 EngineModel::EngineModel(const PointCloud& points, const Origin& origin) : stateCodes_(stateCodes(points.materials()))
@@ -57,6 +59,11 @@ EngineModel::EngineModel(const PointCloud& points, const Origin& origin) : state
     model_.init(ModelKind::pointCloud, 0, points.pointCount(),
                 rowsOfThree(coordinatesOf(points, origin, movedCoordinates_)), nullptr, nullptr,
                 static_cast<int>(stateCodes_.size()), points.materialPerPoint().data(), stateCodes_.data());
+}
+
+GaussRuleChoice engineRule(GaussPointRule rule)
+{
+    return rule == GaussPointRule::reduced ? GaussRuleChoice::reduced : GaussRuleChoice::full;
 }
 
 std::vector<int> mappingFlags(const std::vector<bool>& selection, std::size_t materialCount)

@@ -32,6 +32,8 @@ private:
     ModelClass model_;
 };
 
+GaussRuleChoice engineRule(GaussPointRule rule);
+
 /// The engine's mapping flags of a selection of target materials, in which nothing selects all. Throws InvalidOption if
 /// there is not one entry per material.
 std::vector<int> mappingFlags(const std::vector<bool>& selection, std::size_t materialCount);

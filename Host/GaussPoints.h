@@ -20,7 +20,7 @@ struct GaussRule
 };
 
 /// Empty for kinds that are no volumes.
-GaussRule gaussRuleOf(ElementKind kind);
+GaussRule gaussRuleOf(ElementKind kind, GaussPointRule rule = GaussPointRule::full);
 
 } // namespace veltrane
 

@@ -156,11 +156,18 @@ const char* placeName(Location location)
     return location == Location::nodes ? "nodes" : "Gauss points";
 }
 
-/// The record of a field for the engine. Sizes are checked by whoever has them.
-MapField engineField(const FieldView& arrays)
+template <typename Arrays> std::size_t sizeOf(const Arrays& values)
 {
+    return std::visit([](const auto& span) { return span.size(); }, values);
+}
+
+/// The record of a field for the engine. Sizes are checked by whoever has them.
+MapField engineField(const FieldView& arrays, const TransferMap& map)
+{
+    const auto fullCount = static_cast<std::size_t>(map.nbSourceGaussPoints() * arrays.componentCount);
     MapField field;
     field.sourceLocation = engineLocation(arrays.sourceLocation);
+    field.sourceRule = sizeOf(arrays.source) == fullCount ? GaussRuleChoice::full : GaussRuleChoice::reduced;
     field.targetLocation = engineLocation(arrays.targetLocation);
     field.nbComponents = arrays.componentCount;
     field.isClassOneOnly = arrays.isClassOneOnly;
@@ -189,9 +196,10 @@ constexpr std::size_t groupSize = 8;
 
 struct FieldGroup
 {
-    explicit FieldGroup(std::span<const FieldView> fields) : count(fields.size())
+    FieldGroup(std::span<const FieldView> fields, const TransferMap& map) : count(fields.size())
     {
-        std::ranges::transform(fields, records.begin(), engineField);
+        std::ranges::transform(fields, records.begin(),
+                               [&](const FieldView& arrays) { return engineField(arrays, map); });
     }
 
     std::span<const MapField> span() const { return {records.data(), count}; }
@@ -236,9 +244,25 @@ std::size_t Map::sourceNodeCount() const
     return static_cast<std::size_t>(map_->nbSourceNodes());
 }
 
-std::size_t Map::sourceGaussPointCount() const
+std::size_t Map::sourceGaussPointCount(GaussPointRule rule) const
 {
-    return static_cast<std::size_t>(map_->nbSourceGaussPoints());
+    return static_cast<std::size_t>(map_->nbSourceGaussPoints(engineRule(rule)));
+}
+
+/// Whether this is the number of source nodes, or of Gauss points by one of the rules.
+bool Map::hasSourceLocations(Location location, std::size_t count) const
+{
+    return location == Location::nodes
+               ? count == sourceNodeCount()
+               : count == sourceGaussPointCount() || count == sourceGaussPointCount(GaussPointRule::reduced);
+}
+
+/// How many of them there are: "8", "27 or 8".
+std::string Map::sourceCountText(Location location) const
+{
+    const std::size_t full = location == Location::nodes ? sourceNodeCount() : sourceGaussPointCount();
+    const std::size_t reduced = location == Location::nodes ? full : sourceGaussPointCount(GaussPointRule::reduced);
+    return full == reduced ? text(full) : text(full, " or ", reduced);
 }
 
 std::size_t Map::locationCount(Location location) const
@@ -248,24 +272,21 @@ std::size_t Map::locationCount(Location location) const
 
 void Map::checkArrays(const FieldView& arrays) const
 {
-    const auto size = [](const auto& values)
-    { return std::visit([](const auto& span) { return span.size(); }, values); };
     if (arrays.componentCount < 1 || arrays.componentCount > maxComponentCount)
     {
         throw InvalidData(text("a field has ", arrays.componentCount, " components, not 1 to ", maxComponentCount));
     }
     const auto components = static_cast<std::size_t>(arrays.componentCount);
-    const std::size_t sourceCount =
-        arrays.sourceLocation == Location::nodes ? sourceNodeCount() : sourceGaussPointCount();
-    if (size(arrays.source) != sourceCount * components)
+    const std::size_t sourceSize = sizeOf(arrays.source);
+    if (sourceSize % components != 0 || !hasSourceLocations(arrays.sourceLocation, sourceSize / components))
     {
-        throw InvalidData(text("there are ", size(arrays.source), " source values, not ", components, " for each of ",
-                               sourceCount, " ", placeName(arrays.sourceLocation)));
+        throw InvalidData(text("there are ", sourceSize, " source values, not ", components, " for each of ",
+                               sourceCountText(arrays.sourceLocation), " ", placeName(arrays.sourceLocation)));
     }
     const std::size_t targetCount = locationCount(arrays.targetLocation);
-    if (targetCount == 0 || size(arrays.target) != targetCount * components)
+    if (targetCount == 0 || sizeOf(arrays.target) != targetCount * components)
     {
-        throw InvalidData(text("there are ", size(arrays.target), " target values, not ", components, " for each of ",
+        throw InvalidData(text("there are ", sizeOf(arrays.target), " target values, not ", components, " for each of ",
                                targetCount, " ", placeName(arrays.targetLocation)));
     }
     if (arrays.sourceLocation == Location::gaussPoints && !map_->mapsFromGaussPoints())
@@ -279,7 +300,7 @@ std::size_t Map::workspaceSize(std::span<const FieldView> fields) const
     std::int64_t size = 0;
     for (std::size_t first = 0; first < fields.size(); first += groupSize)
     {
-        const FieldGroup group(fields.subspan(first, std::min(groupSize, fields.size() - first)));
+        const FieldGroup group(fields.subspan(first, std::min(groupSize, fields.size() - first)), *map_);
         size = std::max(size, map_->workspaceSize(group.span()));
     }
     return static_cast<std::size_t>(size);
@@ -298,7 +319,7 @@ void Map::apply(std::span<const FieldView> fields, std::span<std::byte> workspac
     ThreadWorkers workers(threads);
     for (std::size_t first = 0; first < fields.size(); first += groupSize)
     {
-        const FieldGroup group(fields.subspan(first, std::min(groupSize, fields.size() - first)));
+        const FieldGroup group(fields.subspan(first, std::min(groupSize, fields.size() - first)), *map_);
         if (const char* refusal = map_->apply(group.span(), workspace, workers))
         {
             throw InvalidData(refusal);
@@ -349,11 +370,11 @@ void Map::checkFields(std::span<const Field> fields, const ApplyOptions& options
     }
     for (const Field& field : fields)
     {
-        const std::size_t expected = field.location() == Location::nodes ? sourceNodeCount() : sourceGaussPointCount();
-        if (field.locationCount() != expected)
+        if (!hasSourceLocations(field.location(), field.locationCount()))
         {
             throw InvalidData(text("field '", field.name(), "' has values at ", field.locationCount(), " ",
-                                   placeName(field.location()), ", but the source has ", expected));
+                                   placeName(field.location()), ", but the source has ",
+                                   sourceCountText(field.location())));
         }
     }
 }
@@ -396,16 +417,17 @@ SparseMatrix Map::matrix(const MatrixOptions& options) const
     SparseRows rows;
     if (options.resolvesPropagation)
     {
-        const std::int64_t size = resolvedMatrixSize(options.source);
+        const std::int64_t size = resolvedMatrixSize(options.source, options.sourceRule);
         if (size > options.mostEntries)
         {
             throw InvalidOption(text("the matrix would have ", size, " entries, more than the ", options.mostEntries,
                                      " that are allowed"));
         }
     }
-    const bool isMade = options.resolvesPropagation
-                            ? map_->resolvedMatrix(engineLocation(options.source), options.mostEntries, rows)
-                            : map_->matrix(engineLocation(options.target), engineLocation(options.source), rows);
+    const ::Location source = engineLocation(options.source);
+    const GaussRuleChoice rule = engineRule(options.sourceRule);
+    const bool isMade = options.resolvesPropagation ? map_->resolvedMatrix(source, options.mostEntries, rows, rule)
+                                                    : map_->matrix(engineLocation(options.target), source, rows, rule);
     if (!isMade)
     {
         throw std::bad_alloc();
@@ -416,9 +438,9 @@ SparseMatrix Map::matrix(const MatrixOptions& options) const
             vectorOf(rows.columns, rows.nbEntries()), vectorOf(rows.values, rows.nbEntries())};
 }
 
-std::int64_t Map::resolvedMatrixSize(Location source) const
+std::int64_t Map::resolvedMatrixSize(Location source, GaussPointRule sourceRule) const
 {
-    const std::int64_t size = map_->resolvedSize(engineLocation(source));
+    const std::int64_t size = map_->resolvedSize(engineLocation(source), engineRule(sourceRule));
     if (size < 0)
     {
         throw std::bad_alloc();

@@ -115,8 +115,9 @@ struct SparseMatrix
 
 struct MatrixOptions
 {
-    Location target = Location::nodes; ///< rows
-    Location source = Location::nodes; ///< columns
+    Location target = Location::nodes;                ///< rows
+    Location source = Location::nodes;                ///< columns
+    GaussPointRule sourceRule = GaussPointRule::full; ///< of columns of Gauss points
     /// Nodes that propagation reaches are expressed by source locations, too; rows can become long.
     bool resolvesPropagation = false;
     std::int64_t mostEntries = 1'000'000'000; ///< of a resolved matrix
@@ -156,7 +157,9 @@ public:
     Map(const Mesh& source, const PointCloud& points, const MapOptions& options = {});
 
     std::size_t sourceNodeCount() const;
-    std::size_t sourceGaussPointCount() const;
+    /// Rows of a field at Gauss points of the source. A field may be by either rule, which is told from its rows; the
+    /// reduced one is known to maps that are made for such fields.
+    std::size_t sourceGaussPointCount(GaussPointRule rule = GaussPointRule::full) const;
     /// Target nodes or points, or Gauss points; 0 if the map does not give them values.
     std::size_t locationCount(Location location) const;
 
@@ -186,7 +189,8 @@ public:
     /// have more entries than are allowed.
     SparseMatrix matrix(const MatrixOptions& options = {}) const;
     /// Entries of the matrix of nodes with propagation resolved.
-    std::int64_t resolvedMatrixSize(Location source = Location::nodes) const;
+    std::int64_t resolvedMatrixSize(Location source = Location::nodes,
+                                    GaussPointRule sourceRule = GaussPointRule::full) const;
 
     Places places(Location location = Location::nodes) const;
     const TransferStatistics& statistics() const { return *statistics_; }
@@ -212,6 +216,8 @@ public:
 private:
     explicit Map(std::shared_ptr<const TransferMap> map);
 
+    bool hasSourceLocations(Location location, std::size_t count) const;
+    std::string sourceCountText(Location location) const;
     void checkArrays(const FieldView& arrays) const;
     void checkFields(std::span<const Field> fields, const ApplyOptions& options) const;
 

@@ -209,7 +209,7 @@ Mesh::Mesh(MeshData data) : data_(std::move(data))
     data_.offsets = {};
 }
 
-Mesh::Mesh(const Mesh& other) : data_(other.data_)
+Mesh::Mesh(const Mesh& other) : data_(other.data_), gaussPointRule_(other.gaussPointRule_)
 {
     nodesPerElement_.reserve(other.nodesPerElement_.size());
     for (const int* nodes : other.nodesPerElement_)
@@ -222,6 +222,7 @@ Mesh& Mesh::operator=(Mesh other) noexcept
 {
     std::swap(data_, other.data_);
     std::swap(nodesPerElement_, other.nodesPerElement_);
+    std::swap(gaussPointRule_, other.gaussPointRule_);
     return *this;
 }
 
@@ -235,12 +236,12 @@ std::span<const float, 3> Mesh::nodePosition(int node) const
     return std::span(data_.coordinates).subspan(static_cast<std::size_t>(node) * 3).first<3>();
 }
 
-std::size_t Mesh::gaussPointCount() const
+std::size_t Mesh::gaussPointCount(GaussPointRule rule) const
 {
     std::size_t count = 0;
     for (int element = 0; element < elementCount(); ++element)
     {
-        count += static_cast<std::size_t>(kindOf(element).gaussPointCount);
+        count += static_cast<std::size_t>(kindOf(element).gaussPointCountOf(rule));
     }
     return count;
 }

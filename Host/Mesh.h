@@ -52,7 +52,8 @@ struct MeshData
 };
 
 /// A finite-element mesh in one piece that holds together: finite coordinates, known element kinds with as many nodes
-/// as they need, node and material numbers in range. Only the materials can change afterwards.
+/// as they need, node and material numbers in range. Only the materials and the rule of Gauss
+/// points can change afterwards.
 class Mesh
 {
 public:
@@ -87,8 +88,14 @@ public:
     /// An index into materials().
     int materialOf(int element) const { return data_.materialPerElement[static_cast<std::size_t>(element)]; }
 
-    /// Gauss points of all elements: the number of rows of a Gauss-point field on this mesh.
-    std::size_t gaussPointCount() const;
+    /// Gauss points of all elements: the number of rows of a Gauss-point field on this mesh. Fields on a source may be
+    /// by either rule, which is told from their number of rows; those on a target are by the rule of its mesh.
+    std::size_t gaussPointCount() const { return gaussPointCount(gaussPointRule_); }
+    std::size_t gaussPointCount(GaussPointRule rule) const;
+    GaussPointRule gaussPointRule() const { return gaussPointRule_; }
+    void setGaussPointRule(GaussPointRule rule) { gaussPointRule_ = rule; }
+    /// Gauss points of one element, by the mesh's rule.
+    int gaussPointCountOf(int element) const { return kindOf(element).gaussPointCountOf(gaussPointRule_); }
 
     /// The box of the nodes that belong to elements, or to elements of the selected materials if there is a selection:
     /// one entry per material.
@@ -103,6 +110,7 @@ public:
 private:
     MeshData data_; ///< without the offsets
     std::vector<const int*> nodesPerElement_;
+    GaussPointRule gaussPointRule_ = GaussPointRule::full;
 };
 
 /// Points with materials, as a target. Points count from 0. Only the materials' state codes can change afterwards.

@@ -29,12 +29,16 @@ void checkSourceFields(std::span<const Field> fields, const Mesh& source)
     for (const Field& field : fields)
     {
         const bool isAtNodes = field.location() == Location::nodes;
-        const std::size_t expected =
-            isAtNodes ? static_cast<std::size_t>(source.nodeCount()) : source.gaussPointCount();
-        if (field.locationCount() != expected)
+        const auto expected = [&](GaussPointRule rule)
+        { return isAtNodes ? static_cast<std::size_t>(source.nodeCount()) : source.gaussPointCount(rule); };
+        const std::size_t full = expected(GaussPointRule::full);
+        const std::size_t count = field.locationCount();
+        if (count != full && count != expected(GaussPointRule::reduced))
         {
-            throw InvalidData(text("field '", field.name(), "' has values at ", field.locationCount(),
-                                   isAtNodes ? " nodes" : " Gauss points", ", but the source has ", expected));
+            const std::size_t reduced = expected(GaussPointRule::reduced);
+            throw InvalidData(text("field '", field.name(), "' has values at ", count,
+                                   isAtNodes ? " nodes" : " Gauss points", ", but the source has ",
+                                   full == reduced ? text(full) : text(full, " or ", reduced)));
         }
     }
 }

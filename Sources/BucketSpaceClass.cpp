@@ -344,7 +344,7 @@ void BucketSpaceClass::markTarget(const ModelClass& targetModel, const BoxTable&
     else if (isSurveyed)
     {
         markNeededBuckets(targetModel.itsNbElts,
-                          [&](int elt) { return inflated(boxLanesOfNodes(targetModel, elt), boxMarginRatio); });
+                          [&](int elt) { return inflated(boxLanesOfElt(targetModel, elt), boxMarginRatio); });
     }
     else
     {

@@ -6,6 +6,10 @@
 
 inline constexpr int nbTypeCodes = 15;
 
+/// Most nodes and Gauss points of any type code, of those without shape functions too.
+inline constexpr int maxNbNodesOfTypeCode = 12;
+inline constexpr int maxNbGaussPointsOfTypeCode = 8;
+
 class FEUtilities
 {
 public:
@@ -27,7 +31,7 @@ public:
     int itsNbNodesPerType[nbTypeCodes]{};
     int itsNbGaussPointsPerType[nbTypeCodes]{};
     /// Shape function of each node at each Gauss point; 0 for types without shape functions.
-    float itsShapeValuesAtGaussPoints[nbTypeCodes][maxNbNodes][maxNbGaussPoints]{};
+    float itsShapeValuesAtGaussPoints[nbTypeCodes][maxNbNodesOfTypeCode][maxNbGaussPointsOfTypeCode]{};
 
 private:
     static bool isTypeCode(int typeCode) { return typeCode >= 0 && typeCode < nbTypeCodes; }

@@ -108,8 +108,10 @@ bool FieldClass::addAllGaussPointsToNodes(const ModelClass& sourceModel)
     {
         const auto valueAt = [&](std::size_t gaussPoint, int component)
         { return value((firstGaussPoint + static_cast<std::int64_t>(gaussPoint)) * itsNbComponents + component); };
-        const bool known = addGaussPointsToNodes(sourceModel.itsEltTypes[elt], sourceModel.itsConnectivity[elt],
-                                                 itsNbComponents, valueAt, itsValuesInterpoNode.get());
+        const bool known = sourceModel.hasShapeFunctionsOfElt(elt) &&
+                           addGaussPointsToNodes(sourceModel.itsEltTypes[elt], sourceModel.itsGaussRule,
+                                                 sourceModel.itsConnectivity[elt], itsNbComponents, valueAt,
+                                                 itsValuesInterpoNode.get());
         if (!known)
         {
             return false;

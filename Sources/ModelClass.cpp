@@ -74,6 +74,10 @@ void ModelClass::countEltsPerNode()
 Vector3 ModelClass::gaussPointPosition(int elt, int gaussPoint) const
 {
     const int type = itsEltTypes[elt];
+    if (type >= nbTypeCodes && itsAdmitsAllKinds)
+    {
+        return gaussPointPositionOfOtherKind(elt, gaussPoint);
+    }
     const int nbNodes = itsFEUtilities.nbNodes(type);
     Vector3 position{};
     for (int i = 0; i < nbNodes; ++i)
@@ -85,6 +89,20 @@ Vector3 ModelClass::gaussPointPosition(int elt, int gaussPoint) const
             position[axis] += shape * coords[axis];
         }
     }
+    return position;
+}
+
+Vector3 ModelClass::gaussPointPositionOfOtherKind(int elt, int gaussPoint) const
+{
+    Vector3 position{};
+    visitElementKind(itsEltTypes[elt],
+                     [&]<class Kind>(Kind)
+                     {
+                         const ReferencePoint& point = gaussPointOf<Kind>(itsGaussRule, gaussPoint);
+                         const Vector3 rounded{single(point[0]), single(point[1]), single(point[2])};
+                         position =
+                             physicalPosition<Kind>(gatherNodes<Kind>(itsConnectivity[elt], itsNodeCoords), rounded);
+                     });
     return position;
 }
 
@@ -106,6 +124,7 @@ Inversion ModelClass::inversionIn(int elt, const float* box, const Vector3& poin
         return inversion;
     }
     const bool known =
+        hasShapeFunctionsOfElt(elt) &&
         visitElementKind(itsEltTypes[elt],
                          [&]<class Kind>(Kind)
                          {

@@ -27,8 +27,23 @@ public:
     /// Counts the elements of each node into itsEltNbPerNode. To count twice ends the process.
     void countEltsPerNode();
 
-    int nbNodesOfElt(int elt) const { return itsFEUtilities.nbNodes(itsEltTypes[elt]); }
-    int nbGaussPointsOfElt(int elt) const { return itsFEUtilities.nbGaussPoints(itsEltTypes[elt]); }
+    int nbNodesOfElt(int elt) const
+    {
+        const int type = itsEltTypes[elt];
+        return type >= nbTypeCodes && itsAdmitsAllKinds ? nbNodesOfKind(type) : itsFEUtilities.nbNodes(type);
+    }
+    int nbGaussPointsOfElt(int elt) const
+    {
+        const int type = itsEltTypes[elt];
+        return type >= nbTypeCodes && itsAdmitsAllKinds ? nbGaussPointsOfKind(type, itsGaussRule)
+                                                        : itsFEUtilities.nbGaussPoints(type);
+    }
+    /// Whether fields can be interpolated in the element.
+    bool hasShapeFunctionsOfElt(int elt) const
+    {
+        const int type = itsEltTypes[elt];
+        return (itsAdmitsAllKinds || type < nbTypeCodes) && hasShapeFunctions(type);
+    }
 
     /// State code of an item's material: of an element of a mesh, of a point of a cloud.
     int matlStateOfItem(int item) const { return itsMatlStates[itsMatlIdPerItem[item]]; }
@@ -52,6 +67,8 @@ public:
     Inversion inversionIn(int elt, const float* box, const Vector3& point, float precisionFactor) const;
 
     ModelKind itsKind = ModelKind::none;
+    bool itsAdmitsAllKinds = false; ///< not only type codes; elements of other kinds count no nodes otherwise
+    GaussRuleChoice itsGaussRule = GaussRuleChoice::full; ///< of kinds that have two
     int itsNbElts = 0;
     int itsNbNodes = 0;
     const float (*itsNodeCoords)[3] = nullptr;
@@ -63,6 +80,9 @@ public:
     const int* itsMatlStates = nullptr;
     OwnedArray<int> itsMatlStateClasses;
     OwnedArray<int> itsEltNbPerNode;
+
+private:
+    Vector3 gaussPointPositionOfOtherKind(int elt, int gaussPoint) const;
 };
 
 #endif

@@ -218,6 +218,7 @@ MatchCommand::MatchCommand(CLI::App& app)
     addOptions(gaussPoints_, gaussPointSort().points,
                "how exactly the source cell around the centre of a target\n"
                "cell is located, as part of its size (0.001)");
+    gaussPoints_.files.addGaussRule(*gaussPoints_.command);
     gaussPoints_.command->footer(text(
         "Example:\n"
         "  veltrane match gauss assembly.vtu part.vtu -o gauss.vtu\n\n"

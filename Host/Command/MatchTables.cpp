@@ -66,7 +66,7 @@ MatchTable matchGaussPointTable(const MeshFile& source, const MeshFile& target, 
     int mostGaussPoints = 0;
     for (int element = 0; element < mesh.elementCount(); ++element)
     {
-        mostGaussPoints = std::max(mostGaussPoints, mesh.kindOf(element).gaussPointCount);
+        mostGaussPoints = std::max(mostGaussPoints, mesh.gaussPointCountOf(element));
     }
     const auto rowLength = static_cast<std::size_t>(mostGaussPoints);
     const auto elementCount = static_cast<std::size_t>(mesh.elementCount());
@@ -77,7 +77,7 @@ MatchTable matchGaussPointTable(const MeshFile& source, const MeshFile& target, 
     std::size_t entry = 0;
     for (int element = 0; element < mesh.elementCount(); ++element)
     {
-        for (int gaussPoint = 0; gaussPoint < mesh.kindOf(element).gaussPointCount; ++gaussPoint, ++entry)
+        for (int gaussPoint = 0; gaussPoint < mesh.gaussPointCountOf(element); ++gaussPoint, ++entry)
         {
             if (match.sourceElements[entry] == noPartner)
             {

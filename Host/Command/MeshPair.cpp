@@ -90,6 +90,23 @@ void MeshPairArguments::addReplace(CLI::App& command, const std::string& help)
     command.add_flag("--replace", replace, help);
 }
 
+void MeshPairArguments::addGaussRule(CLI::App& command)
+{
+    command
+        .add_option("--gauss-rule", gaussRule,
+                    "the Gauss points of hexahedra with 20 or 27 nodes:\n"
+                    "full: 27,\n"
+                    "reduced: 8")
+        ->check(CLI::IsMember({"full", "reduced"}))
+        ->type_name("RULE")
+        ->capture_default_str();
+}
+
+GaussPointRule MeshPairArguments::gaussPointRule() const
+{
+    return gaussRule == "reduced" ? GaussPointRule::reduced : GaussPointRule::full;
+}
+
 void MeshPairArguments::addThreads(CLI::App& command)
 {
     command
@@ -171,6 +188,7 @@ MeshFile MeshPairArguments::readSource(bool cellsAsNodes, const Placement& place
                          .step = step,
                          .placement = placement,
                          .keepsRepeatedNodes = keepsRepeatedNodes,
+                         .gaussPointRule = gaussPointRule(),
 
                          .threads = threads});
 }
@@ -185,6 +203,7 @@ MeshFile MeshPairArguments::readTarget(MeshRole role, std::shared_ptr<VtuAhead> 
     return read(target, {.role = role,
                          .skipUnsupported = skipUnsupported,
                          .materialArray = materials.array,
+                         .gaussPointRule = gaussPointRule(),
                          .threads = threads,
                          .ahead = std::move(ahead)});
 }

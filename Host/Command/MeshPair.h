@@ -78,6 +78,7 @@ struct MeshPairArguments
     std::optional<int> step; ///< of an Exodus file as the source, from 0
     bool skipUnsupported = false;
     bool keepsRepeatedNodes = false; ///< see MeshReading
+    std::string gaussRule = "full";
     bool replace = false;
     bool quiet = false;
     int threads = 0;            ///< 0: all cores that the process may use
@@ -90,6 +91,7 @@ struct MeshPairArguments
     void addTolerance(CLI::App& command, const std::string& help);
     void addReplace(CLI::App& command, const std::string& help);
     void addQuiet(CLI::App& command, const std::string& help);
+    void addGaussRule(CLI::App& command);
     void addThreads(CLI::App& command);
     void addCompression(CLI::App& command);
 
@@ -101,6 +103,8 @@ struct MeshPairArguments
 
     /// Where results are told: standard output, unless it takes the output itself.
     std::ostream& summaryStream() const;
+
+    GaussPointRule gaussPointRule() const;
 
     /// How the output is to be written.
     FileWriting writing() const;

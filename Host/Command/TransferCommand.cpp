@@ -31,6 +31,8 @@ TransferCommand::TransferCommand(CLI::App& app)
     arguments_.addFields(*command_);
     loads_.addTo(*command_);
     arguments_.addGauss(*command_);
+    files_.addGaussRule(*command_);
+    command_->get_option("--gauss-rule")->needs("--gauss");
     arguments_.addOutside(*command_, "nodes", true);
     arguments_.addNear(*command_, "nodes", false);
     files_.materials.addTo(*command_, "nodes to receive values");

@@ -29,7 +29,7 @@ bool areAlike(const std::vector<double>& a, const std::vector<double>& b)
 
 } // namespace
 
-GaussScheme gaussSchemeOf(int cellType)
+GaussScheme gaussSchemeOf(int cellType, GaussPointRule rule)
 {
     GaussScheme scheme{.cellType = cellType};
     const VtkCellKind* cellKind = findVtkCellKind(cellType);
@@ -37,8 +37,8 @@ GaussScheme gaussSchemeOf(int cellType)
     {
         return scheme;
     }
-    GaussRule rule = gaussRuleOf(cellKind->kind);
-    for (const std::vector<double>& ofElement : rule.shapeValues)
+    GaussRule points = gaussRuleOf(cellKind->kind, rule);
+    for (const std::vector<double>& ofElement : points.shapeValues)
     {
         std::vector<double>& ofCell = scheme.shapeValues.emplace_back(ofElement.size());
         for (std::size_t node = 0; node < ofElement.size(); ++node)
@@ -46,20 +46,23 @@ GaussScheme gaussSchemeOf(int cellType)
             ofCell[static_cast<std::size_t>(cellKind->nodeOrder[node])] = ofElement[node];
         }
     }
-    scheme.weights = std::move(rule.weights);
+    scheme.weights = std::move(points.weights);
     return scheme;
 }
 
 bool isUsable(const GaussScheme& scheme)
 {
-    const GaussScheme wanted = gaussSchemeOf(scheme.cellType);
     const auto isThere = [&](const std::vector<double>& values)
     {
         return std::ranges::any_of(scheme.shapeValues,
                                    [&](const std::vector<double>& found) { return areAlike(values, found); });
     };
-    return !wanted.shapeValues.empty() && scheme.shapeValues.size() == wanted.shapeValues.size() &&
-           std::ranges::all_of(wanted.shapeValues, isThere);
+    const auto isOf = [&](GaussPointRule rule)
+    {
+        const std::vector<std::vector<double>> wanted = gaussSchemeOf(scheme.cellType, rule).shapeValues;
+        return !wanted.empty() && scheme.shapeValues.size() == wanted.size() && std::ranges::all_of(wanted, isThere);
+    };
+    return isOf(GaussPointRule::full) || isOf(GaussPointRule::reduced);
 }
 
 void addGaussOffsets(vtkUnstructuredGrid& grid, vtkIdTypeArray& offsets, const std::vector<GaussScheme>& schemes)

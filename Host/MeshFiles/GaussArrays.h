@@ -3,6 +3,8 @@
 #ifndef VELTRANE_HOST_GAUSS_ARRAYS_H
 #define VELTRANE_HOST_GAUSS_ARRAYS_H
 
+#include "ElementKind.h"
+
 #include <vtkSmartPointer.h>
 #include <vtkType.h>
 
@@ -27,9 +29,9 @@ struct GaussScheme
 };
 
 /// The points of the library's rule for cells of a type that are elements; none for others.
-GaussScheme gaussSchemeOf(int cellType);
+GaussScheme gaussSchemeOf(int cellType, GaussPointRule rule = GaussPointRule::full);
 
-/// Whether a scheme has just the points of the library's rule for its cells, in any order.
+/// Whether a scheme has just the points of one of the library's rules for its cells, in any order.
 bool isUsable(const GaussScheme& scheme);
 
 /// Adds an array of offsets, one per cell, for the schemes of the cells' types.

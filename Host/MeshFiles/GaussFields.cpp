@@ -31,10 +31,10 @@ constexpr const char* offsetArrayName = "QuadratureOffset";
 /// The number of the scheme's point at each Gauss point of the element.
 using PointOrder = std::vector<int>;
 
-/// Nothing unless the scheme has just the Gauss points of the element.
-std::optional<PointOrder> matchPoints(vtkQuadratureSchemeDefinition& scheme, int cellType)
+/// Nothing unless the scheme has just the Gauss points of the element by a rule.
+std::optional<PointOrder> matchPoints(vtkQuadratureSchemeDefinition& scheme, int cellType, GaussPointRule rule)
 {
-    const std::vector<std::vector<double>> wanted = gaussSchemeOf(cellType).shapeValues;
+    const std::vector<std::vector<double>> wanted = gaussSchemeOf(cellType, rule).shapeValues;
     if (static_cast<std::size_t>(scheme.GetNumberOfQuadraturePoints()) != wanted.size() || wanted.empty() ||
         static_cast<std::size_t>(scheme.GetNumberOfNodes()) != wanted.front().size())
     {
@@ -97,8 +97,14 @@ private:
             return known->second;
         }
         vtkQuadratureSchemeDefinition* scheme = findScheme(*offsets_, cellType);
-        const std::optional<PointOrder> order =
-            scheme == nullptr ? std::nullopt : matchPoints(*scheme, cellType);
+        std::optional<PointOrder> order;
+        for (const GaussPointRule rule : {GaussPointRule::full, GaussPointRule::reduced})
+        {
+            if (scheme != nullptr && !order)
+            {
+                order = matchPoints(*scheme, cellType, rule);
+            }
+        }
         if (!order)
         {
             throw BadFile(text(place_,
@@ -152,11 +158,11 @@ void addSchemes(vtkUnstructuredGrid& grid, const FileElements& elements)
     for (std::size_t element = 0; element < cells.size(); ++element)
     {
         offsets->SetValue(cells[element], offset);
-        offset += elements.mesh.kindOf(static_cast<int>(element)).gaussPointCount;
+        offset += elements.mesh.gaussPointCountOf(static_cast<int>(element));
         const int cellType = elements.types.GetValue(cells[element]);
         if (!known.contains(cellType))
         {
-            known.emplace(cellType, gaussSchemeOf(cellType));
+            known.emplace(cellType, gaussSchemeOf(cellType, elements.mesh.gaussPointRule()));
         }
     }
     std::vector<GaussScheme> schemes;
@@ -194,7 +200,9 @@ Field readGaussField(vtkUnstructuredGrid& grid, const FileElements& elements, co
                    { return inElementOrder(inFileOrder, inFile.componentCount(), schemes, elements.cells); },
                    inFile.values());
     Field field(newName, Location::gaussPoints, inFile.componentCount(), std::move(values));
-    if (field.locationCount() != elements.mesh.gaussPointCount())
+    const std::size_t count = field.locationCount();
+    if (count != elements.mesh.gaussPointCount(GaussPointRule::full) &&
+        count != elements.mesh.gaussPointCount(GaussPointRule::reduced))
     {
         throw BadFile(text(schemes.place(), "does not have values for all Gauss points"));
     }

@@ -51,7 +51,8 @@ struct MeshReading
     Placement placement{};
     /// Hexahedra with repeated nodes stay hexahedra, as values at their Gauss points need it.
     bool keepsRepeatedNodes = false;
-    int threads = 1; ///< to read with; 0: as many as usableThreadCount() tells
+    GaussPointRule gaussPointRule = GaussPointRule::full; ///< of the mesh
+    int threads = 1;                                      ///< to read with; 0: as many as usableThreadCount() tells
     /// The file, if somebody has begun to read it.
     std::shared_ptr<VtuAhead> ahead{};
 };

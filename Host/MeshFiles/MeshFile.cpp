@@ -174,6 +174,7 @@ MeshFile::MeshFile(const std::filesystem::path& path, const MeshReading& reading
     {
         throw BadFile(text(quoted(path), ": ", error.what()));
     }
+    contents_->mesh->setGaussPointRule(reading.gaussPointRule);
     borrowPoints(grid, *contents_->mesh);
     contents_->cells = std::move(elements.cells);
     contents_->skippedCells = std::move(elements.skipped);

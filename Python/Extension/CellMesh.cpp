@@ -140,7 +140,9 @@ CellMesh volumesOf(const CellMesh& mesh)
     {
         throw InvalidData("the source has no volume cell");
     }
-    return {Mesh(std::move(data)), std::move(cells), mesh.cellCount, false};
+    CellMesh volumes{Mesh(std::move(data)), std::move(cells), mesh.cellCount, false};
+    volumes.mesh.setGaussPointRule(all.gaussPointRule());
+    return volumes;
 }
 
 } // namespace veltrane

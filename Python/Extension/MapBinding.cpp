@@ -17,6 +17,7 @@
 #include <array>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -128,13 +129,15 @@ nb::tuple applyTransposed(const Map& map, const ArrayIn<Number>& values, int com
                           arrayOf(std::move(result.left)));
 }
 
-nb::tuple matrix(const Map& map, bool toGaussPoints, bool fromGaussPoints, bool resolvesPropagation)
+nb::tuple matrix(const Map& map, bool toGaussPoints, bool fromGaussPoints, bool hasReducedRule,
+                 bool resolvesPropagation)
 {
     SparseMatrix matrix = [&]
     {
         const nb::gil_scoped_release noGil;
         return map.matrix({.target = locationOf(toGaussPoints),
                            .source = locationOf(fromGaussPoints),
+                           .sourceRule = hasReducedRule ? GaussPointRule::reduced : GaussPointRule::full,
                            .resolvesPropagation = resolvesPropagation});
     }();
     return nb::make_tuple(arrayOf(std::move(matrix.values)), arrayOf(std::move(matrix.columns)),
@@ -252,7 +255,9 @@ void bindMap(nb::module_& module)
 {
     nb::class_<Map> map(module, "Map");
     map.def_prop_ro("source_node_count", &Map::sourceNodeCount)
-        .def_prop_ro("source_gauss_point_count", &Map::sourceGaussPointCount)
+        .def_prop_ro(
+            "source_gauss_point_counts", [](const Map& map)
+            { return std::pair(map.sourceGaussPointCount(), map.sourceGaussPointCount(GaussPointRule::reduced)); })
         .def("location_count",
              [](const Map& self, bool isAtGaussPoints) { return self.locationCount(locationOf(isAtGaussPoints)); })
         .def_prop_ro("mode", [](const Map& self) { return static_cast<int>(self.mode()); })

@@ -82,7 +82,7 @@ std::vector<std::int64_t> gaussPointOffsets(const CellMesh& mesh)
     std::vector<std::int64_t> offsets{0};
     for (int element = 0; element < mesh.mesh.elementCount(); ++element)
     {
-        offsets.push_back(offsets.back() + mesh.mesh.kindOf(element).gaussPointCount);
+        offsets.push_back(offsets.back() + mesh.mesh.gaussPointCountOf(element));
     }
     return offsets;
 }
@@ -174,6 +174,11 @@ void bindMeshes(nb::module_& module)
         .def_prop_ro("element_count", [](const CellMesh& mesh) { return mesh.mesh.elementCount(); })
         .def_prop_ro("cell_count", [](const CellMesh& mesh) { return mesh.cellCount; })
         .def_prop_ro("gauss_point_count", [](const CellMesh& mesh) { return mesh.mesh.gaussPointCount(); })
+        .def_prop_rw(
+            "is_gauss_rule_reduced",
+            [](const CellMesh& mesh) { return mesh.mesh.gaussPointRule() == GaussPointRule::reduced; },
+            [](CellMesh& mesh, bool isReduced)
+            { mesh.mesh.setGaussPointRule(isReduced ? GaussPointRule::reduced : GaussPointRule::full); })
         .def_ro("has_surfaces", &CellMesh::hasSurfaces)
         .def_prop_ro("is_whole",
                      [](const CellMesh& mesh) { return mesh.cells.size() == static_cast<std::size_t>(mesh.cellCount); })

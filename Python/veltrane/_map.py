@@ -16,7 +16,7 @@ from ._meshes import selection
 from ._models import mesh_of, target_of
 from ._places import FAR, INSIDE, NEAR, Places, Statistics, counts, outside_sentence
 from ._progress import Progress, told
-from ._settings import MODES, PLACES, choice, number, settings, whole
+from ._settings import GAUSS_RULES, MODES, PLACES, choice, number, settings, whole
 from ._validation import Validation, validation_of
 
 
@@ -149,7 +149,7 @@ class Map:
         Parameters
         ----------
         values : array of shape (n,) or (n, k)
-            One row per source node, or Gauss point. float32 stays float32; all else becomes float64. Values at or
+            One row per source node, or Gauss point, by either rule of a kind that has two. float32 stays float32; all else becomes float64. Values at or
             below -8.888e13 are undefined, and so is what depends on them: -9.999e13.
         out : array, optional
             Receives the result: of its shape and type, writeable. All of it is written.
@@ -165,11 +165,12 @@ class Map:
         """
         array = values_of(values)
         way = self._way(source_at, target_at, default, threads)
-        count = self._source_count(way.from_gauss_points)
-        if array.shape[0] != count:
+        counts = self._source_counts(way.from_gauss_points)
+        if array.shape[0] not in counts:
             place = "Gauss points" if way.from_gauss_points else "nodes"
+            known = " or ".join(map(str, dict.fromkeys(counts)))
             raise InvalidDataError(
-                f"the values have the shape {array.shape}, but the source of the map has {count} {place}"
+                f"the values have the shape {array.shape}, but the source of the map has {known} {place}"
             )
         shape = (self._core.location_count(way.to_gauss_points), *array.shape[1:])
         if shape[0] == 0:
@@ -266,17 +267,22 @@ class Map:
         source_at: Optional[str] = None,
         target_at: Optional[str] = None,
         resolve_propagation: bool = False,
+        gauss_rule: str = "full",
     ) -> Any:
         """The map as a `scipy.sparse.csr_array` of shape (m, n).
 
         Its product with source values is what `apply` gives up to rounding. Rows of locations without weights are
-        empty. With `resolve_propagation`, nodes that propagation reaches are expressed by source nodes, too.
+        empty. With `resolve_propagation`, nodes that propagation reaches are expressed by source nodes, too. Columns of
+        Gauss points are by the `gauss_rule` "full" or "reduced", as of a `Mesh`.
         """
         from scipy.sparse import csr_array
 
         way = self._way(source_at, target_at, None, None)
         data, columns, starts, rows, width = self._core.matrix(
-            way.to_gauss_points, way.from_gauss_points, bool(resolve_propagation)
+            way.to_gauss_points,
+            way.from_gauss_points,
+            choice(gauss_rule, GAUSS_RULES, "gauss_rule"),
+            bool(resolve_propagation),
         )
         return csr_array((data, columns, starts), shape=(rows, width))
 
@@ -399,8 +405,12 @@ class Map:
 
     # Helpers
 
+    def _source_counts(self, at_gauss_points: bool) -> tuple[int, ...]:
+        """How many source values there may be: of Gauss points by the full rule or the reduced one."""
+        return self._core.source_gauss_point_counts if at_gauss_points else (self._core.source_node_count,)
+
     def _source_count(self, at_gauss_points: bool) -> int:
-        return self._core.source_gauss_point_count if at_gauss_points else self._core.source_node_count
+        return self._source_counts(at_gauss_points)[0]
 
     def _target_place(self, target_at: Optional[str]) -> bool:
         return self._to_gauss_points if target_at is None else _is_at_gauss_points(target_at, "target_at")

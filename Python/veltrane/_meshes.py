@@ -10,6 +10,7 @@ import numpy as np
 from . import _core
 from ._arrays import coordinates, integers, numbered
 from ._errors import InvalidDataError, WrongTypeError
+from ._settings import GAUSS_RULES, choice
 
 _NONE = np.zeros(0, dtype=np.int32)
 
@@ -162,6 +163,21 @@ class Mesh:
     def n_gauss_points(self) -> int:
         """Number of Gauss points of all volume cells."""
         return self._core.gauss_point_count
+
+    @property
+    def gauss_rule(self) -> str:
+        """The Gauss points of hexahedra with 20 or 27 nodes: "full", 27, or "reduced", 8. It can be set.
+
+        It is for values that the mesh receives. Which rule source values are by is told from their number.
+        """
+        return "reduced" if self._core.is_gauss_rule_reduced else "full"
+
+    @gauss_rule.setter
+    def gauss_rule(self, rule: str) -> None:
+        is_reduced = choice(rule, GAUSS_RULES, "gauss_rule")
+        for core in (self._core, self._volumes):
+            if core is not None:
+                core.is_gauss_rule_reduced = is_reduced
 
     @property
     def points(self) -> np.ndarray:

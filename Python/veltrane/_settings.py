@@ -12,6 +12,7 @@ from ._errors import InvalidOptionError, WrongTypeError
 
 MODES = {"error": 0, "default": 1, "nan": 1, "propagate": 2}
 PRECISIONS = {"double": True, "single": False}
+GAUSS_RULES = {"full": False, "reduced": True}
 PLACES = {"nodes": (True, False), "gauss_points": (False, True), "both": (True, True)}
 
 

@@ -25,6 +25,9 @@ template <class... Kinds> struct ElementKindList
     /// Calls visitor(Kind{}) with every kind, in the order of the list.
     template <class Visitor> static constexpr void visitAll(Visitor&& visitor) { (visitor(Kinds{}), ...); }
 
+    /// This list and others behind it.
+    template <class... Others> using And = ElementKindList<Kinds..., Others...>;
+
     /// Template<Kinds...>.
     template <template <class...> class Template> using Into = Template<Kinds...>;
 };

@@ -15,6 +15,11 @@
 ///     contains(point, margin)        inside the reference domain, `margin` reference units tolerated; a bool, or a
 ///                                    mask of the points of a pack
 ///     gaussPointsToNodes(gaussPointValues, nodeValues)  what the element gives to the average at each node
+/// Curved volumes, with numbers from 100 on that are no type codes of the exported functions, besides:
+///     clamped(point)        a point of the reference domain near to one outside it
+///     controlGrid           where control points that hold the element within their box come from
+/// and those with a second integration rule
+///     reducedGaussRule      of fewer points, from which gaussPointsToNodes takes values, too
 ///
 /// Values are those computed in double precision from the reference point and stored as the Number that the point is
 /// made of: float, or a pack of them for points that are worked on at once, or double and packs of it, which round
@@ -67,6 +72,18 @@ template <std::size_t nbPoints> struct GaussRule
 
 /// 1/sqrt(3), the abscissa of the Gauss-Legendre rule of two points on [-1, 1], whose weights are 1.
 inline constexpr double gaussAbscissa = 0.57735026918962576451;
+
+/// sqrt(3/5), the outer abscissa of the rule of three points, and its weights.
+inline constexpr double gaussAbscissaOf3 = 0.77459666924148337704;
+inline constexpr std::array<double, 3> gaussWeightsOf3{5.0 / 9.0, 8.0 / 9.0, 5.0 / 9.0};
+
+/// The grids of points of the reference domains through which quadratic functions are known; see ControlPoints.h.
+enum class ControlGrid
+{
+    cube,
+    wedge,
+    pyramid
+};
 
 /// Points as they are stored, each coordinate rounded once.
 template <std::size_t nbPoints>
@@ -131,6 +148,13 @@ constexpr void setGradient(std::array<Number, 3>& gradient, const DXi& dXi, cons
     gradient[1] = stored<Number>(dEta);
     gradient[2] = stored<Number>(dZeta);
 }
+
+/// Kinds that may reach beyond their nodes.
+template <class Kind>
+concept CurvedElementKind = requires
+{
+    Kind::controlGrid;
+};
 
 template <class Kind, class Number>
 constexpr NodeValues<Kind::nbNodes, Number> shapeFunctionsAt(const std::array<Number, 3>& referenceCoords)

@@ -6,7 +6,12 @@ namespace
 {
 bool isTargetType(int typeCode)
 {
-    return ElementKinds::visit(typeCode, [](auto) {});
+    return TypeCodeKinds::visit(typeCode, [](auto) {});
+}
+
+bool isSourceType(int typeCode)
+{
+    return isTargetType(typeCode) && hasShapeFunctions(typeCode);
 }
 
 bool allTypes(const ModelClass& model, bool (*isAdmitted)(int))
@@ -17,7 +22,7 @@ bool allTypes(const ModelClass& model, bool (*isAdmitted)(int))
 
 bool areSourceTypes(const ModelClass& model)
 {
-    return allTypes(model, hasShapeFunctions);
+    return allTypes(model, isSourceType);
 }
 
 bool areTargetTypes(const ModelClass& model)
@@ -46,7 +51,7 @@ bool areMatchableTypes(const ModelClass& source, const ModelClass& target)
     for (int elt = 0; elt < source.itsNbElts; ++elt)
     {
         const int type = source.itsEltTypes[elt];
-        const bool isMatchable = hasShapeFunctions(type) && type != LinearPyramid::typeCode;
+        const bool isMatchable = isSourceType(type) && type != LinearPyramid::typeCode;
         const bool isTargetPyramid = elt < target.itsNbElts && target.itsEltTypes[elt] == LinearPyramid::typeCode;
         if (!isMatchable && !isTargetPyramid)
         {

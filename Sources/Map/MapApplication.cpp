@@ -161,6 +161,20 @@ const char* TransferMap::apply(std::span<const MapField> fields, std::span<std::
     return nullptr;
 }
 
+std::int64_t TransferMap::nbSourceGaussPoints(GaussRuleChoice rule) const
+{
+    if (rule == GaussRuleChoice::full || !mapsFromGaussPoints())
+    {
+        return itsNbSourceGaussPoints;
+    }
+    std::int64_t count = 0;
+    for (std::int64_t elt = 0; elt < itsAveraging.nbElts; ++elt)
+    {
+        count += nbGaussPointsOfKind(itsAveraging.eltTypes[elt], rule);
+    }
+    return count;
+}
+
 /// Gives the fields at Gauss points their averages at nodes, one after another in the workspace.
 template <class Real> void MapApplication<Real>::averageAll()
 {
@@ -192,9 +206,9 @@ template <class Real> void MapApplication<Real>::average(const MapField& field, 
                                                  : static_cast<Real>(field.sourceDoubles[index]);
         };
         const int type = averaging.eltTypes[elt];
-        addGaussPointsToNodes(type, averaging.nodes.get() + averaging.firstNodes[elt], field.nbComponents, value,
-                              nodeValues);
-        firstGaussPoint += nbGaussPointsOf(type);
+        addGaussPointsToNodes(type, field.sourceRule, averaging.nodes.get() + averaging.firstNodes[elt],
+                              field.nbComponents, value, nodeValues);
+        firstGaussPoint += nbGaussPointsOfKind(type, field.sourceRule);
     }
     for (std::int64_t node = 0; node < nbNodes; ++node)
     {

@@ -208,7 +208,9 @@ MapFailure MapBuilder::prepare()
     itsMap.itsStatistics.origin = itsSettings.origin;
     for (int elt = 0; elt < itsSource.itsNbElts; ++elt)
     {
-        itsMap.itsNbSourceGaussPoints += itsSource.nbGaussPointsOfElt(elt);
+        // By the full rule of every kind: values by the other rule are told from their number.
+        itsMap.itsNbSourceGaussPoints +=
+            itsSource.hasShapeFunctionsOfElt(elt) ? nbGaussPointsOfKind(itsSource.itsEltTypes[elt]) : 0;
     }
     SurveyedBoxes surveyed;
     if (itsBoxes.allocate(itsSource.itsNbElts, 2, 3) != TableBlock::none)
@@ -292,11 +294,16 @@ bool MapBuilder::makePieces()
     {
         return true;
     }
+    int mostGaussPoints = maxNbGaussPointsOfTypeCode;
+    for (int elt = 0; elt < target.itsNbElts; ++elt)
+    {
+        mostGaussPoints = std::max(mostGaussPoints, target.nbGaussPointsOfElt(elt));
+    }
     const std::int64_t eltsPerPiece =
-        std::max<std::int64_t>(1, piecesFor(itsWorkers, target.itsNbElts, batchCapacity).size / maxNbGaussPoints);
+        std::max<std::int64_t>(1, piecesFor(itsWorkers, target.itsNbElts, batchCapacity).size / mostGaussPoints);
     const Pieces pieces{target.itsNbElts, eltsPerPiece};
     itsGaussPieces.count = pieces.count();
-    itsGaussPieces.mostPoints = eltsPerPiece * maxNbGaussPoints;
+    itsGaussPieces.mostPoints = eltsPerPiece * mostGaussPoints;
     itsGaussPieces.areNodes = false;
     if (!itsGaussPieces.pieces.allocate(pieces.count()))
     {
@@ -485,7 +492,7 @@ void MapBuilder::treat(OutsidePoint& outside, std::int64_t firstRow, const Neare
     if (located.elt != noElement)
     {
         ShapeValues shape = shapeValuesAt(itsSource, located);
-        if (!normaliseNearMiss(shape))
+        if (!bringIntoElement(itsSource, located, shape))
         {
             itsEvent.note(row, Event::withoutWeights);
             return;
@@ -716,7 +723,7 @@ void MapBuilder::computeWeights(std::int64_t row)
                          auto values = shapeFunctionsAt<Kind>(itsTable.referenceCoords[row]);
                          if (itsTable.finding(row) == Finding::near)
                          {
-                             normaliseNearMiss(std::span<float>(values));
+                             bringIntoElement<Kind>(itsTable.referenceCoords[row], std::span<float>(values));
                          }
                          std::copy_n(nodes, values.size(), itsTable.nodes.get() + first);
                          std::copy_n(values.data(), values.size(), itsTable.weights.get() + first);

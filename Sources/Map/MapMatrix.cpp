@@ -98,8 +98,9 @@ private:
 class AveragingRows
 {
 public:
-    bool build(const AveragingTable& averaging, std::int64_t nbNodes)
+    bool build(const AveragingTable& averaging, GaussRuleChoice rule, std::int64_t nbNodes)
     {
+        itsRule = rule;
         if (!itsFirst.allocate(nbNodes + 1) || !itsEntries.allocate(averaging.firstNodes[averaging.nbElts]))
         {
             return false;
@@ -127,7 +128,7 @@ public:
                 const auto nodeOfElt = static_cast<int>(i - averaging.firstNodes[elt]);
                 itsEntries[next[averaging.nodes[i]]++] = {firstGaussPoint, averaging.eltTypes[elt], nodeOfElt};
             }
-            firstGaussPoint += nbGaussPointsOf(averaging.eltTypes[elt]);
+            firstGaussPoint += nbGaussPointsOfKind(averaging.eltTypes[elt], rule);
         }
         return true;
     }
@@ -139,13 +140,13 @@ public:
         for (std::int64_t i = itsFirst[node]; i < itsFirst[node + 1]; ++i)
         {
             const Entry& entry = itsEntries[i];
-            visitElementKind(
-                entry.eltType,
-                [&]<class Kind>(Kind)
+            visitGaussRule(
+                entry.eltType, itsRule,
+                [&]<class Kind, std::size_t nbPoints>(Kind, std::integral_constant<std::size_t, nbPoints>)
                 {
-                    for (std::size_t gaussPoint = 0; gaussPoint < Kind::nbGaussPoints; ++gaussPoint)
+                    for (std::size_t gaussPoint = 0; gaussPoint < nbPoints; ++gaussPoint)
                     {
-                        NodeValues<Kind::nbGaussPoints, double> unit{};
+                        std::array<double, nbPoints> unit{};
                         unit[gaussPoint] = 1.0;
                         NodeValues<Kind::nbNodes, double> atNodes;
                         Kind::gaussPointsToNodes(unit, atNodes);
@@ -169,6 +170,7 @@ private:
     };
     OwnedArray<std::int64_t> itsFirst;
     OwnedArray<Entry> itsEntries;
+    GaussRuleChoice itsRule = GaussRuleChoice::full;
 };
 } // namespace
 
@@ -176,13 +178,17 @@ private:
 class MapRows
 {
 public:
-    MapRows(const TransferMap& map, Location source) : itsMap(map), itsSource(source) {}
+    MapRows(const TransferMap& map, Location source, GaussRuleChoice rule)
+        : itsMap(map), itsSource(source), itsRule(rule)
+    {
+    }
 
     bool allocate()
     {
-        const std::int64_t nbColumns = itsSource == atNodes ? itsMap.nbSourceNodes() : itsMap.nbSourceGaussPoints();
+        const std::int64_t nbColumns =
+            itsSource == atNodes ? itsMap.nbSourceNodes() : itsMap.nbSourceGaussPoints(itsRule);
         return itsSum.allocate(nbColumns) &&
-               (itsSource == atNodes || itsAverages.build(itsMap.itsAveraging, itsMap.nbSourceNodes()));
+               (itsSource == atNodes || itsAverages.build(itsMap.itsAveraging, itsRule, itsMap.nbSourceNodes()));
     }
 
     RowSum& sum() { return itsSum; }
@@ -210,6 +216,7 @@ public:
 private:
     const TransferMap& itsMap;
     Location itsSource;
+    GaussRuleChoice itsRule;
     AveragingRows itsAverages;
     RowSum itsSum;
 };
@@ -255,9 +262,9 @@ struct ResolvedRows
 };
 
 /// Resolves propagation for all nodes of a map. Several nodes may share a row.
-bool resolve(const TransferMap& map, Location source, ResolvedRows& resolved)
+bool resolve(const TransferMap& map, Location source, GaussRuleChoice sourceRule, ResolvedRows& resolved)
 {
-    MapRows rows(map, source);
+    MapRows rows(map, source, sourceRule);
     if (!rows.allocate() || !resolved.allocate(map.nbNodes()))
     {
         return false;
@@ -297,13 +304,13 @@ bool allocateRows(SparseRows& rows, std::int64_t nbEntries)
 }
 } // namespace
 
-bool TransferMap::matrix(Location target, Location source, SparseRows& result) const
+bool TransferMap::matrix(Location target, Location source, SparseRows& result, GaussRuleChoice sourceRule) const
 {
     const std::int64_t base = target == atNodes ? 0 : itsTable.nbNodes;
     SparseRows rows;
     rows.nbRows = target == atNodes ? itsTable.nbNodes : itsTable.nbGaussPoints;
-    rows.nbColumns = source == atNodes ? itsNbSourceNodes : itsNbSourceGaussPoints;
-    MapRows mapRows(*this, source);
+    rows.nbColumns = source == atNodes ? itsNbSourceNodes : nbSourceGaussPoints(sourceRule);
+    MapRows mapRows(*this, source, sourceRule);
     if (!rows.rowStarts.allocate(rows.nbRows + 1) || !mapRows.allocate())
     {
         return false;
@@ -336,10 +343,10 @@ bool TransferMap::matrix(Location target, Location source, SparseRows& result) c
     return true;
 }
 
-std::int64_t TransferMap::resolvedSize(Location source) const
+std::int64_t TransferMap::resolvedSize(Location source, GaussRuleChoice sourceRule) const
 {
     ResolvedRows resolved;
-    if (!resolve(*this, source, resolved))
+    if (!resolve(*this, source, sourceRule, resolved))
     {
         return -1;
     }
@@ -351,13 +358,14 @@ std::int64_t TransferMap::resolvedSize(Location source) const
     return nbEntries;
 }
 
-bool TransferMap::resolvedMatrix(Location source, std::int64_t mostEntries, SparseRows& result) const
+bool TransferMap::resolvedMatrix(Location source, std::int64_t mostEntries, SparseRows& result,
+                                 GaussRuleChoice sourceRule) const
 {
     ResolvedRows resolved;
     SparseRows rows;
     rows.nbRows = itsTable.nbNodes;
-    rows.nbColumns = source == atNodes ? itsNbSourceNodes : itsNbSourceGaussPoints;
-    if (!resolve(*this, source, resolved) || !rows.rowStarts.allocate(rows.nbRows + 1))
+    rows.nbColumns = source == atNodes ? itsNbSourceNodes : nbSourceGaussPoints(sourceRule);
+    if (!resolve(*this, source, sourceRule, resolved) || !rows.rowStarts.allocate(rows.nbRows + 1))
     {
         return false;
     }

@@ -7,28 +7,28 @@
 void RowPolisher::add(std::int64_t row, const std::array<double, 3>& point)
 {
     const int typeCode = itsSource.itsEltTypes[itsTable.elements[row]];
-    Waiting& waiting = itsWaiting[static_cast<std::size_t>(typeCode)];
+    Waiting& waiting = itsWaiting[volumeIndexOf(typeCode)];
+    waiting.typeCode = typeCode;
     waiting.entries[waiting.size++] = {row, point};
     if (waiting.size == itsPackedSearch.packSize)
     {
-        polish(typeCode);
+        polish(waiting);
     }
 }
 
 void RowPolisher::finish()
 {
-    for (int typeCode = 0; typeCode < nbTypeCodes; ++typeCode)
+    for (Waiting& waiting : itsWaiting)
     {
-        if (itsWaiting[static_cast<std::size_t>(typeCode)].size > 0)
+        if (waiting.size > 0)
         {
-            polish(typeCode);
+            polish(waiting);
         }
     }
 }
 
-void RowPolisher::polish(int typeCode)
+void RowPolisher::polish(Waiting& waiting)
 {
-    Waiting& waiting = itsWaiting[static_cast<std::size_t>(typeCode)];
     PolishProblem problem;
     problem.nodeCoords = itsPositions.coords;
     problem.exactNodeCoords = itsPositions.exactCoords;
@@ -45,7 +45,7 @@ void RowPolisher::polish(int typeCode)
         }
     }
     PolishSolution solution;
-    itsPackedSearch.polish(typeCode, problem, solution);
+    itsPackedSearch.polish(waiting.typeCode, problem, solution);
     for (std::size_t lane = 0; lane < waiting.size; ++lane)
     {
         write(waiting.entries[lane].row, solution, lane);
@@ -63,7 +63,10 @@ void RowPolisher::write(std::int64_t row, const PolishSolution& solution, std::s
     }
     if (itsTable.finding(row) == Finding::near)
     {
-        normaliseNearMiss(weights);
+        const std::array<double, 3> xi{solution.referenceCoords[0][lane], solution.referenceCoords[1][lane],
+                                       solution.referenceCoords[2][lane]};
+        visitElementKind(itsSource.itsEltTypes[itsTable.elements[row]],
+                         [&]<class Kind>(Kind) { bringIntoElement<Kind>(xi, weights); });
     }
     for (std::size_t axis = 0; axis < 3; ++axis)
     {
@@ -81,8 +84,7 @@ std::array<double, 3> exactGaussPointPosition(const ModelClass& model, const Exa
     visitElementKind(model.itsEltTypes[elt],
                      [&]<class Kind>(Kind)
                      {
-                         const auto shape =
-                             shapeFunctionsAt<Kind>(Kind::gaussRule.points[static_cast<std::size_t>(gaussPoint)]);
+                         const auto shape = shapeFunctionsAt<Kind>(gaussPointOf<Kind>(model.itsGaussRule, gaussPoint));
                          for (std::size_t n = 0; n < Kind::nbNodes; ++n)
                          {
                              const auto position = positions[nodes[n]];

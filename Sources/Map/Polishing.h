@@ -50,17 +50,18 @@ private:
     };
     struct Waiting
     {
+        int typeCode = 0;
         std::size_t size = 0;
         std::array<Entry, maxPackSize> entries;
     };
-    void polish(int typeCode);
+    void polish(Waiting& waiting);
     void write(std::int64_t row, const PolishSolution& solution, std::size_t lane);
 
     const ModelClass& itsSource;
     ExactPositions itsPositions;
     MapTable& itsTable;
     PackedSearch itsPackedSearch = widestPackedSearch();
-    std::array<Waiting, nbTypeCodes> itsWaiting;
+    std::array<Waiting, VolumeElementKinds::size> itsWaiting;
 };
 
 /// The position of a Gauss point of an element with shape functions.

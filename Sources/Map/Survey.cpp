@@ -86,7 +86,7 @@ bool surveySource(const ModelClass& source, float marginRatio, const BoxTable& b
     float sum = 0.0F;
     const auto surveyElt = [&](int elt, SurveyedBoxes& survey)
     {
-        const BoxLanes box = boxLanesOfNodes(source, elt);
+        const BoxLanes box = boxLanesOfElt(source, elt);
         const Box inflatedBox = boxOf(inflated(box, marginRatio));
         survey.add(survey.source, boxOf(box));
         storeBox(boxes, elt, inflatedBox);
@@ -111,7 +111,10 @@ bool surveyTarget(const Target& target, SurveyedBoxes& surveyed, Workers& worker
 {
     const ModelClass& model = target.model;
     const int* flags = target.matlMappingFlags;
-    const bool areNodesEnough = target.nodes.mappingFlags != nullptr &&
+    // Gauss points of curved elements may lie beyond the nodes.
+    const bool isCurved = std::any_of(model.itsEltTypes, model.itsEltTypes + model.itsNbElts,
+                                      [&](int type) { return type >= nbTypeCodes && model.itsAdmitsAllKinds; });
+    const bool areNodesEnough = !isCurved && target.nodes.mappingFlags != nullptr &&
                                 std::all_of(flags, flags + model.itsNbMatls, [](int flag) { return flag == 1; });
     if (areNodesEnough)
     {
@@ -129,7 +132,7 @@ bool surveyTarget(const Target& target, SurveyedBoxes& surveyed, Workers& worker
                        {
                            if (target.isEltSelected(elt))
                            {
-                               survey.add(survey.selectedTarget, boxOf(boxLanesOfNodes(model, elt)));
+                               survey.add(survey.selectedTarget, boxOf(boxLanesOfElt(model, elt)));
                            }
                        });
 }

@@ -70,8 +70,9 @@ struct MapStatistics
 struct MapField
 {
     Location sourceLocation = atNodes;
-    const float* sourceFloats = nullptr;   ///< [locations][nbComponents], either this
-    const double* sourceDoubles = nullptr; ///< or that
+    GaussRuleChoice sourceRule = GaussRuleChoice::full; ///< of values at Gauss points
+    const float* sourceFloats = nullptr;                ///< [locations][nbComponents], either this
+    const double* sourceDoubles = nullptr;              ///< or that
     Location targetLocation = atNodes;
     float* targetFloats = nullptr;
     double* targetDoubles = nullptr;
@@ -94,7 +95,9 @@ public:
                      const MapSettings& settings, Workers& workers);
 
     std::int64_t nbSourceNodes() const { return itsNbSourceNodes; }
-    std::int64_t nbSourceGaussPoints() const { return itsNbSourceGaussPoints; }
+    /// Those of the source's elements; for a rule other than the full one they are known to maps from Gauss points
+    /// only.
+    std::int64_t nbSourceGaussPoints(GaussRuleChoice rule = GaussRuleChoice::full) const;
     /// Target nodes or points, 0 without values there.
     std::int64_t nbNodes() const { return itsTable.nbNodes; }
     /// Target Gauss points, 0 without values there.
@@ -139,14 +142,16 @@ public:
     /// The map as a sparse matrix: a row per target node or Gauss point, a column per source node or source Gauss
     /// point; rows without weights are empty. Its product with values is that of apply() up to rounding, where these
     /// are defined and propagation does not come in. False if there is no memory.
-    bool matrix(Location target, Location source, SparseRows& result) const;
+    bool matrix(Location target, Location source, SparseRows& result,
+                GaussRuleChoice sourceRule = GaussRuleChoice::full) const;
 
     /// The same with propagation resolved: the rows of nodes that it reaches are expressed by source locations, too.
     /// Nodes that are not mapped are taken to hold 0. No more than `mostEntries` entries, or false; resolvedSize()
     /// tells beforehand how many there are.
-    bool resolvedMatrix(Location source, std::int64_t mostEntries, SparseRows& result) const;
+    bool resolvedMatrix(Location source, std::int64_t mostEntries, SparseRows& result,
+                        GaussRuleChoice sourceRule = GaussRuleChoice::full) const;
     /// -1 if there is no memory to find out.
-    std::int64_t resolvedSize(Location source) const;
+    std::int64_t resolvedSize(Location source, GaussRuleChoice sourceRule = GaussRuleChoice::full) const;
 
     /// The map as bytes, for the same kind of processor; see MapStorage.cpp.
     std::int64_t storedSize() const;

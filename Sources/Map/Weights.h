@@ -5,6 +5,7 @@
 #include "../ModelClass.h"
 #include "../Search/PointLocator.h"
 
+#include <algorithm>
 #include <span>
 
 /// The weights of an element's nodes at a point.
@@ -18,8 +19,13 @@ struct ShapeValues
 inline ShapeValues shapeValuesAt(const ModelClass& sourceModel, const LocatedPoint& located)
 {
     ShapeValues shape;
-    shape.nbNodes = sourceModel.nbNodesOfElt(located.elt);
-    FEUtilities::shapeFunctions(sourceModel.itsEltTypes[located.elt], located.referenceCoords, shape.values);
+    visitElementKind(sourceModel.itsEltTypes[located.elt],
+                     [&]<class Kind>(Kind)
+                     {
+                         const auto values = shapeFunctionsAt<Kind>(located.referenceCoords);
+                         shape.nbNodes = Kind::nbNodes;
+                         std::copy(values.begin(), values.end(), shape.values);
+                     });
     return shape;
 }
 
@@ -49,6 +55,34 @@ template <class Number> bool normaliseNearMiss(std::span<Number> weights)
 inline bool normaliseNearMiss(ShapeValues& shape)
 {
     return normaliseNearMiss(std::span(shape.values, static_cast<std::size_t>(shape.nbNodes)));
+}
+
+/// Turns the shape functions at reference coordinates outside an element into the weights that a near point gets; false
+/// if all are 0 then. Those of curved elements, which may be negative within them, become those at a near place within.
+template <class Kind, class Number>
+bool bringIntoElement(const std::array<Number, 3>& referenceCoords, std::span<Number> weights)
+{
+    if constexpr (CurvedElementKind<Kind>)
+    {
+        std::ranges::copy(shapeFunctionsAt<Kind>(Kind::clamped(referenceCoords)), weights.begin());
+        return true;
+    }
+    else
+    {
+        return normaliseNearMiss(weights);
+    }
+}
+
+inline bool bringIntoElement(const ModelClass& sourceModel, const LocatedPoint& located, ShapeValues& shape)
+{
+    bool hasWeights = false;
+    visitElementKind(sourceModel.itsEltTypes[located.elt],
+                     [&]<class Kind>(Kind)
+                     {
+                         hasWeights = bringIntoElement<Kind>(
+                             located.referenceCoords, std::span(shape.values, static_cast<std::size_t>(shape.nbNodes)));
+                     });
+    return hasWeights;
 }
 
 #endif

@@ -6,7 +6,7 @@
 #include "PackedInversion.h"
 
 /// Most nodes of an element with shape functions.
-inline constexpr std::size_t maxNbPolishedNodes = 10;
+inline constexpr std::size_t maxNbPolishedNodes = 27;
 
 /// What is to be polished, points in elements all of one kind. Every lane must hold a valid problem; one without a
 /// point of its own repeats another.

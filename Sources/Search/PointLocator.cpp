@@ -44,7 +44,8 @@ class PointLocator::Waiting
 public:
     void add(InFlight& flight, int typeCode)
     {
-        Stack& stack = itsStacks[static_cast<std::size_t>(typeCode)];
+        Stack& stack = itsStacks[volumeIndexOf(typeCode)];
+        stack.typeCode = typeCode;
         flight.below = std::exchange(stack.top, &flight);
         ++stack.size;
     }
@@ -54,13 +55,13 @@ public:
     std::size_t take(std::size_t packSize, std::array<InFlight*, maxPackSize>& flights, int& typeCode)
     {
         std::size_t kind = itsLastKind;
-        for (std::size_t i = 0; i < nbTypeCodes && itsStacks[kind].size < packSize; ++i)
+        for (std::size_t i = 0; i < itsStacks.size() && itsStacks[kind].size < packSize; ++i)
         {
             kind = itsStacks[i].size > itsStacks[kind].size ? i : kind;
         }
         itsLastKind = kind;
-        typeCode = static_cast<int>(kind);
         Stack& stack = itsStacks[kind];
+        typeCode = stack.typeCode;
         const std::size_t nbTaken = std::min(stack.size, packSize);
         for (std::size_t i = 0; i < nbTaken; ++i)
         {
@@ -73,11 +74,12 @@ public:
 private:
     struct Stack
     {
+        int typeCode = 0;
         std::size_t size = 0;
         InFlight* top = nullptr;
     };
     std::size_t itsLastKind = 0;
-    std::array<Stack, nbTypeCodes> itsStacks;
+    std::array<Stack, VolumeElementKinds::size> itsStacks;
 };
 
 struct PointLocator::CurrentBucket
@@ -331,10 +333,9 @@ void PointLocator::wait(InFlight& flight, Waiting& waiting) const
     {
         return;
     }
-    const int typeCode = itsMesh.itsEltTypes[flight.candidate];
-    if (hasShapeFunctions(typeCode))
+    if (itsMesh.hasShapeFunctionsOfElt(flight.candidate))
     {
-        waiting.add(flight, typeCode);
+        waiting.add(flight, itsMesh.itsEltTypes[flight.candidate]);
     }
     else
     {

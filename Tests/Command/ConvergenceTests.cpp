@@ -3,6 +3,7 @@
 #include "TestGrids.h"
 
 #include <vtkCellType.h>
+#include <vtkPoints.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -32,10 +33,7 @@ vtkSmartPointer<vtkUnstructuredGrid> makeDistortedGrid(const ConvergenceCase& ki
 {
     const auto grid = makeGrid(kind.cellType, n);
     distort(*grid, kind.distortion / n);
-    if (kind.cellType == VTK_QUADRATIC_TETRA)
-    {
-        straighten(*grid);
-    }
+    straighten(*grid);
     return grid;
 }
 
@@ -104,5 +102,41 @@ INSTANTIATE_TEST_SUITE_P(AllKinds, Convergence,
                          testing::Values(ConvergenceCase{VTK_TETRA, 2}, ConvergenceCase{VTK_HEXAHEDRON, 2},
                                          ConvergenceCase{VTK_WEDGE, 2}, ConvergenceCase{VTK_PYRAMID, 2, 0},
                                          ConvergenceCase{VTK_QUADRATIC_TETRA, 3}));
+
+/// Cells of second order whose edges follow a curve.
+class ConvergenceOnCurvedMeshes : public Convergence
+{
+};
+
+TEST_P(ConvergenceOnCurvedMeshes, HasTheOrderOfTheShapeFunctions)
+{
+    std::vector<double> errors;
+    for (const int n : {4, 8})
+    {
+        const auto source = makeGrid(GetParam().cellType, n);
+        for (vtkIdType i = 0; i < source->GetNumberOfPoints(); ++i)
+        {
+            // The surface of the cube stays where it is.
+            Point p = pointOf(*source, i);
+            constexpr double pi = 3.14159265358979;
+            const double bulge = std::sin(pi * p[0]) * std::sin(pi * p[1]) * std::sin(pi * p[2]);
+            p = {p[0] + 0.08 * bulge, p[1] - 0.06 * bulge, p[2] + 0.07 * bulge};
+            source->GetPoints()->SetPoint(i, p.data());
+        }
+        addDoubles(*source, "T",
+                   [](const Point& p) { return std::sin(3 * p[0]) * std::cos(2 * p[1]) + std::exp(p[2]); });
+        transferFrom(*source);
+        errors.push_back(errorOf("sin(3*x)*cos(2*y) + exp(z)"));
+    }
+    RecordProperty("errors", testing::PrintToString(errors));
+    EXPECT_NEAR(std::log2(errors[0] / errors[1]), GetParam().order, 0.35) << testing::PrintToString(errors);
+}
+
+const auto curvedKinds =
+    testing::Values(ConvergenceCase{VTK_QUADRATIC_HEXAHEDRON, 3}, ConvergenceCase{VTK_TRIQUADRATIC_HEXAHEDRON, 3},
+                    ConvergenceCase{VTK_QUADRATIC_WEDGE, 3}, ConvergenceCase{VTK_BIQUADRATIC_QUADRATIC_WEDGE, 3},
+                    ConvergenceCase{VTK_QUADRATIC_PYRAMID, 3});
+
+INSTANTIATE_TEST_SUITE_P(CurvedKinds, ConvergenceOnCurvedMeshes, curvedKinds);
 
 } // namespace

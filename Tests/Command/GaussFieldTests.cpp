@@ -41,7 +41,12 @@ TEST(GaussPoints, WeightsSumUpToTheVolumeOfTheReferenceElement)
                                                 {ElementKind::tetrahedron, 1.0 / 6},
                                                 {ElementKind::wedge, 1},
                                                 {ElementKind::quadraticTetrahedron, 1.0 / 6},
-                                                {ElementKind::pyramid, 4.0 / 3}};
+                                                {ElementKind::pyramid, 4.0 / 3},
+                                                {ElementKind::quadraticHexahedron, 8},
+                                                {ElementKind::triquadraticHexahedron, 8},
+                                                {ElementKind::quadraticWedge, 1},
+                                                {ElementKind::biquadraticWedge, 1},
+                                                {ElementKind::quadraticPyramid, 4.0 / 3}};
     for (const auto& [kind, volume] : volumes)
     {
         const veltrane::GaussRule rule = veltrane::gaussRuleOf(kind);
@@ -152,7 +157,8 @@ TEST_P(GaussFieldsOfKind, AreReadAsTheyWereWritten)
 
 INSTANTIATE_TEST_SUITE_P(AllKinds, GaussFieldsOfKind,
                          testing::Values(VTK_TETRA, VTK_HEXAHEDRON, VTK_VOXEL, VTK_WEDGE, VTK_PYRAMID,
-                                         VTK_QUADRATIC_TETRA));
+                                         VTK_QUADRATIC_TETRA, VTK_QUADRATIC_HEXAHEDRON, VTK_TRIQUADRATIC_HEXAHEDRON,
+                                         VTK_QUADRATIC_WEDGE, VTK_BIQUADRATIC_QUADRATIC_WEDGE, VTK_QUADRATIC_PYRAMID));
 
 TEST_F(GaussFields, AreSourcesIfPresent)
 {

@@ -254,7 +254,9 @@ TEST_P(MatchKind, MatchesAMeshWithItself)
 INSTANTIATE_TEST_SUITE_P(AllKinds, MatchKind,
                          testing::Values(std::pair{VTK_TETRA, 1}, std::pair{VTK_HEXAHEDRON, 8}, std::pair{VTK_VOXEL, 8},
                                          std::pair{VTK_WEDGE, 6}, std::pair{VTK_PYRAMID, 8},
-                                         std::pair{VTK_QUADRATIC_TETRA, 5}));
+                                         std::pair{VTK_QUADRATIC_TETRA, 5}, std::pair{VTK_QUADRATIC_HEXAHEDRON, 27},
+                                         std::pair{VTK_BIQUADRATIC_QUADRATIC_WEDGE, 9},
+                                         std::pair{VTK_QUADRATIC_PYRAMID, 8}));
 
 const std::vector<Point> cubeCorners{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0},
                                      {0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 1, 1}};

@@ -76,8 +76,10 @@ vtkSmartPointer<vtkUnstructuredGrid> richGrid()
 {
     GridBuilder builder;
     int place = 0;
-    for (const int cellType : {VTK_TETRA, VTK_HEXAHEDRON, VTK_VOXEL, VTK_WEDGE, VTK_PYRAMID, VTK_QUADRATIC_TETRA,
-                               VTK_TRIANGLE, VTK_QUAD, VTK_PIXEL})
+    for (const int cellType :
+         {VTK_TETRA, VTK_HEXAHEDRON, VTK_VOXEL, VTK_WEDGE, VTK_PYRAMID, VTK_QUADRATIC_TETRA, VTK_QUADRATIC_HEXAHEDRON,
+          VTK_TRIQUADRATIC_HEXAHEDRON, VTK_QUADRATIC_WEDGE, VTK_BIQUADRATIC_QUADRATIC_WEDGE, VTK_QUADRATIC_PYRAMID,
+          VTK_TRIANGLE, VTK_QUAD, VTK_PIXEL})
     {
         builder.addCube(cellType, {1.0 / 3.0 * place++, 0, 0}, 1.0 / 3.0);
     }

@@ -14,6 +14,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <stdexcept>
 
@@ -28,8 +29,59 @@ const std::vector<Corners> tetrahedra{{0, 1, 3, 7}, {0, 1, 7, 5}, {0, 5, 7, 4},
 const std::vector<Corners> wedges{{0, 1, 2, 4, 5, 6}, {1, 3, 2, 5, 7, 6}};
 const std::vector<Corners> sides{{0, 2, 6, 4}, {1, 5, 7, 3}, {0, 4, 5, 1}, {2, 3, 7, 6}, {0, 1, 3, 2}, {4, 6, 7, 5}};
 
-/// Of a tetrahedron, in the order of their middle nodes.
-constexpr std::array<std::array<vtkIdType, 2>, 6> edges{{{0, 1}, {1, 2}, {2, 0}, {0, 3}, {1, 3}, {2, 3}}};
+/// A cell of quadratic functions: its corners are those of a cell of another type, and its other nodes lie in the
+/// middle of some of these.
+struct QuadraticCell
+{
+    int cellType;
+    int linearType;
+    std::vector<Corners> middles;
+};
+
+const std::vector<Corners> edgesOfHexahedron{{0, 1}, {1, 2}, {2, 3}, {3, 0}, {4, 5}, {5, 6},
+                                             {6, 7}, {7, 4}, {0, 4}, {1, 5}, {2, 6}, {3, 7}};
+const std::vector<Corners> edgesOfWedge{{0, 1}, {1, 2}, {2, 0}, {3, 4}, {4, 5}, {5, 3}, {0, 3}, {1, 4}, {2, 5}};
+
+std::vector<Corners> joined(std::vector<Corners> first, const std::vector<Corners>& second)
+{
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
+const std::vector<QuadraticCell> quadraticCells{
+    {VTK_QUADRATIC_TETRA, VTK_TETRA, {{0, 1}, {1, 2}, {2, 0}, {0, 3}, {1, 3}, {2, 3}}},
+    {VTK_QUADRATIC_HEXAHEDRON, VTK_HEXAHEDRON, edgesOfHexahedron},
+    {VTK_TRIQUADRATIC_HEXAHEDRON, VTK_HEXAHEDRON,
+     joined(edgesOfHexahedron, {{0, 3, 7, 4},
+                                {1, 2, 6, 5},
+                                {0, 1, 5, 4},
+                                {3, 2, 6, 7},
+                                {0, 1, 2, 3},
+                                {4, 5, 6, 7},
+                                {0, 1, 2, 3, 4, 5, 6, 7}})},
+    {VTK_QUADRATIC_WEDGE, VTK_WEDGE, edgesOfWedge},
+    {VTK_BIQUADRATIC_QUADRATIC_WEDGE, VTK_WEDGE, joined(edgesOfWedge, {{0, 1, 4, 3}, {1, 2, 5, 4}, {2, 0, 3, 5}})},
+    {VTK_QUADRATIC_PYRAMID, VTK_PYRAMID, {{0, 1}, {1, 2}, {2, 3}, {3, 0}, {0, 4}, {1, 4}, {2, 4}, {3, 4}}}};
+
+const QuadraticCell* findQuadraticCell(int cellType)
+{
+    const auto found = std::ranges::find(quadraticCells, cellType, &QuadraticCell::cellType);
+    return found == quadraticCells.end() ? nullptr : &*found;
+}
+
+Point middle(const std::vector<Point>& points, const Corners& corners)
+{
+    Point sum{};
+    for (std::size_t axis = 0; axis < 3; ++axis)
+    {
+        for (const int corner : corners)
+        {
+            sum[axis] += points[static_cast<std::size_t>(corner)][axis];
+        }
+        sum[axis] /= static_cast<double>(corners.size());
+    }
+    return sum;
+}
 
 Point middle(const Point& a, const Point& b)
 {
@@ -67,6 +119,28 @@ void GridBuilder::addCube(int cellType, const Point& corner, double edge)
         return Point{corner[0] + edge * (number & 1), corner[1] + edge * (number >> 1 & 1),
                      corner[2] + edge * (number >> 2)};
     };
+    if (const QuadraticCell* quadratic = findQuadraticCell(cellType))
+    {
+        GridBuilder linear;
+        linear.addCube(quadratic->linearType, corner, edge);
+        for (vtkIdType cell = 0; cell < linear.grid()->GetNumberOfCells(); ++cell)
+        {
+            vtkNew<vtkIdList> nodes;
+            linear.grid()->GetCellPoints(cell, nodes);
+            std::vector<Point> points;
+            for (vtkIdType i = 0; i < nodes->GetNumberOfIds(); ++i)
+            {
+                points.push_back(pointOf(*linear.grid(), nodes->GetId(i)));
+            }
+            const std::vector<Point> corners = points;
+            for (const Corners& between : quadratic->middles)
+            {
+                points.push_back(middle(corners, between));
+            }
+            addCell(cellType, points);
+        }
+        return;
+    }
     const auto add = [&](const Corners& corners)
     {
         std::vector<Point> points;
@@ -84,17 +158,6 @@ void GridBuilder::addCube(int cellType, const Point& corner, double edge)
         for (const Corners& corners : tetrahedra)
         {
             addCell(cellType, add(corners));
-        }
-        return;
-    case VTK_QUADRATIC_TETRA:
-        for (const Corners& corners : tetrahedra)
-        {
-            std::vector<Point> points = add(corners);
-            for (const auto& [a, b] : edges)
-            {
-                points.push_back(middle(points[static_cast<std::size_t>(a)], points[static_cast<std::size_t>(b)]));
-            }
-            addCell(cellType, points);
         }
         return;
     case VTK_WEDGE:
@@ -163,13 +226,23 @@ void straighten(vtkUnstructuredGrid& grid)
 {
     for (vtkIdType cell = 0; cell < grid.GetNumberOfCells(); ++cell)
     {
+        const QuadraticCell* quadratic = findQuadraticCell(grid.GetCellType(cell));
+        if (quadratic == nullptr)
+        {
+            continue;
+        }
         vtkNew<vtkIdList> nodes;
         grid.GetCellPoints(cell, nodes);
-        for (std::size_t edge = 0; edge < edges.size(); ++edge)
+        std::vector<Point> points;
+        for (vtkIdType i = 0; i < nodes->GetNumberOfIds(); ++i)
         {
-            const Point place =
-                middle(pointOf(grid, nodes->GetId(edges[edge][0])), pointOf(grid, nodes->GetId(edges[edge][1])));
-            grid.GetPoints()->SetPoint(nodes->GetId(static_cast<vtkIdType>(4 + edge)), place.data());
+            points.push_back(pointOf(grid, nodes->GetId(i)));
+        }
+        const auto cornerCount = static_cast<vtkIdType>(points.size() - quadratic->middles.size());
+        for (std::size_t i = 0; i < quadratic->middles.size(); ++i)
+        {
+            const Point place = middle(points, quadratic->middles[i]);
+            grid.GetPoints()->SetPoint(nodes->GetId(cornerCount + static_cast<vtkIdType>(i)), place.data());
         }
     }
 }

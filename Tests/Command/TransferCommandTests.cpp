@@ -141,17 +141,21 @@ TEST_P(TransferFromKind, ReproducesTheFieldOfItsShapeFunctions)
     expectValues(*output(), "field", GetParam().field, singlePrecision);
 }
 
+double quadratic(const Point& p)
+{
+    return linear(p) + p[0] * p[0] - 2 * p[1] * p[1] + 3 * p[2] * p[2] + p[0] * p[1] - 2 * p[1] * p[2] +
+           3 * p[2] * p[0];
+}
+
 INSTANTIATE_TEST_SUITE_P(
     AllKinds, TransferFromKind,
     testing::Values(KindCase{VTK_TETRA, linear}, KindCase{VTK_PYRAMID, linear},
                     KindCase{VTK_HEXAHEDRON, [](const Point& p) { return linear(p) + p[0] * p[1] * p[2]; }},
                     KindCase{VTK_VOXEL, [](const Point& p) { return linear(p) + p[0] * p[1] * p[2]; }},
                     KindCase{VTK_WEDGE, [](const Point& p) { return linear(p) + (p[0] - 2 * p[1]) * p[2]; }},
-                    KindCase{VTK_QUADRATIC_TETRA, [](const Point& p)
-                             {
-                                 return linear(p) + p[0] * p[0] - 2 * p[1] * p[1] + 3 * p[2] * p[2] + p[0] * p[1] -
-                                        2 * p[1] * p[2] + 3 * p[2] * p[0];
-                             }}));
+                    KindCase{VTK_QUADRATIC_TETRA, quadratic}, KindCase{VTK_QUADRATIC_HEXAHEDRON, quadratic},
+                    KindCase{VTK_TRIQUADRATIC_HEXAHEDRON, quadratic}, KindCase{VTK_QUADRATIC_WEDGE, quadratic},
+                    KindCase{VTK_BIQUADRATIC_QUADRATIC_WEDGE, quadratic}, KindCase{VTK_QUADRATIC_PYRAMID, quadratic}));
 
 class TransferToKind : public TransferCommand, public testing::WithParamInterface<int>
 {
@@ -171,7 +175,9 @@ TEST_P(TransferToKind, GivesAllNodesTheirValues)
 
 INSTANTIATE_TEST_SUITE_P(AllKinds, TransferToKind,
                          testing::Values(VTK_TETRA, VTK_HEXAHEDRON, VTK_VOXEL, VTK_WEDGE, VTK_PYRAMID,
-                                         VTK_QUADRATIC_TETRA, VTK_TRIANGLE, VTK_QUAD, VTK_PIXEL));
+                                         VTK_QUADRATIC_TETRA, VTK_QUADRATIC_HEXAHEDRON, VTK_TRIQUADRATIC_HEXAHEDRON,
+                                         VTK_QUADRATIC_WEDGE, VTK_BIQUADRATIC_QUADRATIC_WEDGE, VTK_QUADRATIC_PYRAMID,
+                                         VTK_TRIANGLE, VTK_QUAD, VTK_PIXEL));
 
 TEST_F(TransferCommand, ReproducesALinearFieldOnAMeshOfAllKinds)
 {

@@ -3,6 +3,7 @@
 #include "VtkCells.h"
 
 #include "CellNames.h"
+#include "Meshes.h"
 
 #include <vtkCell.h>
 #include <vtkCellType.h>
@@ -56,6 +57,16 @@ const std::vector<Position> cube{{-1, -1, -1}, {1, -1, -1}, {1, 1, -1}, {-1, 1, 
                                  {-1, -1, 1},  {1, -1, 1},  {1, 1, 1},  {-1, 1, 1}};
 const std::vector<Position> square{{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}};
 
+std::vector<Position> nodesOf(int kind)
+{
+    std::vector<Position> nodes;
+    for (const auto& [x, y, z] : meshes::referenceNodes(kind))
+    {
+        nodes.push_back({double{x}, double{y}, double{z}});
+    }
+    return nodes;
+}
+
 const std::vector<Correspondence> correspondences{
     {VTK_HEXAHEDRON, ElementKind::hexahedron, centred, cube},
     {VTK_VOXEL, ElementKind::hexahedron, centred, cube},
@@ -78,6 +89,14 @@ const std::vector<Correspondence> correspondences{
       {0.5, 0, 0.5},
       {0, 0.5, 0.5},
       {0, 0, 0.5}}},
+    {VTK_QUADRATIC_HEXAHEDRON, ElementKind::quadraticHexahedron, centred,
+     nodesOf(meshes::element::quadraticHexahedron)},
+    {VTK_TRIQUADRATIC_HEXAHEDRON, ElementKind::triquadraticHexahedron, centred,
+     nodesOf(meshes::element::triquadraticHexahedron)},
+    {VTK_QUADRATIC_WEDGE, ElementKind::quadraticWedge, centredUpwards, nodesOf(meshes::element::quadraticWedge)},
+    {VTK_BIQUADRATIC_QUADRATIC_WEDGE, ElementKind::biquadraticWedge, centredUpwards,
+     nodesOf(meshes::element::biquadraticWedge)},
+    {VTK_QUADRATIC_PYRAMID, ElementKind::quadraticPyramid, drawnTogether, nodesOf(meshes::element::quadraticPyramid)},
     {VTK_TRIANGLE, ElementKind::triangle, same, {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}},
     {VTK_QUAD, ElementKind::quadrilateral, centredPlane, square},
     {VTK_PIXEL, ElementKind::quadrilateral, centredPlane, square},
@@ -116,7 +135,7 @@ INSTANTIATE_TEST_SUITE_P(AllKinds, VtkCellNodeOrder, testing::ValuesIn(correspon
 TEST(VtkCells, OtherCellTypesHaveNoKindButAName)
 {
     EXPECT_EQ(veltrane::findVtkCellKind(VTK_LINE), nullptr);
-    EXPECT_EQ(veltrane::findVtkCellKind(VTK_QUADRATIC_HEXAHEDRON), nullptr);
+    EXPECT_EQ(veltrane::findVtkCellKind(VTK_BIQUADRATIC_QUADRATIC_HEXAHEDRON), nullptr);
     EXPECT_EQ(veltrane::cellNameOf(VTK_POLYHEDRON).one, "polyhedron");
     EXPECT_EQ(veltrane::cellNameOf(VTK_POLYHEDRON).more, "polyhedra");
     EXPECT_EQ(veltrane::cellNameOf(VTK_VOXEL).more, "hexahedra");

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <map>
 #include <stdexcept>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace meshes
@@ -26,6 +28,17 @@ constexpr std::array<Tetrahedron, 5> fiveTetrahedra{
 constexpr std::array<std::array<std::size_t, 4>, 6> faces{
     {{0, 1, 2, 3}, {4, 7, 6, 5}, {0, 4, 5, 1}, {1, 5, 6, 2}, {2, 6, 7, 3}, {3, 7, 4, 0}}};
 constexpr std::size_t upperFace = 1;
+
+/// By their corners, in the order of the nodes between them.
+using Edge = std::array<std::size_t, 2>;
+constexpr std::array<Edge, 12> hexahedronEdges{
+    {{0, 1}, {1, 2}, {2, 3}, {3, 0}, {4, 5}, {5, 6}, {6, 7}, {7, 4}, {0, 4}, {1, 5}, {2, 6}, {3, 7}}};
+constexpr std::array<Edge, 9> wedgeEdges{{{0, 1}, {1, 2}, {2, 0}, {3, 4}, {4, 5}, {5, 3}, {0, 3}, {1, 4}, {2, 5}}};
+constexpr std::array<Edge, 8> pyramidEdges{{{0, 1}, {1, 2}, {2, 3}, {3, 0}, {0, 4}, {1, 4}, {2, 4}, {3, 4}}};
+
+/// The faces of a hexahedron in the order of the nodes in their centres.
+constexpr std::array<std::array<std::size_t, 4>, 6> centredFaces{
+    {{0, 3, 7, 4}, {1, 2, 6, 5}, {0, 1, 5, 4}, {3, 2, 6, 7}, {0, 1, 2, 3}, {4, 5, 6, 7}}};
 
 bool isFlat(Filling filling)
 {
@@ -138,6 +151,14 @@ private:
         case Filling::fiveTetrahedra: addTetrahedra(fiveTetrahedra, c); break;
         case Filling::quadraticTetrahedra: addQuadraticTetrahedra(sixTetrahedra, c); break;
         case Filling::fiveQuadraticTetrahedra: addQuadraticTetrahedra(fiveTetrahedra, c); break;
+        case Filling::quadraticHexahedron: add(element::quadraticHexahedron, withEdges(c, hexahedronEdges)); break;
+        case Filling::triquadraticHexahedron: addTriquadraticHexahedron(c); break;
+        case Filling::quadraticWedges:
+        case Filling::biquadraticWedges:
+            addQuadraticWedge({c[0], c[1], c[2], c[4], c[5], c[6]}, filling == Filling::biquadraticWedges);
+            addQuadraticWedge({c[0], c[2], c[3], c[4], c[6], c[7]}, filling == Filling::biquadraticWedges);
+            break;
+        case Filling::quadraticPyramids: addPyramids(c, false, true); break;
         case Filling::quadrilateral: add(element::quadrilateral, std::span(c).first(4)); break;
         case Filling::triangles:
             add(element::triangle, std::array{c[0], c[1], c[2]});
@@ -146,7 +167,7 @@ private:
         }
     }
 
-    void addPyramids(const Corners& c, bool isBesideTetrahedra)
+    void addPyramids(const Corners& c, bool isBesideTetrahedra, bool areQuadratic = false)
     {
         Position centre{};
         for (const int corner : c)
@@ -166,7 +187,13 @@ private:
                 add(element::tetrahedron, std::array{c[f[0]], c[f[2]], c[f[3]], apex});
                 continue;
             }
-            add(element::pyramid, std::array{c[f[0]], c[f[1]], c[f[2]], c[f[3]], apex});
+            const std::array nodes{c[f[0]], c[f[1]], c[f[2]], c[f[3]], apex};
+            if (areQuadratic)
+            {
+                add(element::quadraticPyramid, withEdges(nodes, pyramidEdges));
+                continue;
+            }
+            add(element::pyramid, nodes);
         }
     }
 
@@ -188,6 +215,62 @@ private:
                            nodeBetween(n[0], n[2]), nodeBetween(n[0], n[3]), nodeBetween(n[1], n[3]),
                            nodeBetween(n[2], n[3])});
         }
+    }
+
+    std::vector<int> withEdges(std::span<const int> corners, std::span<const Edge> edges)
+    {
+        std::vector<int> nodes(corners.begin(), corners.end());
+        for (const auto& [a, b] : edges)
+        {
+            nodes.push_back(nodeBetween(corners[a], corners[b]));
+        }
+        return nodes;
+    }
+
+    void addTriquadraticHexahedron(const Corners& c)
+    {
+        std::vector<int> nodes = withEdges(c, hexahedronEdges);
+        for (const auto& f : centredFaces)
+        {
+            nodes.push_back(nodeAmong(std::array{c[f[0]], c[f[1]], c[f[2]], c[f[3]]}));
+        }
+        nodes.push_back(nodeAmong(c));
+        add(element::triquadraticHexahedron, nodes);
+    }
+
+    void addQuadraticWedge(const std::array<int, 6>& c, bool hasFaceNodes)
+    {
+        std::vector<int> nodes = withEdges(c, wedgeEdges);
+        for (std::size_t i = 0; hasFaceNodes && i < 3; ++i)
+        {
+            const std::size_t j = (i + 1) % 3;
+            nodes.push_back(nodeAmong(std::array{c[i], c[j], c[j + 3], c[i + 3]}));
+        }
+        add(hasFaceNodes ? element::biquadraticWedge : element::quadraticWedge, nodes);
+    }
+
+    /// In the centre of a face, whose corners run around it, or of a hexahedron.
+    int nodeAmong(std::span<const int> corners)
+    {
+        const auto lowest = static_cast<std::size_t>(std::ranges::min_element(corners) - corners.begin());
+        const std::size_t across = corners.size() == 4 ? (lowest + 2) % 4 : (lowest % 4 + 2) % 4 + (lowest < 4 ? 4 : 0);
+        const int low = corners[lowest];
+        const int high = corners[across];
+        const auto [entry, isNew] = itsCentreNodes.try_emplace({low, high}, 0);
+        if (isNew)
+        {
+            Position centre{};
+            for (const int corner : corners)
+            {
+                for (std::size_t axis = 0; axis < 3; ++axis)
+                {
+                    centre[axis] +=
+                        itsPositions[static_cast<std::size_t>(corner)][axis] / static_cast<double>(corners.size());
+                }
+            }
+            entry->second = addNode(itsGrid.midEdge(centre, low, high));
+        }
+        return entry->second;
     }
 
     int nodeBetween(int a, int b)
@@ -220,6 +303,7 @@ private:
     std::vector<int> itsCornerNodes; ///< -1: none
     std::vector<Position> itsPositions;
     std::unordered_map<std::uint64_t, int> itsEdgeNodes; ///< by the numbers of the nodes at the edge's ends
+    std::map<std::pair<int, int>, int> itsCentreNodes;   ///< by the lowest corner and the one across
 };
 } // namespace
 
@@ -234,6 +318,11 @@ Filling fillingWith(int type)
     case element::triangle: return Filling::triangles;
     case element::quadraticTetrahedron: return Filling::quadraticTetrahedra;
     case element::pyramid: return Filling::pyramids;
+    case element::quadraticHexahedron: return Filling::quadraticHexahedron;
+    case element::triquadraticHexahedron: return Filling::triquadraticHexahedron;
+    case element::quadraticWedge: return Filling::quadraticWedges;
+    case element::biquadraticWedge: return Filling::biquadraticWedges;
+    case element::quadraticPyramid: return Filling::quadraticPyramids;
     default: throw std::invalid_argument("no cell is filled with such elements");
     }
 }

@@ -11,7 +11,7 @@
 namespace meshes
 {
 
-/// Type codes of the library.
+/// Type codes of the library, and numbers of kinds that only the engine and the C++ interface know.
 namespace element
 {
 constexpr int hexahedron = 1;
@@ -22,8 +22,15 @@ constexpr int quadrilateral = 6;
 constexpr int triangle = 7;
 constexpr int quadraticTetrahedron = 10;
 constexpr int pyramid = 12;
+constexpr int quadraticPyramid = 113;
+constexpr int quadraticWedge = 115;
+constexpr int biquadraticWedge = 118;
+constexpr int quadraticHexahedron = 120;
+constexpr int triquadraticHexahedron = 127;
 
 constexpr std::array<int, 5> volumes = {hexahedron, tetrahedron, wedge, quadraticTetrahedron, pyramid};
+constexpr std::array<int, 5> curvedVolumes = {quadraticHexahedron, triquadraticHexahedron, quadraticWedge,
+                                              biquadraticWedge, quadraticPyramid};
 } // namespace element
 
 /// What a cell is made of. All volumes but the five tetrahedra fit together: a face of a cell is one quadrilateral, or
@@ -38,6 +45,11 @@ enum class Filling
     fiveTetrahedra,
     quadraticTetrahedra,
     fiveQuadraticTetrahedra,
+    quadraticHexahedron,
+    triquadraticHexahedron,
+    quadraticWedges,
+    biquadraticWedges,
+    quadraticPyramids,
     quadrilateral, ///< the lower face of the cell
     triangles      ///< the lower face of the cell, cut in two
 };
@@ -58,7 +70,8 @@ struct CellGrid
     /// Without one, the cell stays empty.
     std::function<std::optional<Filling>(int i, int j, int k)> filling;
     std::function<int(int i, int j, int k)> matl = [](int, int, int) { return 0; };
-    /// Where the node between two nodes of a quadratic element lies.
+    /// Where the node between two nodes of a quadratic element lies; in the centre of a face or of an element, between
+    /// its corner of the lowest number and the one across.
     std::function<Position(const Position& middle, int nodeA, int nodeB)> midEdge = [](const Position& p, int, int)
     { return p; };
     /// Where the apex of pyramids lies.

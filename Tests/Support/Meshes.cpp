@@ -29,6 +29,11 @@ int gaussPointsOfType(int type)
     case element::quadrilateral: return 4;
     case element::triangle: return 3;
     case element::quadraticTetrahedron: return 5;
+    case element::quadraticHexahedron:
+    case element::triquadraticHexahedron: return 27;
+    case element::quadraticWedge:
+    case element::biquadraticWedge: return 9;
+    case element::quadraticPyramid: return 8;
     default: throw std::invalid_argument("no such element type");
     }
 }
@@ -108,6 +113,53 @@ Mesh single(int type, std::vector<Point> nodes)
     return mesh;
 }
 
+namespace
+{
+/// The nodes, then the middles of those in the groups.
+std::vector<Point> withMiddles(std::vector<Point> nodes, const std::vector<std::vector<std::size_t>>& groups)
+{
+    for (const auto& group : groups)
+    {
+        Point sum{};
+        for (const std::size_t node : group)
+        {
+            sum = sum + nodes[node];
+        }
+        nodes.push_back(1.0F / static_cast<float>(group.size()) * sum);
+    }
+    return nodes;
+}
+
+/// The groups of corners that the nodes of second order lie between. They may be asked for before main() begins.
+using Groups = std::vector<std::vector<std::size_t>>;
+
+Groups edgesOfHexahedron()
+{
+    return {{0, 1}, {1, 2}, {2, 3}, {3, 0}, {4, 5}, {5, 6}, {6, 7}, {7, 4}, {0, 4}, {1, 5}, {2, 6}, {3, 7}};
+}
+
+Groups centresOfHexahedron()
+{
+    return {
+        {0, 3, 7, 4}, {1, 2, 6, 5}, {0, 1, 5, 4}, {3, 2, 6, 7}, {0, 1, 2, 3}, {4, 5, 6, 7}, {0, 1, 2, 3, 4, 5, 6, 7}};
+}
+
+Groups edgesOfWedge()
+{
+    return {{0, 1}, {1, 2}, {2, 0}, {3, 4}, {4, 5}, {5, 3}, {0, 3}, {1, 4}, {2, 5}};
+}
+
+Groups centresOfWedge()
+{
+    return {{0, 1, 4, 3}, {1, 2, 5, 4}, {2, 0, 3, 5}};
+}
+
+Groups edgesOfPyramid()
+{
+    return {{0, 1}, {1, 2}, {2, 3}, {3, 0}, {0, 4}, {1, 4}, {2, 4}, {3, 4}};
+}
+} // namespace
+
 std::vector<Point> referenceNodes(int type)
 {
     switch (type)
@@ -119,6 +171,12 @@ std::vector<Point> referenceNodes(int type)
         return {{1, 0, 0},    {0, 1, 0},    {0, 0, 0},       {0, 0, 1},       {0.5F, 0.5F, 0},
                 {0, 0.5F, 0}, {0.5F, 0, 0}, {0.5F, 0, 0.5F}, {0, 0.5F, 0.5F}, {0, 0, 0.5F}};
     case element::pyramid: return {{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}, {0, 0, 1}};
+    case element::quadraticHexahedron: return withMiddles(referenceNodes(element::hexahedron), edgesOfHexahedron());
+    case element::triquadraticHexahedron:
+        return withMiddles(referenceNodes(element::quadraticHexahedron), centresOfHexahedron());
+    case element::quadraticWedge: return withMiddles(referenceNodes(element::wedge), edgesOfWedge());
+    case element::biquadraticWedge: return withMiddles(referenceNodes(element::quadraticWedge), centresOfWedge());
+    case element::quadraticPyramid: return withMiddles(referenceNodes(element::pyramid), edgesOfPyramid());
     case element::quadrilateral: return {{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}};
     case element::triangle: return {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
     default: throw std::invalid_argument("no reference nodes");

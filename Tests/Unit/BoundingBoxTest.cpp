@@ -39,7 +39,7 @@ TEST(BoundingBox, OfAnElementHoldsItsNodesAndNoOthers)
     mesh.addElement(2, {{2, 0, 1}, {3, -1, 1}, {2, 4, 1}, {2, 0, 7}});
     ModelClass model;
     mesh.loadInto(model);
-    const Box box = boxOfNodes(model, 1);
+    const Box box = boxOf(boxLanesOfElt(model, 1));
     EXPECT_EQ(box.low, (Vector3{2, -1, 1}));
     EXPECT_EQ(box.high, (Vector3{3, 4, 7}));
 }
@@ -50,7 +50,7 @@ TEST(BoundingBox, OfATypeWithoutNodesIsWhereNoPointIs)
     mesh.addElement(0, std::vector<int>{});
     ModelClass model;
     mesh.loadInto(model);
-    const Box box = boxOfNodes(model, 0);
+    const Box box = boxOf(boxLanesOfElt(model, 0));
     EXPECT_EQ(box.extents(), (Vector3{0, 0, 0}));
     for (const float corner : box.low)
     {
