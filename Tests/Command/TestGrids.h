@@ -44,7 +44,7 @@ vtkSmartPointer<vtkUnstructuredGrid> makeGrid(int cellType, int n, double from =
 /// as they are.
 void distort(vtkUnstructuredGrid& grid, double way);
 
-/// Puts the mid-edge nodes of quadratic tetrahedra back into the middles of their edges.
+/// Puts the nodes of cells of second order back into the middles of their edges, faces and cells.
 void straighten(vtkUnstructuredGrid& grid);
 
 Point pointOf(vtkUnstructuredGrid& grid, vtkIdType point);

@@ -11,7 +11,7 @@ namespace
 constexpr int mostComponents = 12;
 } // namespace
 
-FuzzedMesh::FuzzedMesh(FuzzedBytes& bytes)
+FuzzedMesh::FuzzedMesh(FuzzedBytes& bytes, bool hasAllKinds)
 {
     const int nbMatls = bytes.between(1, 3);
     for (int i = 0; i < nbMatls; ++i)
@@ -19,7 +19,7 @@ FuzzedMesh::FuzzedMesh(FuzzedBytes& bytes)
         matlStates.push_back(bytes.between(-1, 3));
         matlFlags.push_back(bytes.oneIn(6) ? 0 : 1);
     }
-    bytes.oneIn(3) ? addSoup(bytes) : addGrid(bytes);
+    bytes.oneIn(3) ? addSoup(bytes, hasAllKinds) : addGrid(bytes);
     for (auto& nodes : nodesPerElt)
     {
         connectivity.push_back(nodes.data());
@@ -84,7 +84,7 @@ void FuzzedMesh::addGrid(FuzzedBytes& bytes)
 }
 
 /// Any nodes, joined in any way by elements of any type.
-void FuzzedMesh::addSoup(FuzzedBytes& bytes)
+void FuzzedMesh::addSoup(FuzzedBytes& bytes, bool hasAllKinds)
 {
     const int nbSoupNodes = bytes.between(1, 24);
     for (int i = 0; i < nbSoupNodes; ++i)
@@ -94,10 +94,13 @@ void FuzzedMesh::addSoup(FuzzedBytes& bytes)
     const int nbSoupElts = bytes.between(0, 16);
     for (int i = 0; i < nbSoupElts; ++i)
     {
-        constexpr std::array<int, 7> usual{1, 2, 3, 10, 12, 6, 7};
-        const int type = bytes.oneIn(16) ? bytes.between(0, 14) : usual[static_cast<std::size_t>(bytes.between(0, 6))];
+        constexpr std::array<int, 12> usual{1, 2, 3, 10, 12, 6, 7, 113, 115, 118, 120, 127};
+        const int last = hasAllKinds ? 11 : 6;
+        const int type =
+            bytes.oneIn(16) ? bytes.between(0, 14) : usual[static_cast<std::size_t>(bytes.between(0, last))];
+        const int nodeCount = type > 100 ? type - 100 : nodesOfType[static_cast<std::size_t>(type)];
         std::vector<int> nodes;
-        for (int j = 0; j < nodesOfType[static_cast<std::size_t>(type)]; ++j)
+        for (int j = 0; j < nodeCount; ++j)
         {
             nodes.push_back(bytes.between(0, nbSoupNodes - 1));
         }

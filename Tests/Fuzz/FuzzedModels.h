@@ -24,7 +24,8 @@ struct FuzzedMesh
     std::vector<int> matlStates;
     std::vector<int> matlFlags;
 
-    explicit FuzzedMesh(FuzzedBytes& bytes);
+    /// `hasAllKinds`: not only type codes, but also the kinds that the engine alone knows.
+    explicit FuzzedMesh(FuzzedBytes& bytes, bool hasAllKinds = false);
 
     int nbElts() const { return static_cast<int>(types.size()); }
     int nbNodes() const { return static_cast<int>(coords.size()); }
@@ -33,7 +34,7 @@ struct FuzzedMesh
 
 private:
     void addGrid(FuzzedBytes& bytes);
-    void addSoup(FuzzedBytes& bytes);
+    void addSoup(FuzzedBytes& bytes, bool hasAllKinds);
 };
 
 /// The fields of one side, with arrays that hold `nbComponents` of either side at every location.

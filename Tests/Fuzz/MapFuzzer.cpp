@@ -15,8 +15,7 @@ namespace
 /// What the C++ interface lets through to the engine.
 bool hasVolumesOnly(const FuzzedMesh& mesh)
 {
-    return std::ranges::all_of(mesh.types, [](int type)
-                               { return type == 1 || type == 2 || type == 3 || type == 10 || type == 12; });
+    return std::ranges::all_of(mesh.types, hasShapeFunctions);
 }
 
 ModelClass& initialised(ModelClass& model, FuzzedMesh& mesh, bool isCloud, const std::vector<int>& matlPerPoint)
@@ -59,12 +58,13 @@ std::vector<std::uint32_t> appliedTo(const TransferMap& map, FuzzedBytes bytes, 
     const int nbComponents = bytes.between(1, 9);
     const bool isClassOneOnly = bytes.oneIn(3);
     const float slope = bytes.number();
+    const auto rule = static_cast<GaussRuleChoice>(bytes.between(0, 1));
     for (const Location target : {atNodes, atGaussPoints})
     {
         const std::int64_t nbTargets = target == atNodes ? map.nbNodes() : map.nbGaussPoints();
         for (const Location source : {atNodes, atGaussPoints})
         {
-            const std::int64_t nbSources = source == atNodes ? map.nbSourceNodes() : map.nbSourceGaussPoints();
+            const std::int64_t nbSources = source == atNodes ? map.nbSourceNodes() : map.nbSourceGaussPoints(rule);
             if (nbTargets == 0 || (source == atGaussPoints && !map.mapsFromGaussPoints()))
             {
                 continue;
@@ -76,6 +76,7 @@ std::vector<std::uint32_t> appliedTo(const TransferMap& map, FuzzedBytes bytes, 
             }
             std::vector<float> targets(static_cast<std::size_t>(nbTargets * nbComponents), 0.5F);
             const MapField field{.sourceLocation = source,
+                                 .sourceRule = rule,
                                  .sourceFloats = sources.data(),
                                  .targetLocation = target,
                                  .targetFloats = targets.data(),
@@ -126,8 +127,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     FuzzedBytes bytes({data, size});
     const bool isExported = bytes.oneIn(2);
     const bool isCloud = bytes.oneIn(3);
-    FuzzedMesh source(bytes);
-    FuzzedMesh other(bytes);
+    FuzzedMesh source(bytes, !isExported);
+    FuzzedMesh other(bytes, !isExported);
     FuzzedMesh& target = bytes.oneIn(3) ? source : other;
     std::vector<int> matlPerPoint(target.coords.size());
     for (int& matl : matlPerPoint)
@@ -143,6 +144,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     ModelClass targetModel;
     initialised(sourceModel, source, false, {});
     initialised(targetModel, target, isCloud, matlPerPoint);
+    sourceModel.itsAdmitsAllKinds = !isExported;
+    targetModel.itsAdmitsAllKinds = !isExported;
+    targetModel.itsGaussRule = static_cast<GaussRuleChoice>(bytes.between(0, 1));
     const Result alone = run(sourceModel, targetModel, target, settings, bytes, 1);
     const Result together = run(sourceModel, targetModel, target, settings, bytes, 3);
     if (alone.refusal != together.refusal || alone.map != together.map || alone.values != together.values)
