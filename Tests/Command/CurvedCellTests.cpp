@@ -1,15 +1,18 @@
 // Cells of second order through the command: from Exodus files, and with either set of Gauss points.
 #include "CommandRunner.h"
-#include "MeshFile.h"
 #include "TestGrids.h"
 
+#include <vtkCellArray.h>
 #include <vtkCellType.h>
 #include <vtkExodusIIWriter.h>
 #include <vtkFieldData.h>
+#include <vtkIdList.h>
 #include <vtkNew.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 namespace
 {
@@ -25,9 +28,23 @@ protected:
     CommandRunner runner;
 };
 
+/// VTK's writer leaves the nodes of wedges in VTK's order. In that of Exodus the upright edges come before the upper
+/// ones.
+void putWedgesInExodusOrder(vtkUnstructuredGrid& grid)
+{
+    const vtkNew<vtkIdList> nodes;
+    for (vtkIdType cell = 0; grid.GetCellType(0) == VTK_QUADRATIC_WEDGE && cell < grid.GetNumberOfCells(); ++cell)
+    {
+        grid.GetCellPoints(cell, nodes);
+        std::rotate(nodes->begin() + 9, nodes->begin() + 12, nodes->begin() + 15);
+        grid.GetCells()->ReplaceCellAtId(cell, nodes);
+    }
+}
+
 TEST_P(CurvedCells, ComeFromExodusFiles)
 {
     const auto source = makeGrid(GetParam(), 2);
+    putWedgesInExodusOrder(*source);
     addDoubles(*source, "T", quadratic);
     addCellNumbers(*source, "block", [](vtkIdType) { return 1; });
     const vtkNew<vtkExodusIIWriter> writer;
@@ -49,8 +66,7 @@ TEST_P(CurvedCells, ComeFromExodusFiles)
 }
 
 INSTANTIATE_TEST_SUITE_P(AllKinds, CurvedCells,
-                         testing::Values(VTK_QUADRATIC_HEXAHEDRON, VTK_TRIQUADRATIC_HEXAHEDRON, VTK_QUADRATIC_WEDGE,
-                                         VTK_QUADRATIC_PYRAMID));
+                         testing::Values(VTK_QUADRATIC_HEXAHEDRON, VTK_QUADRATIC_WEDGE, VTK_QUADRATIC_PYRAMID));
 
 TEST(GaussRule, IsThatOfTheOptionOnATargetAndToldFromTheValuesOfASource)
 {
