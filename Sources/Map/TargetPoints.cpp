@@ -39,6 +39,32 @@ void assignOneMaterial(const ModelClass& mesh, const int* matlMappingFlags, cons
     };
     forEachItem(workers, materialStage, mesh.itsNbNodes, visitNode);
 }
+
+/// The mean of an element's nodes; where an element is curved, and this may lie outside it, a place in its middle.
+Vector3 middleOf(const ModelClass& model, int elt)
+{
+    Vector3 middle{};
+    const int type = model.itsEltTypes[elt];
+    if (type >= nbTypeCodes && model.itsAdmitsAllKinds)
+    {
+        visitElementKind(type,
+                         [&]<class Kind>(Kind)
+                         {
+                             middle = physicalPosition<Kind>(
+                                 gatherNodes<Kind>(model.itsConnectivity[elt], model.itsNodeCoords),
+                                 Kind::initialGuess);
+                         });
+        return middle;
+    }
+    const int nbNodes = model.nbNodesOfElt(elt);
+    for (int i = 0; i < nbNodes; ++i)
+    {
+        const Vector3 node = model.nodePosition(model.itsConnectivity[elt][i]);
+        middle = {middle[0] + node[0], middle[1] + node[1], middle[2] + node[2]};
+    }
+    const float weight = single(1.0 / nbNodes);
+    return {middle[0] * weight, middle[1] * weight, middle[2] * weight};
+}
 } // namespace
 
 void assignMaterialsToNodes(const ModelClass& mesh, const int* matlMappingFlags, const NodeMaterials& tables,
@@ -159,16 +185,8 @@ bool CentreCursor::next(TargetPoint& point)
     {
         return false;
     }
-    const int nbNodes = model.nbNodesOfElt(itsElt);
-    Vector3 sum{};
-    for (int i = 0; i < nbNodes; ++i)
-    {
-        const Vector3 node = model.nodePosition(model.itsConnectivity[itsElt][i]);
-        sum = {sum[0] + node[0], sum[1] + node[1], sum[2] + node[2]};
-    }
-    const float weight = single(1.0 / nbNodes);
     point = {.index = itsElt,
-             .position = {sum[0] * weight, sum[1] * weight, sum[2] * weight},
+             .position = middleOf(model, itsElt),
              .matlStateClass = model.matlStateClassOfItem(itsElt),
              .matlState = model.matlStateOfItem(itsElt)};
     ++itsElt;

@@ -92,7 +92,8 @@ private:
     std::int64_t itsFirstGaussPoint;
 };
 
-/// The means of the nodes of the selected elements; a point's index is its element.
+/// Places in the middle of the selected elements, where not curved the means of their nodes; a point's index is its
+/// element.
 class CentreCursor
 {
 public:

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 
 namespace
 {
@@ -28,23 +29,29 @@ protected:
     CommandRunner runner;
 };
 
-/// VTK's writer leaves the nodes of wedges in VTK's order. In that of Exodus the upright edges come before the upper
-/// ones.
-void putWedgesInExodusOrder(vtkUnstructuredGrid& grid)
+/// VTK's writer leaves nodes in VTK's order, its reader takes them to be in that of Exodus, where the upright edges
+/// come before the upper ones.
+void putInExodusOrder(vtkUnstructuredGrid& grid)
 {
+    const std::map<int, int> firstUpper{{VTK_QUADRATIC_WEDGE, 9}, {VTK_QUADRATIC_HEXAHEDRON, 12}};
     const vtkNew<vtkIdList> nodes;
-    for (vtkIdType cell = 0; grid.GetCellType(0) == VTK_QUADRATIC_WEDGE && cell < grid.GetNumberOfCells(); ++cell)
+    for (vtkIdType cell = 0; cell < grid.GetNumberOfCells(); ++cell)
     {
-        grid.GetCellPoints(cell, nodes);
-        std::rotate(nodes->begin() + 9, nodes->begin() + 12, nodes->begin() + 15);
-        grid.GetCells()->ReplaceCellAtId(cell, nodes);
+        const auto found = firstUpper.find(grid.GetCellType(cell));
+        if (found != firstUpper.end())
+        {
+            grid.GetCellPoints(cell, nodes);
+            vtkIdType* upper = nodes->begin() + found->second;
+            std::rotate(upper, upper + found->second / 3, upper + 2 * (found->second / 3));
+            grid.GetCells()->ReplaceCellAtId(cell, nodes);
+        }
     }
 }
 
 TEST_P(CurvedCells, ComeFromExodusFiles)
 {
     const auto source = makeGrid(GetParam(), 2);
-    putWedgesInExodusOrder(*source);
+    putInExodusOrder(*source);
     addDoubles(*source, "T", quadratic);
     addCellNumbers(*source, "block", [](vtkIdType) { return 1; });
     const vtkNew<vtkExodusIIWriter> writer;
