@@ -2,6 +2,8 @@
 
 #include "Elements/ElementKinds.h"
 
+#include <algorithm>
+
 namespace veltrane
 {
 namespace
@@ -34,6 +36,20 @@ GaussRule gaussRuleOf(ElementKind kind, GaussPointRule rule)
                                                                   : ruleOf<Kind, GaussRuleChoice::full>();
                      });
     return result;
+}
+
+GaussPointRule gaussPointRuleOf(std::span<const Field> fields, const Mesh& mesh)
+{
+    for (const GaussPointRule rule : {mesh.gaussPointRule(), GaussPointRule::full, GaussPointRule::reduced})
+    {
+        const auto isByRule = [&](const Field& field)
+        { return field.location() == Location::gaussPoints && field.locationCount() == mesh.gaussPointCount(rule); };
+        if (std::ranges::any_of(fields, isByRule))
+        {
+            return rule;
+        }
+    }
+    return mesh.gaussPointRule();
 }
 
 } // namespace veltrane

@@ -2,9 +2,11 @@
 #ifndef VELTRANE_HOST_GAUSS_POINTS_H
 #define VELTRANE_HOST_GAUSS_POINTS_H
 
-#include "ElementKind.h"
+#include "Field.h"
+#include "Mesh.h"
 
 #include <array>
+#include <span>
 #include <vector>
 
 namespace veltrane
@@ -21,6 +23,10 @@ struct GaussRule
 
 /// Empty for kinds that are no volumes.
 GaussRule gaussRuleOf(ElementKind kind, GaussPointRule rule = GaussPointRule::full);
+
+/// The rule by which fields on a mesh are, as their numbers of rows tell; the mesh's own where they do not tell
+/// another.
+GaussPointRule gaussPointRuleOf(std::span<const Field> fields, const Mesh& mesh);
 
 } // namespace veltrane
 

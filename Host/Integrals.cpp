@@ -23,13 +23,16 @@ using Vector = std::array<double, 3>;
 class GaussRules
 {
 public:
+    explicit GaussRules(GaussPointRule choice) : choice_(choice) {}
+
     const GaussRule& of(ElementKind kind)
     {
         auto found = rules_.find(kind);
-        return (found == rules_.end() ? rules_.emplace(kind, gaussRuleOf(kind)).first : found)->second;
+        return (found == rules_.end() ? rules_.emplace(kind, gaussRuleOf(kind, choice_)).first : found)->second;
     }
 
 private:
+    GaussPointRule choice_;
     std::map<ElementKind, GaussRule> rules_;
 };
 
@@ -136,7 +139,7 @@ private:
 
 std::vector<double> gaussPointVolumes(const Mesh& mesh)
 {
-    GaussRules rules;
+    GaussRules rules(mesh.gaussPointRule());
     std::vector<double> volumes;
     volumes.reserve(mesh.gaussPointCount());
     std::vector<Vector> positions;
@@ -149,7 +152,7 @@ std::vector<double> gaussPointVolumes(const Mesh& mesh)
         {
             positions.push_back(positionOf(mesh, node));
         }
-        for (std::size_t i = 0; i < static_cast<std::size_t>(kind.gaussPointCount); ++i)
+        for (std::size_t i = 0; i < static_cast<std::size_t>(mesh.gaussPointCountOf(element)); ++i)
         {
             volumes.push_back(kind.isVolume ? rule.weights[i] * std::abs(jacobianOf(positions, rule.shapeGradients[i]))
                                             : 0.0);
@@ -169,7 +172,7 @@ FieldIntegrals integralsOf(const Field& field, const Mesh& mesh, const std::vect
     }
     const FieldIntegral none{.components = std::vector<double>(static_cast<std::size_t>(field.componentCount()))};
     FieldIntegrals integrals{none, std::vector(mesh.materials().size(), none)};
-    GaussRules rules;
+    GaussRules rules(mesh.gaussPointRule());
     const auto integrate = [&](const auto& numbers)
     {
         ValuesAtGaussPoints values(field, numbers);
@@ -179,7 +182,7 @@ FieldIntegrals integralsOf(const Field& field, const Mesh& mesh, const std::vect
             const ElementKindInfo& kind = mesh.kindOf(element);
             const GaussRule& rule = rules.of(kind.kind);
             FieldIntegral& ofMaterial = integrals.materials[static_cast<std::size_t>(mesh.materialOf(element))];
-            const auto count = static_cast<std::size_t>(kind.gaussPointCount);
+            const auto count = static_cast<std::size_t>(mesh.gaussPointCountOf(element));
             for (std::size_t i = 0; i < count && kind.isVolume; ++i)
             {
                 const auto at = values.at(gaussPoint + i, mesh.nodesOf(element), rule.shapeValues[i]);

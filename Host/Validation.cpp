@@ -2,6 +2,7 @@
 
 #include "ElementSizes.h"
 #include "Errors.h"
+#include "GaussPoints.h"
 #include "Text.h"
 #include "VolumeElements.h"
 
@@ -269,6 +270,12 @@ Validation Validator::validate(const Mesh& source, const Mesh& target, std::span
 Validation Map::validate(const Mesh& source, const Mesh& target, std::span<const Field> fields,
                          const ValidationOptions& options) const
 {
+    if (const GaussPointRule rule = gaussPointRuleOf(fields, source); rule != source.gaussPointRule())
+    {
+        Mesh byRule(source);
+        byRule.setGaussPointRule(rule);
+        return validate(byRule, target, fields, options);
+    }
     const std::vector<Field> there = apply(fields, options.apply);
     return Validator(*this, source, target, options).validate(source, target, fields, there);
 }

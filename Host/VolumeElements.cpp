@@ -38,6 +38,7 @@ VolumeElements::VolumeElements(const Mesh& mesh, std::string_view side) : whole_
         data.exactCoordinates = mesh.exactCoordinates();
         data.materials = mesh.materials();
         extracted_.emplace(std::move(data));
+        extracted_->setGaussPointRule(mesh.gaussPointRule());
     }
 }
 

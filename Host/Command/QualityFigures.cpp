@@ -62,7 +62,7 @@ std::vector<int> elementsOf(const Mesh& mesh, Location location)
     {
         for (int element = 0; element < mesh.elementCount(); ++element)
         {
-            elements.insert(elements.end(), static_cast<std::size_t>(mesh.kindOf(element).gaussPointCount), element);
+            elements.insert(elements.end(), static_cast<std::size_t>(mesh.gaussPointCountOf(element)), element);
         }
         return elements;
     }

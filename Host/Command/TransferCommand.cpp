@@ -2,6 +2,7 @@
 
 #include "FieldChoice.h"
 #include "FileFormat.h"
+#include "GaussPoints.h"
 #include "OutsideText.h"
 #include "ProgressBar.h"
 #include "Report.h"
@@ -116,6 +117,7 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
     }
     options.fieldOptions = arguments_.fieldOptions(chosen);
     std::vector<Field> fields = readFields(source, chosen);
+    source.mesh().setGaussPointRule(gaussPointRuleOf(fields, source.mesh()));
     placement_.turn(fields);
     std::vector<Field> loads = readFields(source, chosenLoads);
     placement_.turn(loads);

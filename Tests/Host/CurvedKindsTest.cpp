@@ -7,6 +7,7 @@
 #include "Match.h"
 #include "Meshes.h"
 #include "Transfer.h"
+#include "Validation.h"
 
 #include <gtest/gtest.h>
 
@@ -268,6 +269,22 @@ TEST_P(CurvedKind, TakesAndGivesValuesAtGaussPointsByEitherRule)
             }
             EXPECT_NEAR(sum, exactLinear(gaussPoints[row]), 1e-12);
         }
+    }
+}
+
+TEST_P(CurvedKind, IsValidatedByTheRuleOfItsFields)
+{
+    const veltrane::Mesh source = cubeOf(GetParam(), 2, skewed);
+    const veltrane::Mesh target = cubeOf(meshes::element::hexahedron, 3, skewed);
+    const Map map(source, target, {.fromGaussPoints = true});
+    for (const GaussPointRule rule : {GaussPointRule::full, GaussPointRule::reduced})
+    {
+        const Field field = fieldAt(exactGaussPoints(source, rule), Location::gaussPoints, exactLinear);
+        const veltrane::Validation validation =
+            map.validate(source, target, std::span(&field, 1), {.apply = {.targetLocations = {Location::nodes}}});
+        EXPECT_EQ(validation.fields[0].returned.locationCount(), field.locationCount());
+        EXPECT_LT(validation.fields[0].comparison.relativeDifference, 1e-12);
+        EXPECT_NEAR(validation.fields[0].atSource.all.volume, validation.fields[0].atTarget.all.volume, 1e-6);
     }
 }
 
