@@ -22,14 +22,17 @@ class Coverage(NamedTuple):
 
     @property
     def node_share(self) -> float:
+        """Part of the nodes that is mapped."""
         return self.mapped_nodes / self.nodes if self.nodes else 0.0
 
     @property
     def cell_share(self) -> float:
+        """Part of the cells that is mapped."""
         return self.mapped_cells / self.cells if self.cells else 0.0
 
     @property
     def volume_share(self) -> float:
+        """Part of the volume that is mapped."""
         return self.mapped_volume / self.volume if self.volume else 0.0
 
 

@@ -61,7 +61,7 @@ def names(cube, monkeypatch):
 
 def test_the_guide(names):
     blocks = blocks_of("Documentation/Python.md")
-    assert len(blocks) == 6
+    assert len(blocks) == 7
     guide = "\n".join(blocks[:2])
     assert len(blocks[0].strip().splitlines()) <= 10
     exec(guide, names)
@@ -70,6 +70,7 @@ def test_the_guide(names):
     for block in blocks[2:]:
         exec(block, names)
     assert names["matrix"].shape == (125, 125)
+    assert names["check"].target.volume_share == pytest.approx(1)
     assert len(names["values"]) == veltrane.Mesh(*meshes.tetrahedra(4), "tetra").n_gauss_points
 
 
