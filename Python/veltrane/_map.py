@@ -149,8 +149,9 @@ class Map:
         Parameters
         ----------
         values : array of shape (n,) or (n, k)
-            One row per source node, or Gauss point, by either rule of a kind that has two. float32 stays float32; all else becomes float64. Values at or
-            below -8.888e13 are undefined, and so is what depends on them: -9.999e13.
+            One row per source node, or Gauss point, by either rule of a kind that has two. float32 stays float32; all
+            else becomes float64. Values at or below -8.888e13 are undefined, and so is what depends on them:
+            -9.999e13.
         out : array, optional
             Receives the result: of its shape and type, writeable. All of it is written.
         source_at, target_at : {"nodes", "gauss_points"}, optional
