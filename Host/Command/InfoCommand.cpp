@@ -80,6 +80,17 @@ std::string cellText(const FileContents& contents)
     return joined(parts);
 }
 
+/// ": 1 steel, 2 rubber"
+std::string namesText(const FileContents& contents)
+{
+    std::vector<std::string> names;
+    for (const auto& [number, name] : contents.materialNames)
+    {
+        names.push_back(text(number, ' ', name));
+    }
+    return names.empty() ? "" : text(": ", joined(names));
+}
+
 void printSteps(std::ostream& stream, const std::vector<double>& times)
 {
     if (!times.empty())
@@ -107,7 +118,7 @@ void printFile(std::ostream& stream, const std::string& file, const FileContents
     }
     if (contents.materialArray)
     {
-        printLine(stream, "materials", text("numbered by '", *contents.materialArray, "'"));
+        printLine(stream, "materials", text("numbered by '", *contents.materialArray, "'", namesText(contents)));
     }
     printSteps(stream, contents.stepTimes);
     for (const std::string& item : contents.leftOut)
@@ -169,7 +180,7 @@ InfoCommand::InfoCommand(CLI::App& app) : command_(app.add_subcommand("info", "T
     command_->add_option("FILE", files_, "files of any format that can be read")->required()->type_name("");
     command_->footer("Example:\n"
                      "  veltrane info thermal.vtu structure.exo\n\n"
-                     "Of an Exodus file it is the last step, of a collection (.pvd) the first one.\n");
+                     "Of a file with steps it is the last one, of a collection (.pvd) the first one.\n");
 }
 
 ExitStatus InfoCommand::run() const

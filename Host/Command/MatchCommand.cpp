@@ -149,7 +149,7 @@ ExitStatus run(const Sort& sort, const MeshPairArguments& files)
     MeshFile source = files.readSource();
     progress.beginStage("reading target");
     MeshFile target = files.readTarget(sort.targetRole, std::move(targetAhead));
-    useCommonMaterialArray(source, target);
+    useCommonMaterials(source, target);
     if (isMeshOutput(format))
     {
         for (const std::string& name : sort.arrayNames)

@@ -19,7 +19,7 @@ std::string_view materialRemark(const MeshFile& source, const MeshFile& target)
 {
     if (source.materialArray() && target.materialArray())
     {
-        return ", materials by number";
+        return source.hasNamedMaterials() ? ", materials by name" : ", materials by number";
     }
     if (source.materialArray() || target.materialArray())
     {

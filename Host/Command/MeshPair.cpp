@@ -357,6 +357,9 @@ std::optional<std::string> matchMaterials(const MaterialArguments& arguments, Me
                            target.materialArray().has_value(), selection);
 }
 
+namespace
+{
+
 void useCommonMaterialArray(MeshFile& source, MeshFile& target)
 {
     if (!source.materialArray() || !target.materialArray() || source.materialArray() == target.materialArray())
@@ -371,6 +374,18 @@ void useCommonMaterialArray(MeshFile& source, MeshFile& target)
             target.useMaterialArray(name);
             return;
         }
+    }
+}
+
+} // namespace
+
+void useCommonMaterials(MeshFile& source, MeshFile& target)
+{
+    useCommonMaterialArray(source, target);
+    if (source.canNameMaterials() && target.canNameMaterials())
+    {
+        source.nameMaterials();
+        target.nameMaterials();
     }
 }
 

@@ -75,7 +75,7 @@ struct MeshPairArguments
     std::string output;
     MaterialArguments materials;
     std::optional<float> tolerance;
-    std::optional<int> step; ///< of an Exodus file as the source, from 0
+    std::optional<int> step; ///< of a source with several steps, from 0
     bool skipUnsupported = false;
     bool keepsRepeatedNodes = false; ///< see MeshReading
     std::string gaussRule = "full";
@@ -145,8 +145,9 @@ std::optional<std::string> matchMaterials(const MaterialArguments& arguments, Me
                                           const std::vector<bool>& selection);
 
 /// If the materials are numbered by arrays of different names, those of a usual name that both files have, if there is
-/// one, take their place.
-void useCommonMaterialArray(MeshFile& source, MeshFile& target);
+/// one, take their place. If all materials of both files have names, they go by these and not by their numbers, which
+/// programs give out as they come.
+void useCommonMaterials(MeshFile& source, MeshFile& target);
 
 /// Throws BadFile, naming the first cell, if a cell of the source has no volume; warns of cells that are inside out.
 void checkSourceCells(const MeshFile& source);

@@ -166,7 +166,7 @@ void SeriesArguments::addTo(CLI::App& command)
 {
     command
         .add_option("--steps", steps,
-                    "the steps of a collection or an Exodus file: all, last,\n"
+                    "the steps of a collection or of a file with steps: all, last,\n"
                     "or numbers from 1, such as 3 or 3-5, separated by commas\n"
                     "(all if the output is a collection, otherwise last)")
         ->type_name("STEPS");

@@ -32,7 +32,7 @@ struct SeriesArguments
 
 /// For the help texts.
 inline constexpr const char* seriesHelp =
-    "The source may be a collection of files (.pvd). If the output is one, its files are written to the\n"
+    "The source may be a collection of files (.pvd, .series). If the output is a .pvd, its files are written to the\n"
     "directory of its name without the ending.\n\n";
 
 /// Does one step, writing the given file.

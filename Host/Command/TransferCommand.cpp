@@ -53,6 +53,16 @@ TransferCommand::TransferCommand(CLI::App& app)
              requirementsHelp(), meshFormatHelp(), seriesHelp, materialHelp, validPointMaskHelp, exitStatusHelp));
 }
 
+namespace
+{
+
+bool holdsGaussFields(const FileFormat* format)
+{
+    return isMeshOutput(format) && format->writes.gaussFields;
+}
+
+} // namespace
+
 void TransferCommand::checkOptions(bool isCollection) const
 {
     const FileFormat* format = files_.outputFormat();
@@ -60,9 +70,10 @@ void TransferCommand::checkOptions(bool isCollection) const
     {
         throw InvalidOption(text("the output '", files_.output, "' is not named ", endingsOf(isMeshOutput)));
     }
-    if (arguments_.atGaussPoints && !isCollection && !format->writes.gaussFields)
+    if (arguments_.atGaussPoints && !isCollection && !holdsGaussFields(format))
     {
-        throw InvalidOption(text("the output '", files_.output, "' of --gauss is not named .vtu"));
+        throw InvalidOption(
+            text("the output '", files_.output, "' of --gauss is not named ", endingsOf(holdsGaussFields)));
     }
     if (arguments_.atGaussPoints && !recordFiles_.picture.path.empty())
     {
@@ -98,7 +109,7 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
     progress.beginStage("reading target");
     MeshFile target = files.readTarget(arguments_.atGaussPoints ? MeshRole::gaussPointTarget : MeshRole::target,
                                        std::move(targetAhead));
-    useCommonMaterialArray(source, target);
+    useCommonMaterials(source, target);
     checkSourceCells(source);
 
     const std::vector<ChosenField> chosenLoads = loads_.choose(source);

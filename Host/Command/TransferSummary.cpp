@@ -23,15 +23,17 @@ struct SideMaterials
 {
     const std::vector<Material>& list;
     bool areNumbered;
+    bool areNamed;
 };
 
 SideMaterials targetMaterials(const TransferRecord& record)
 {
     if (const PointFile* points = record.targetPoints())
     {
-        return {points->points().materials(), points->materialArray().has_value()};
+        return {points->points().materials(), points->materialArray().has_value(), false};
     }
-    return {record.targetMesh()->mesh().materials(), record.targetMesh()->materialArray().has_value()};
+    return {record.targetMesh()->mesh().materials(), record.targetMesh()->materialArray().has_value(),
+            record.targetMesh()->hasNamedMaterials()};
 }
 
 std::string materialNames(const std::vector<Material>& materials)
@@ -64,7 +66,7 @@ void printMaterials(std::ostream& stream, const SideMaterials& source, const Sid
     {
         printLine(stream, "materials",
                   text(materialNames(source.list), " in the source, ", materialNames(target.list),
-                       " in the target, matched by number"));
+                       " in the target, matched by ", source.areNamed && target.areNamed ? "name" : "number"));
         return;
     }
     if (source.areNumbered || target.areNumbered)
@@ -338,7 +340,9 @@ void printSummary(std::ostream& stream, const TransferRecord& record)
         printLine(stream, "target", record.targetMesh()->path().string());
         printLine(stream, "", describe(*record.targetMesh()));
     }
-    printMaterials(stream, {record.source.mesh().materials(), record.source.materialArray().has_value()},
+    printMaterials(stream,
+                   {record.source.mesh().materials(), record.source.materialArray().has_value(),
+                    record.source.hasNamedMaterials()},
                    targetMaterials(record));
     if (!record.sourceFields.empty())
     {

@@ -119,6 +119,7 @@ FileContents describeContents(const FileData& data, const std::filesystem::path&
                           .cellArrays = contentsOf(*dataSet.GetCellData()),
                           .otherArrays = contentsOf(*dataSet.GetFieldData()),
                           .materialArray = materialArrayOf(dataSet, path),
+                          .materialNames = groupNames(dataSet),
                           .stepTimes = readStepTimes(path),
                           .leftOut = data.leftOut};
     double bounds[6];

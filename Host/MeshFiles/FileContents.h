@@ -4,6 +4,7 @@
 
 #include "FileErrors.h"
 #include "FileFormat.h"
+#include "GroupNames.h"
 
 #include <filesystem>
 #include <optional>
@@ -44,6 +45,7 @@ struct FileContents
     std::vector<ArrayContents> cellArrays;
     std::vector<ArrayContents> otherArrays; ///< of neither points nor cells
     std::optional<std::string> materialArray;
+    GroupNames materialNames; ///< of the materials that have any
     std::vector<double> stepTimes;
     LeftOut leftOut;
 };

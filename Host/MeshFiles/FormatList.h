@@ -12,12 +12,15 @@
     FORMAT(legacy)                                                                                                     \
     FORMAT(parallelUnstructuredGrid)                                                                                   \
     FORMAT(exodus)                                                                                                     \
+    FORMAT(exodusParts)                                                                                                \
     FORMAT(multiBlock)                                                                                                 \
     FORMAT(structuredGrid)                                                                                             \
     FORMAT(rectilinearGrid)                                                                                            \
     FORMAT(imageData)                                                                                                  \
     FORMAT(enSight)                                                                                                    \
+    FORMAT(med)                                                                                                        \
     FORMAT(cgns)                                                                                                       \
+    FORMAT(vtkHdf)                                                                                                     \
     FORMAT(openFoam)                                                                                                   \
     FORMAT(lsDyna)                                                                                                     \
     FORMAT(collection)                                                                                                 \

@@ -1,6 +1,7 @@
 #include "GaussArrays.h"
 
 #include "GaussPoints.h"
+#include "Text.h"
 #include "VtkCells.h"
 
 #include <vtkCellData.h>
@@ -95,6 +96,31 @@ const char* gaussOffsetsName(vtkAbstractArray& values)
     vtkInformation* information = values.GetInformation();
     vtkInformationStringKey* key = vtkQuadratureSchemeDefinition::QUADRATURE_OFFSET_ARRAY_NAME();
     return information->Has(key) != 0 ? information->Get(key) : nullptr;
+}
+
+std::vector<std::pair<std::string, std::string>> gaussArraysOf(vtkUnstructuredGrid& grid)
+{
+    std::vector<std::pair<std::string, std::string>> arrays;
+    for (int i = 0; i < grid.GetFieldData()->GetNumberOfArrays(); ++i)
+    {
+        vtkAbstractArray& array = *grid.GetFieldData()->GetAbstractArray(i);
+        const char* offsets = gaussOffsetsName(array);
+        if (offsets != nullptr && array.GetName() != nullptr)
+        {
+            arrays.emplace_back(array.GetName(), offsets);
+        }
+    }
+    return arrays;
+}
+
+std::vector<std::string> gaussArrayTexts(vtkUnstructuredGrid& grid)
+{
+    std::vector<std::string> texts;
+    for (const auto& [name, offsets] : gaussArraysOf(grid))
+    {
+        texts.push_back(text("the field '", name, "' at Gauss points"));
+    }
+    return texts;
 }
 
 vtkQuadratureSchemeDefinition* findScheme(vtkDataArray& offsets, int cellType)

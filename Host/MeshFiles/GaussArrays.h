@@ -9,6 +9,7 @@
 #include <vtkType.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 class vtkAbstractArray;
@@ -42,6 +43,12 @@ void addGaussValues(vtkUnstructuredGrid& grid, vtkDataArray& values, const char*
 
 /// The name of the offsets of an array of the field data; null if it has no values of Gauss points.
 const char* gaussOffsetsName(vtkAbstractArray& values);
+
+/// Arrays of the field data with values at Gauss points, and the names of their offsets.
+std::vector<std::pair<std::string, std::string>> gaussArraysOf(vtkUnstructuredGrid& grid);
+
+/// "the field 'S' at Gauss points" for each of them.
+std::vector<std::string> gaussArrayTexts(vtkUnstructuredGrid& grid);
 
 /// Null if the offsets know none for cells of the type.
 vtkQuadratureSchemeDefinition* findScheme(vtkDataArray& offsets, int cellType);

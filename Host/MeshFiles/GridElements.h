@@ -45,7 +45,7 @@ struct MeshReading
     bool cellsAsNodes = false;
     /// The array that numbers the materials; the first one of the usual names if none is given.
     std::optional<std::string> materialArray{};
-    /// Of an Exodus file, from 0; the last one if none is given.
+    /// Of a file with several steps, from 0; the last one if none is given.
     std::optional<int> step{};
     /// What is done to the points. Fields stay as they are in the file.
     Placement placement{};

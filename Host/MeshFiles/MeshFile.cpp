@@ -4,6 +4,7 @@
 #include "DataSetWriter.h"
 #include "DirectElements.h"
 #include "GaussFields.h"
+#include "GroupNames.h"
 #include "Text.h"
 
 #include <vtkCellData.h>
@@ -18,7 +19,9 @@
 #include <vtkUnstructuredGrid.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <map>
+#include <set>
 #include <utility>
 
 namespace veltrane
@@ -120,6 +123,7 @@ struct MeshFile::Contents
     vtkSmartPointer<vtkUnsignedCharArray> types; ///< of the file's cells
     std::optional<int> numberType;               ///< if the grid has no cells: what they are numbers of, see CellTable
     std::optional<std::string> materialArray;
+    bool hasNamedMaterials = false;
     ItemNumbers cells; ///< of the elements
     CellCounts skippedCells;
     CellCounts nodeGroups;
@@ -214,6 +218,43 @@ void MeshFile::useMaterialArray(const std::string& name)
     auto [materials, materialPerElement] = readMaterials(array, contents_->cells, "cell", path());
     contents_->mesh->setMaterials(std::move(materials), std::move(materialPerElement));
     contents_->materialArray = name;
+}
+
+bool MeshFile::canNameMaterials() const
+{
+    const auto& array = contents_->materialArray;
+    if (array != "material" && array != "ObjectId") // the names are those of the groups that a reader has numbered
+    {
+        return false;
+    }
+    const GroupNames names = groupNames(*contents_->grid);
+    std::set<std::string> used;
+    for (const Material& material : mesh().materials())
+    {
+        const auto found = names.find(std::atoll(material.name.c_str()));
+        if (found == names.end() || !used.insert(found->second).second)
+        {
+            return false;
+        }
+    }
+    return true;
+}
+
+void MeshFile::nameMaterials()
+{
+    const GroupNames names = groupNames(*contents_->grid);
+    std::vector<Material> materials = mesh().materials();
+    for (Material& material : materials)
+    {
+        material.name = names.at(std::atoll(material.name.c_str()));
+    }
+    mesh().setMaterials(std::move(materials), mesh().materialPerElement());
+    contents_->hasNamedMaterials = true;
+}
+
+bool MeshFile::hasNamedMaterials() const
+{
+    return contents_->hasNamedMaterials;
 }
 
 int MeshFile::leftOutCellCount() const

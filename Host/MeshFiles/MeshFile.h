@@ -58,6 +58,15 @@ public:
     /// Lets another cell-data array number the materials. Throws BadFile.
     void useMaterialArray(const std::string& name);
 
+    /// Whether each material has a name of its own in the file, see GroupNames.h.
+    bool canNameMaterials() const;
+
+    /// Lets the materials have their names instead of their numbers.
+    ///
+    /// \pre canNameMaterials()
+    void nameMaterials();
+    bool hasNamedMaterials() const;
+
     /// What the mesh consists of, kind after kind, and the cells of which only the nodes count. A mesh without cells
     /// consists of points.
     std::vector<std::pair<CellName, long long>> elementCounts() const;

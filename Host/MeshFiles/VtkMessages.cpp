@@ -35,12 +35,13 @@ public:
     {
     }
     void DisplayErrorText(const char* message) override { errors.push_back(bareText(message)); }
-    void DisplayWarningText(const char*) override {}
+    void DisplayWarningText(const char* message) override { warnings.push_back(bareText(message)); }
     /// Where no object is at hand, VTK only warns: of a legacy file that ends too early, for example.
     void DisplayGenericWarningText(const char* message) override { errors.push_back(bareText(message)); }
     void DisplayDebugText(const char*) override {}
 
     std::vector<std::string> errors;
+    std::vector<std::string> warnings;
 };
 
 vtkStandardNewMacro(VtkMessages::Window);
@@ -61,6 +62,11 @@ VtkMessages::~VtkMessages()
 const std::vector<std::string>& VtkMessages::errors() const
 {
     return window_->errors;
+}
+
+const std::vector<std::string>& VtkMessages::warnings() const
+{
+    return window_->warnings;
 }
 
 std::optional<std::string> VtkMessages::failureReason(unsigned long errorCode) const

@@ -24,6 +24,9 @@ public:
     /// Without places in VTK's sources and addresses of its objects, each in one line.
     const std::vector<std::string>& errors() const;
 
+    /// The same of what is no failure.
+    const std::vector<std::string>& warnings() const;
+
     /// Why VTK has failed, or nothing if it has not: the first error that does not only pass on a failure, or else what
     /// the error code of the reader or writer stands for.
     std::optional<std::string> failureReason(unsigned long errorCode) const;

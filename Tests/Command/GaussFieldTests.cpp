@@ -261,7 +261,7 @@ TEST_F(GaussFields, MustBeAtTheGaussPointsOfTheElements)
 TEST_F(GaussFields, NeedAFormatThatHasThem)
 {
     writeGrid(*makeGrid(VTK_TETRA, 2), runner.file("target.vtu"));
-    expectFailure(runner, 64, "the output 'out.vtk' of --gauss is not named .vtu",
+    expectFailure(runner, 64, "the output 'out.vtk' of --gauss is not named .vtu, .med, .rmed or .mmed",
                   {"transfer", "source.vtu", "target.vtu", "-o", "out.vtk", "--gauss"});
 }
 

@@ -1,6 +1,7 @@
 // veltrane match where it fails: a sentence, where it can be told the points without partners, a status, and nothing
 // left behind.
 #include "CommandRunner.h"
+#include "FileFormat.h"
 #include "TestGrids.h"
 
 #include <vtkCellType.h>
@@ -50,9 +51,10 @@ TEST_F(MatchError, UsageMustBeRight)
 {
     expectFailure(runner, 64, "A subcommand is required (see --help)", {"match"});
     expectFailure(runner, 64, "TARGET is required (see --help)", {"match", "nodes", "source.vtu", "-o", "out.csv"});
-    expectFailure(runner, 64, "the output 'out.txt' is not named .csv, .vtu or .vtk",
+    expectFailure(runner, 64, "the output 'out.txt' is not named .csv, " + veltrane::endingsOf(veltrane::isMeshOutput),
                   {"match", "gauss", "source.vtu", "target.vtu", "-o", "out.txt"});
-    expectFailure(runner, 64, "--replace has an effect only on an output named .vtu or .vtk",
+    expectFailure(runner, 64,
+                  "--replace has an effect only on an output named " + veltrane::endingsOf(veltrane::isMeshOutput),
                   {"match", "nodes", "source.vtu", "target.vtu", "-o", "out.csv", "--replace"});
     expect("gauss", 64, "the tolerance 2 is not between 0 and 1", {"--tolerance", "2"});
     // How far apart partners may be is not to be set, and nodes are not searched for in elements.

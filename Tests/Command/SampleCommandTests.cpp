@@ -234,8 +234,8 @@ TEST_F(SampleCommand, OptionsMustFit)
     expectRefused(64, "--outside: propagate not in {error,default,0,1} (see --help)", "points.csv",
                   {"--outside", "propagate"});
     expectRefused(64, "--default has an effect only together with --outside default", "points.csv", {"--default", "1"});
-    expectFailure(runner, 64, "the output 'out.e' is not named .csv, .vtp, .vtu or .vtk",
-                  {"sample", "source.vtu", "points.csv", "-o", "out.e"});
+    expectFailure(runner, 64, "the output 'out.txt' is not named " + veltrane::endingsOf(veltrane::isPointOutput),
+                  {"sample", "source.vtu", "points.csv", "-o", "out.txt"});
     expectFailure(runner, 66, "there is no file 'nowhere.csv'",
                   {"sample", "source.vtu", "nowhere.csv", "-o", "out.csv", "--quiet"});
 }

@@ -30,20 +30,6 @@ namespace veltrane
 namespace
 {
 
-/// Voxels and pixels count their points along the axes, others around.
-int plainCellType(int cellType, vtkIdList& points)
-{
-    if (cellType != VTK_VOXEL && cellType != VTK_PIXEL)
-    {
-        return cellType;
-    }
-    for (vtkIdType first = 0; first + 4 <= points.GetNumberOfIds(); first += 4)
-    {
-        std::swap(*points.GetPointer(first + 2), *points.GetPointer(first + 3));
-    }
-    return cellType == VTK_VOXEL ? VTK_HEXAHEDRON : VTK_QUAD;
-}
-
 /// Adds a cell whose points have numbers that are smaller than those of the grid by `shift`.
 void addCell(vtkUnstructuredGrid& grid, vtkUnstructuredGrid& block, vtkIdType cell, vtkIdType shift, vtkIdList& points)
 {
@@ -185,7 +171,37 @@ void addMaterials(vtkUnstructuredGrid& grid, const std::vector<Block>& blocks)
     }
 }
 
+/// Readers give cells of types that they do not know as empty ones.
+LeftOut unknownCells(vtkCompositeDataSet& tree)
+{
+    long long count = 0;
+    const auto iterator = vtkSmartPointer<vtkCompositeDataIterator>::Take(tree.NewIterator());
+    for (iterator->InitTraversal(); iterator->IsDoneWithTraversal() == 0; iterator->GoToNextItem())
+    {
+        auto* grid = vtkUnstructuredGrid::SafeDownCast(iterator->GetCurrentDataObject());
+        for (vtkIdType cell = 0; grid != nullptr && cell < grid->GetNumberOfCells(); ++cell)
+        {
+            count += grid->GetCellType(cell) == VTK_EMPTY_CELL ? 1 : 0;
+        }
+    }
+    return count == 0 ? LeftOut() : LeftOut{text("cells of types that VTK's reader does not know: ", count)};
+}
+
 } // namespace
+
+int plainCellType(int cellType, vtkIdList& points)
+{
+    if (cellType != VTK_VOXEL && cellType != VTK_PIXEL)
+    {
+        return cellType;
+    }
+    // These count their points along the axes, others around.
+    for (vtkIdType first = 0; first + 4 <= points.GetNumberOfIds(); first += 4)
+    {
+        std::swap(*points.GetPointer(first + 2), *points.GetPointer(first + 3));
+    }
+    return cellType == VTK_VOXEL ? VTK_HEXAHEDRON : VTK_QUAD;
+}
 
 vtkSmartPointer<vtkUnstructuredGrid> toGrid(vtkDataSet& dataSet)
 {
@@ -276,7 +292,7 @@ FileData readBlocks(vtkAlgorithm& reader, const VtkMessages& messages, const Fil
     {
         throw BadFile(text(quoted(path), " has no cells"));
     }
-    return {joinBlocks(blocks)};
+    return {joinBlocks(blocks), unknownCells(*tree)};
 }
 
 } // namespace veltrane

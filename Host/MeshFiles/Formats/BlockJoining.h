@@ -13,6 +13,7 @@
 class vtkAlgorithm;
 class vtkCompositeDataSet;
 class vtkDataSet;
+class vtkIdList;
 class vtkUnstructuredGrid;
 
 namespace veltrane
@@ -25,6 +26,10 @@ struct Block
     std::string name{}; ///< empty: it has none
     vtkSmartPointer<vtkUnstructuredGrid> grid{};
 };
+
+/// The type and the order of points of a cell that is a special case of it in another order: a hexahedron for a voxel,
+/// a quadrilateral for a pixel.
+int plainCellType(int cellType, vtkIdList& points);
 
 /// The data set as an unstructured grid: itself if it is one, or the cells of structured grids as hexahedra,
 /// quadrilaterals and lines, without those that are blanked.

@@ -63,8 +63,11 @@ std::vector<Step> readCollection(const std::filesystem::path& path)
 
 } // namespace
 
-constinit const FileFormat formats::collection{
-    .name = "ParaView collection", .endings = endings, .reads = {.steps = true}, .steps = readCollection};
+constinit const FileFormat formats::collection{.name = "ParaView collection",
+                                               .endings = endings,
+                                               .reads = {.steps = true},
+                                               .writes = {.steps = true},
+                                               .steps = readCollection};
 
 void writeCollection(const std::vector<Step>& steps, const std::filesystem::path& path)
 {

@@ -1,6 +1,7 @@
 // VTK's legacy files (.vtk): unstructured grids, structured ones as hexahedra, and points with lines and polygons.
 #include "BlockJoining.h"
 #include "FormatList.h"
+#include "GaussArrays.h"
 #include "LegacyStructure.h"
 #include "VtkReading.h"
 #include "VtkWriting.h"
@@ -50,9 +51,10 @@ LeftOut write(vtkPointSet& dataSet, const std::filesystem::path& path, const Fil
     vtkNew<vtkUnstructuredGridWriter> writer;
     writer->SetFileTypeToBinary(); // its texts are rounded
     writer->SetFileName(path.c_str());
-    writer->SetInputData(asGrid(dataSet));
+    const vtkSmartPointer<vtkUnstructuredGrid> grid = asGrid(dataSet);
+    writer->SetInputData(grid);
     runWriter(*writer);
-    return {};
+    return gaussArrayTexts(*grid);
 }
 
 } // namespace

@@ -1,10 +1,14 @@
 #include "VtkWriting.h"
 
+#include "BlockJoining.h"
+#include "GridElements.h"
 #include "VtkMessages.h"
 
 #include <vtkCellArray.h>
+#include <vtkCellData.h>
 #include <vtkCellType.h>
 #include <vtkFieldData.h>
+#include <vtkIdList.h>
 #include <vtkNew.h>
 #include <vtkPointData.h>
 #include <vtkPolyData.h>
@@ -66,6 +70,54 @@ vtkSmartPointer<vtkUnstructuredGrid> asGrid(vtkPointSet& dataSet)
     auto points = pointsAs<vtkUnstructuredGrid>(dataSet);
     points->SetCells(VTK_VERTEX, onePointCells(dataSet.GetNumberOfPoints()));
     return points;
+}
+
+vtkSmartPointer<vtkUnstructuredGrid> asGridOf(vtkPointSet& dataSet, bool (*isWritten)(int cellType), LeftOut& leftOut)
+{
+    const vtkSmartPointer<vtkUnstructuredGrid> all = asGrid(dataSet);
+    const vtkNew<vtkIdList> written;
+    const vtkNew<vtkIdList> points;
+    vtkNew<vtkUnstructuredGrid> grid;
+    grid->SetPoints(all->GetPoints());
+    grid->Allocate();
+    CellCounts others;
+    for (vtkIdType cell = 0; cell < all->GetNumberOfCells(); ++cell)
+    {
+        all->GetCellPoints(cell, points);
+        const int cellType = plainCellType(all->GetCellType(cell), *points);
+        if (isWritten(cellType))
+        {
+            grid->InsertNextCell(cellType, points);
+            written->InsertNextId(cell);
+        }
+        else
+        {
+            ++others[cellType];
+        }
+    }
+    if (!others.empty())
+    {
+        leftOut.push_back(cellCountText(others));
+    }
+    grid->GetPointData()->ShallowCopy(all->GetPointData());
+    grid->GetFieldData()->ShallowCopy(all->GetFieldData());
+    for (int i = 0; i < all->GetCellData()->GetNumberOfArrays(); ++i)
+    {
+        vtkAbstractArray& array = *all->GetCellData()->GetAbstractArray(i);
+        if (others.empty())
+        {
+            grid->GetCellData()->AddArray(&array);
+            continue;
+        }
+        const auto some = vtkSmartPointer<vtkAbstractArray>::Take(array.NewInstance());
+        some->CopyInformation(array.GetInformation());
+        some->SetName(array.GetName());
+        some->SetNumberOfComponents(array.GetNumberOfComponents());
+        some->SetNumberOfTuples(written->GetNumberOfIds());
+        array.GetTuples(written, some);
+        grid->GetCellData()->AddArray(some);
+    }
+    return grid;
 }
 
 vtkSmartPointer<vtkPolyData> asPolyData(vtkPointSet& dataSet)

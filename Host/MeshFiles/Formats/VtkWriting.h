@@ -2,14 +2,13 @@
 #ifndef VELTRANE_HOST_VTK_WRITING_H
 #define VELTRANE_HOST_VTK_WRITING_H
 
-#include "Compression.h"
 #include "FileErrors.h"
+#include "FileFormat.h"
 
 #include <vtkSmartPointer.h>
 
 #include <filesystem>
 
-class vtkPointSet;
 class vtkPolyData;
 class vtkUnstructuredGrid;
 class vtkWriter;
@@ -22,6 +21,10 @@ namespace veltrane
 /// as cells of one point.
 vtkSmartPointer<vtkUnstructuredGrid> asGrid(vtkPointSet& dataSet);
 vtkSmartPointer<vtkPolyData> asPolyData(vtkPointSet& dataSet);
+
+/// asGrid() with the cells of types that can be written. Voxels and pixels become what they are a special case of; the
+/// other cells go, with their values, and are named in `leftOut`.
+vtkSmartPointer<vtkUnstructuredGrid> asGridOf(vtkPointSet& dataSet, bool (*isWritten)(int cellType), LeftOut& leftOut);
 
 /// Lets one of VTK's own writers append raw bytes, too.
 void configure(vtkXMLWriter& writer, Compression compression);
