@@ -157,11 +157,13 @@ int run(int argc, char** argv)
     std::int64_t nbPoints = 300'000;
     std::int64_t nbElts = 100'000;
     int nbRuns = 21;
+    std::string wanted;
     app.add_option("OLD", oldPath, "a library")->required();
     app.add_option("NEW", newPath, "another one")->required();
     app.add_option("--points", nbPoints, "target points (300000)");
     app.add_option("--elements", nbElts, "source elements (100000)");
     app.add_option("--runs", nbRuns, "calls of each (21)");
+    app.add_option("--case", wanted, "only cases whose title contains this");
     CLI11_PARSE(app, argc, argv);
     const Library oldLibrary(std::filesystem::absolute(oldPath));
     const Library newLibrary(std::filesystem::absolute(newPath));
@@ -189,6 +191,10 @@ int run(int argc, char** argv)
         options.nbPoints = nbPoints;
         options.nbSourceElts = nbElts;
         options.seed = 2;
+        if (titleOf(options).find(wanted) == std::string::npos)
+        {
+            continue;
+        }
         isGood = compare(oldLibrary, newLibrary, options, nbRuns, table) && isGood;
     }
     table.printMarkdown(std::cout);

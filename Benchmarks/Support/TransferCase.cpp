@@ -57,7 +57,7 @@ TransferCase::TransferCase(const CaseOptions& caseOptions) : options(caseOptions
     makeTarget();
 }
 
-std::string TransferCase::title() const
+std::string titleOf(const CaseOptions& options)
 {
     std::string text(nameOf(options.mesh));
     switch (options.target)

@@ -35,6 +35,9 @@ struct CaseOptions
     std::uint32_t seed = 1;
 };
 
+/// What the tables call it.
+std::string titleOf(const CaseOptions& options);
+
 /// The host's field values: a scalar and a vector, double precision.
 struct FieldValues
 {
@@ -53,7 +56,7 @@ public:
     static constexpr float notComputed = 1e30F;
     static constexpr int interpolatedComponents = 4;
 
-    std::string title() const;
+    std::string title() const { return titleOf(options); }
     std::span<const float> points() const { return isMeshOfNodes() ? target.coords : otherPoints; }
     std::int64_t nbPoints() const { return static_cast<std::int64_t>(points().size() / 3); }
     int nbTargetElts() const { return target.nbElts(); }
