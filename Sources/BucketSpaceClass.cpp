@@ -5,9 +5,11 @@
 #include "Search/ElementBoxes.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cmath>
 #include <limits>
+#include <span>
 #include <utility>
 
 namespace
@@ -297,36 +299,45 @@ template <class Visit> void BucketSpaceClass::forEachPiece(int nbItems, Visit vi
 /// its box, as six values or as lanes.
 template <class BoxOf> void BucketSpaceClass::markNeededBuckets(int nbItems, BoxOf boxOf)
 {
-    const BucketRanges rangeOf = ranges();
     const bool isAlone = nbPieces() == 1;
+    int* states = itsBucketState.values();
+    const auto mark = [&](std::int64_t bucket)
+    {
+        if (isAlone)
+        {
+            states[bucket] = neededEmpty;
+            return;
+        }
+        // Tested first, since threads that store into the same lines wait for each other.
+        const std::atomic_ref state(states[bucket]);
+        if (state.load(std::memory_order_relaxed) != neededEmpty)
+        {
+            state.store(neededEmpty, std::memory_order_relaxed);
+        }
+    };
     const auto markPiece = [&](std::int64_t, int first, int end)
     {
-        int* states = itsBucketState.values();
-        // Neighbours often touch the same buckets: a range inside the one marked last has nothing left to mark.
+        const BucketRanges rangeOf = ranges();
+        // Neighbours often touch the same buckets: a range inside the one marked last has nothing left to mark. Whether
+        // it is cannot be foreseen, so that the processor had better be through with the boxes before it asks.
+        constexpr int blockSize = 32;
+        std::array<BucketRange, blockSize> block;
         BucketRange last;
-        for (int item = first; item < end; ++item)
+        for (int begin = first; begin < end; begin += blockSize)
         {
-            const BucketRange range = rangeOf(valuesOf(boxOf(item)));
-            if (range.isWithin(last))
+            const int size = std::min(blockSize, end - begin);
+            for (int i = 0; i < size; ++i)
             {
-                continue;
+                block[static_cast<std::size_t>(i)] = rangeOf(valuesOf(boxOf(begin + i)));
             }
-            forEachBucket(range,
-                          [&](std::int64_t bucket)
-                          {
-                              if (isAlone)
-                              {
-                                  states[bucket] = neededEmpty;
-                                  return;
-                              }
-                              // Tested first, since threads that store into the same lines wait for each other.
-                              const std::atomic_ref state(states[bucket]);
-                              if (state.load(std::memory_order_relaxed) != neededEmpty)
-                              {
-                                  state.store(neededEmpty, std::memory_order_relaxed);
-                              }
-                          });
-            last = range;
+            for (const BucketRange& range : std::span(block).first(static_cast<std::size_t>(size)))
+            {
+                if (!range.isWithin(last))
+                {
+                    forEachBucket(range, mark);
+                    last = range;
+                }
+            }
         }
     };
     forEachPiece(nbItems, markPiece);

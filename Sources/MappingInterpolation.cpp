@@ -6,6 +6,7 @@
 #include "Search/Prefetch.h"
 
 #include <algorithm>
+#include <array>
 
 namespace
 {
@@ -240,16 +241,11 @@ void MappingClass::nodeFieldsPropagation()
     listOpenElements(target(), isFar, openElts.get());
     const auto fillElement = [&](int elt, const ElementFront& front)
     {
-        const auto forEachNode = [&](bool isWantedFar, auto visit)
-        {
-            for (const int node : nodesOfElt(itsTargetMesh, elt))
-            {
-                if ((isFar[node] == 1) == isWantedFar)
-                {
-                    visit(node);
-                }
-            }
-        };
+        // In the order of the element, one that it names twice twice.
+        std::array<int, maxNbNodes> filled;
+        std::array<int, maxNbNodes> far;
+        const auto nodes = nodesOfElt(itsTargetMesh, elt);
+        std::ranges::partition_copy(nodes, filled.data(), far.data(), [&](int node) { return isFar[node] != 1; });
         for (FieldClass& field : itsTargetFields.fields())
         {
             // A field that does not exist on the element's material keeps its values.
@@ -259,10 +255,11 @@ void MappingClass::nodeFieldsPropagation()
             {
                 const auto indexOf = [&](int node)
                 { return static_cast<std::int64_t>(node) * field.itsNbComponents + component; };
-                spreadMean<float>([&](auto visit) { forEachNode(false, visit); },
-                                  [&](auto visit) { forEachNode(true, visit); }, front.nbFilled,
-                                  [&](int node) { return field.value(indexOf(node)); },
-                                  [&](int node, float mean) { field.setValue(indexOf(node), mean); });
+                spreadMean<float>(
+                    {filled.data(), static_cast<std::size_t>(front.nbFilled)},
+                    {far.data(), static_cast<std::size_t>(front.nbFar)},
+                    [&](int node) { return field.value(indexOf(node)); },
+                    [&](int node, float mean) { field.setValue(indexOf(node), mean); });
             }
         }
     };

@@ -435,11 +435,9 @@ template <class Real> void MapApplication<Real>::propagateFields() const
             {
                 const auto indexOf = [&](int node)
                 { return static_cast<std::int64_t>(node) * field.nbComponents + component; };
-                spreadMean<Real>([&](auto visit) { std::ranges::for_each(filled, visit); },
-                                 [&](auto visit) { std::ranges::for_each(far, visit); },
-                                 static_cast<int>(filled.size()),
-                                 [&](int node) { return targetValue<Real>(field, indexOf(node)); },
-                                 [&](int node, Real mean) { setTargetValue(field, indexOf(node), mean); });
+                spreadMean<Real>(
+                    filled, far, [&](int node) { return targetValue<Real>(field, indexOf(node)); },
+                    [&](int node, Real mean) { setTargetValue(field, indexOf(node), mean); });
             }
         }
     };

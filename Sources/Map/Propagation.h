@@ -21,28 +21,34 @@ inline std::span<const int> nodesOfElt(const ModelClass& mesh, int elt)
 
 inline ElementFront frontOf(const ModelClass& mesh, int elt, const unsigned char* isFar)
 {
-    ElementFront front;
-    for (const int node : nodesOfElt(mesh, elt))
+    const auto nodes = nodesOfElt(mesh, elt);
+    int nbFar = 0;
+    for (const int node : nodes)
     {
-        ++(isFar[node] == 1 ? front.nbFar : front.nbFilled);
+        nbFar += static_cast<int>(isFar[node] == 1);
     }
-    return front;
+    return {.nbFilled = static_cast<int>(nodes.size()) - nbFar, .nbFar = nbFar};
 }
 
 /// The number of selected target elements with far nodes; where `openElts` is not null they are written into it, in
 /// element order.
 int listOpenElements(const Target& target, const unsigned char* isFar, int* openElts);
 
-/// Gives far nodes the mean of `nbFilled` filled ones, in the precision of `Real`. forEachFilled(visit) and
-/// forEachFar(visit) name the nodes in the order of the element, one that it names twice twice; `value(node)` reads one
-/// component, `setValue(node, mean)` writes it.
-template <class Real, class ForEachFilled, class ForEachFar, class Value, class SetValue>
-void spreadMean(ForEachFilled forEachFilled, ForEachFar forEachFar, int nbFilled, Value value, SetValue setValue)
+/// Gives the nodes `far` the mean of the nodes `filled`, in the precision of `Real`. `value(node)` reads one component,
+/// `setValue(node, mean)` writes it.
+template <class Real, class Value, class SetValue>
+void spreadMean(std::span<const int> filled, std::span<const int> far, Value value, SetValue setValue)
 {
     Real sum{0};
-    forEachFilled([&](int node) { sum += value(node); });
-    const Real mean = sum / static_cast<Real>(nbFilled);
-    forEachFar([&](int node) { setValue(node, mean); });
+    for (const int node : filled)
+    {
+        sum += value(node);
+    }
+    const Real mean = sum / static_cast<Real>(filled.size());
+    for (const int node : far)
+    {
+        setValue(node, mean);
+    }
 }
 
 /// Sweeps over the open elements, in element order, until no far node is left or none was filled any more: an element
