@@ -83,9 +83,13 @@ std::vector<float> coordinatesFrom(const Origin& origin, std::span<const float> 
     return moved;
 }
 
-PositionsInMesh::PositionsInMesh(const Mesh& mesh) : coordinates_(mesh.coordinates())
+PositionsInMesh::PositionsInMesh(const Mesh& mesh)
+    : PositionsInMesh(mesh, commonOrigin(mesh, {}, engineTuning({}).refCoordTolerance))
 {
-    const Origin origin = commonOrigin(mesh, {}, engineTuning({}).refCoordTolerance);
+}
+
+PositionsInMesh::PositionsInMesh(const Mesh& mesh, const Origin& origin) : coordinates_(mesh.coordinates())
+{
     if (origin != noOrigin)
     {
         moved_ = coordinatesFrom(origin, mesh.coordinates(), mesh.exactCoordinates());

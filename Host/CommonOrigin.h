@@ -30,6 +30,7 @@ class PositionsInMesh
 public:
     /// The mesh is borrowed.
     explicit PositionsInMesh(const Mesh& mesh);
+    PositionsInMesh(const Mesh& mesh, const Origin& origin);
 
     std::span<const float, 3> operator[](int node) const
     {

@@ -139,17 +139,18 @@ void checkSourceKinds(const Mesh& source)
     checkVolumeElements(source, "source", "only volume elements can be a source");
 }
 
-std::optional<int> findFlatElement(const Mesh& mesh)
+std::vector<int> findFlatElements(const Mesh& mesh)
 {
+    std::vector<int> flat;
     const PositionsInMesh positions(mesh);
     for (int element = 0; element < mesh.elementCount(); ++element)
     {
         if (mesh.kindOf(element).isVolume && jacobianDeterminantAtStart(mesh, positions, element) == 0.0F)
         {
-            return element;
+            flat.push_back(element);
         }
     }
-    return std::nullopt;
+    return flat;
 }
 
 std::vector<int> findInvertedElements(const Mesh& mesh)
@@ -170,9 +171,9 @@ std::vector<int> findInvertedElements(const Mesh& mesh)
 void checkSourceElements(const Mesh& source)
 {
     checkSourceKinds(source);
-    if (const std::optional<int> element = findFlatElement(source))
+    if (const std::vector<int> flat = findFlatElements(source); !flat.empty())
     {
-        throw InvalidData(text("source element ", *element, ", a ", source.kindOf(*element).name,
+        throw InvalidData(text("source element ", flat.front(), ", a ", source.kindOf(flat.front()).name,
                                ", has no volume in single precision: its Jacobian is singular"));
     }
 }

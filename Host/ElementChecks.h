@@ -4,7 +4,6 @@
 
 #include "Mesh.h"
 
-#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -20,9 +19,9 @@ void checkVolumeElements(const Mesh& mesh, std::string_view side, std::string_vi
 /// The same for all elements of a source.
 void checkSourceKinds(const Mesh& source);
 
-/// The first volume element whose Jacobian is singular at the point where the library begins its search for reference
-/// coordinates: it has no volume there in single precision.
-std::optional<int> findFlatElement(const Mesh& mesh);
+/// The volume elements whose Jacobian is singular at the point where the library begins its search for reference
+/// coordinates: they have no volume there in single precision.
+std::vector<int> findFlatElements(const Mesh& mesh);
 
 /// The volume elements whose Jacobian is negative there or at any corner: their nodes are in the order of a mirrored
 /// element, or the element is folded.

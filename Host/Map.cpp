@@ -58,6 +58,7 @@ MapSettings engineSettings(const MapOptions& options)
             .fromGaussPoints = options.fromGaussPoints,
             .nearLimit = options.rules.nearLimit,
             .tuning = engineTuning(options.tuning),
+            .looksForOverlap = options.looksForOverlap,
             .takesChecksums = options.takesChecksums};
 }
 
@@ -83,6 +84,10 @@ TransferStatistics statisticsOf(const TransferMap& map, bool hasOutsideCounts)
     }
     statistics.unconvergedPointCount = countOf(figures.nbUnconvergedPoints);
     statistics.singularElementCount = countOf(figures.nbSingularElts);
+    statistics.overlap = {.triedCount = countOf(figures.overlap.nbTried),
+                          .foundCount = countOf(figures.overlap.nbFound),
+                          .element = figures.overlap.elt,
+                          .otherElement = figures.overlap.otherElt};
     statistics.origin = figures.origin;
     return statistics;
 }

@@ -45,6 +45,8 @@ struct MapOptions
     bool toNodes = true;          ///< nodes of the target, or points, receive values
     bool toGaussPoints = false;   ///< Gauss points of the target mesh do
     bool fromGaussPoints = false; ///< fields at Gauss points of the source may be applied
+    /// Tries at up to 10 000 target locations whether the source overlaps itself there; the statistics tell.
+    bool looksForOverlap = false;
     /// Of both meshes, for isFrom() and isTo(); they take a few percent of the time.
     bool takesChecksums = true;
     Rules rules{};

@@ -1,6 +1,8 @@
 #include "MatchDiagnosis.h"
 
+#include "CommonOrigin.h"
 #include "EngineModel.h"
+#include "EngineTuning.h"
 
 #include <algorithm>
 #include <cmath>
@@ -30,14 +32,14 @@ bool isWithin(std::span<const float, 3> a, std::span<const float, 3> b, float to
 
 /// The mean extent of the source elements' boxes, each enlarged by a hundredth of its largest extent: one running sum
 /// in single precision, as the library computes it.
-float meanBoxSize(const Mesh& source)
+float meanBoxSize(const Mesh& source, const PositionsInMesh& positions)
 {
     constexpr float margin = 0.01F;
     float sum = 0;
     for (int element = 0; element < source.elementCount(); ++element)
     {
         Box box;
-        std::ranges::for_each(source.nodesOf(element), [&](int node) { box.add(source.nodePosition(node)); });
+        std::ranges::for_each(source.nodesOf(element), [&](int node) { box.add(positions[node]); });
         const float width = margin * box.size();
         for (std::size_t axis = 0; axis < 3; ++axis)
         {
@@ -150,39 +152,69 @@ void enter(Unmatched& unmatched, int item, const HasPartner& hasPartner, const H
     (isElsewhere ? unmatched.elsewhereOnly : unmatched.nowhere).push_back(item);
 }
 
-bool areNodesAtSamePlaces(const Mesh& source, int sourceElement, const Mesh& target, int targetElement, float tolerance)
+/// Two meshes with their positions as they are matched: counted from a common origin where there is one.
+struct PlacedPair
+{
+    PlacedPair(const Mesh& sourceMesh, const Mesh& targetMesh)
+        : source(sourceMesh), target(targetMesh),
+          origin(commonOrigin(source, target.coordinates(), engineTuning({}).refCoordTolerance)),
+          sourcePositions(source, origin), targetPositions(target, origin)
+    {
+    }
+
+    const Mesh& source;
+    const Mesh& target;
+    Origin origin;
+    PositionsInMesh sourcePositions;
+    PositionsInMesh targetPositions;
+};
+
+Position centreOf(const Mesh& mesh, const PositionsInMesh& positions, int element)
+{
+    Position centre{};
+    for (const int node : mesh.nodesOf(element))
+    {
+        std::ranges::transform(centre, positions[node], centre.begin(), std::plus());
+    }
+    const auto weight = static_cast<float>(1.0 / mesh.kindOf(element).nodeCount);
+    std::ranges::for_each(centre, [&](float& coordinate) { coordinate *= weight; });
+    return centre;
+}
+
+bool areNodesAtSamePlaces(const PlacedPair& pair, int sourceElement, int targetElement, float tolerance)
 {
     const auto hasPartner = [&](int targetNode)
     {
         return std::ranges::any_of(
-            source.nodesOf(sourceElement), [&](int sourceNode)
-            { return isWithin(target.nodePosition(targetNode), source.nodePosition(sourceNode), tolerance); });
+            pair.source.nodesOf(sourceElement), [&](int sourceNode)
+            { return isWithin(pair.targetPositions[targetNode], pair.sourcePositions[sourceNode], tolerance); });
     };
-    return std::ranges::all_of(target.nodesOf(targetElement), hasPartner);
+    return std::ranges::all_of(pair.target.nodesOf(targetElement), hasPartner);
 }
 
 /// Whether the Gauss points of two elements of about the same centre are at the same places. The centre of a quadratic
 /// tetrahedron is a Gauss point too.
-bool areAlike(const Mesh& source, int sourceElement, const Mesh& target, int targetElement, float tolerance)
+bool areAlike(const PlacedPair& pair, int sourceElement, int targetElement, float tolerance)
 {
-    const ElementKind sourceKind = source.kindOf(sourceElement).kind;
-    const ElementKind targetKind = target.kindOf(targetElement).kind;
+    const ElementKind sourceKind = pair.source.kindOf(sourceElement).kind;
+    const ElementKind targetKind = pair.target.kindOf(targetElement).kind;
     if (targetKind == ElementKind::tetrahedron)
     {
         return sourceKind == ElementKind::tetrahedron || sourceKind == ElementKind::quadraticTetrahedron;
     }
-    return sourceKind == targetKind && areNodesAtSamePlaces(source, sourceElement, target, targetElement, tolerance);
+    return sourceKind == targetKind && areNodesAtSamePlaces(pair, sourceElement, targetElement, tolerance);
 }
 
 } // namespace
 
 Unmatched findUnmatchedNodes(const Mesh& source, const Mesh& target, const std::vector<bool>& selection)
 {
-    const float meanSize = meanBoxSize(source);
+    const PlacedPair pair(source, target);
+    const float meanSize = meanBoxSize(source, pair.sourcePositions);
     PlaceFinder sourceNodes(meanSize);
     for (int node = 0; node < source.nodeCount(); ++node)
     {
-        sourceNodes.add(source.nodePosition(node), node);
+        sourceNodes.add(pair.sourcePositions[node], node);
     }
     const NodeStates sourceStates(source, mappingFlags({}, source.materials().size()));
     const NodeStates targetStates(target, mappingFlags(selection, target.materials().size()));
@@ -196,7 +228,7 @@ Unmatched findUnmatchedNodes(const Mesh& source, const Mesh& target, const std::
             enter(
                 unmatched, node,
                 [&](const auto& accept)
-                { return sourceNodes.finds(target.nodePosition(node), unmatched.tolerance, accept); },
+                { return sourceNodes.finds(pair.targetPositions[node], unmatched.tolerance, accept); },
                 [&](int sourceNode)
                 { return sourceStates.states[static_cast<std::size_t>(sourceNode)] == targetStates.states[index]; });
         }
@@ -207,11 +239,12 @@ Unmatched findUnmatchedNodes(const Mesh& source, const Mesh& target, const std::
 Unmatched findUnmatchedElements(const Mesh& source, const Mesh& target, const std::vector<bool>& selection)
 {
     const std::vector<int> flags = mappingFlags(selection, target.materials().size());
-    const float meanSize = meanBoxSize(source);
+    const PlacedPair pair(source, target);
+    const float meanSize = meanBoxSize(source, pair.sourcePositions);
     PlaceFinder sourceCentres(meanSize);
     for (int element = 0; element < source.elementCount(); ++element)
     {
-        sourceCentres.add(centreOf(source, element), element);
+        sourceCentres.add(centreOf(source, pair.sourcePositions, element), element);
     }
 
     Unmatched unmatched{.tolerance = meanSize * 0.001F};
@@ -221,10 +254,10 @@ Unmatched findUnmatchedElements(const Mesh& source, const Mesh& target, const st
         {
             const auto hasPartner = [&](const auto& accept)
             {
-                return sourceCentres.finds(centreOf(target, element), unmatched.tolerance,
+                return sourceCentres.finds(centreOf(target, pair.targetPositions, element), unmatched.tolerance,
                                            [&](int sourceElement) {
-                                               return accept(sourceElement) && areAlike(source, sourceElement, target,
-                                                                                        element, unmatched.tolerance);
+                                               return accept(sourceElement) &&
+                                                      areAlike(pair, sourceElement, element, unmatched.tolerance);
                                            });
             };
             enter(unmatched, element, hasPartner,
@@ -236,15 +269,7 @@ Unmatched findUnmatchedElements(const Mesh& source, const Mesh& target, const st
 
 std::array<float, 3> centreOf(const Mesh& mesh, int element)
 {
-    Position centre{};
-    for (const int node : mesh.nodesOf(element))
-    {
-        const std::span<const float, 3> position = mesh.nodePosition(node);
-        std::ranges::transform(centre, position, centre.begin(), std::plus());
-    }
-    const auto weight = static_cast<float>(1.0 / mesh.kindOf(element).nodeCount);
-    std::ranges::for_each(centre, [&](float& coordinate) { coordinate *= weight; });
-    return centre;
+    return centreOf(mesh, PositionsInMesh(mesh, noOrigin), element);
 }
 
 } // namespace veltrane

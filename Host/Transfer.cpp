@@ -111,6 +111,7 @@ MapOptions mapOptions(std::span<const Field> sourceFields, const TransferOptions
             .toGaussPoints = isUsed(Location::gaussPoints),
             .fromGaussPoints = std::ranges::any_of(sourceFields, [](const Field& field)
                                                    { return field.location() == Location::gaussPoints; }),
+            .looksForOverlap = options.looksForOverlap,
             .takesChecksums = false,
             .rules = options.rules,
             .tuning = options.tuning,
@@ -132,7 +133,8 @@ TransferResult transferWith(const Map& map, std::span<const Field> sourceFields,
                           .gaussPointDistances = {},
                           .outcome = isWarned ? Outcome::propagationWarning : Outcome::done,
                           .message = isWarned ? unreachedText : meshDoneText,
-                          .statistics = map.statistics()};
+                          .statistics = map.statistics(),
+                          .singularElements = map.singularElements()};
     if (options.tellsOrigins)
     {
         tellOrigins(map, result);

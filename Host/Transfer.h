@@ -33,6 +33,7 @@ struct TransferOptions
     /// Whether the result tells where the values of each node or point come from, and how it and the Gauss points were
     /// found.
     bool tellsOrigins = false;
+    bool looksForOverlap = false; ///< see MapOptions
     Rules rules{};
     Tuning tuning{};
     int threads = 1; ///< 0: as many as usableThreadCount() tells
@@ -69,6 +70,8 @@ struct TransferResult
     Outcome outcome;
     std::string message; ///< of the outcome, in one line
     TransferStatistics statistics;
+    /// Source elements that were left out for some location, on the way to which their Jacobian becomes singular.
+    std::vector<int> singularElements;
 };
 
 /// Transfers the fields of the source to the target.

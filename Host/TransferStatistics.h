@@ -18,6 +18,16 @@ struct OutsideCounts
     int all() const { return near + far; }
 };
 
+/// Where the source overlaps itself: of so many target locations well inside an element so many are well inside
+/// another one of the same material, too, the first of them in these two.
+struct OverlapCounts
+{
+    int triedCount = 0;
+    int foundCount = 0;
+    int element = -1;
+    int otherElement = -1;
+};
+
 struct TransferStatistics
 {
     long long bucketCount;
@@ -31,6 +41,7 @@ struct TransferStatistics
     /// Points in no element that lie in the box of one in which the iteration did not converge.
     int unconvergedPointCount = 0;
     int singularElementCount = 0;   ///< source elements that were left out for some point
+    OverlapCounts overlap{};        ///< nothing tried unless asked for
     std::array<double, 3> origin{}; ///< what was taken off all coordinates before they became single precision
 };
 

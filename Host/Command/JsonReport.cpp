@@ -154,6 +154,7 @@ Json describeSearch(const TransferStatistics& statistics)
             {"meanIterations", statistics.meanIterations},
             {"unconvergedPoints", statistics.unconvergedPointCount},
             {"singularElements", statistics.singularElementCount},
+            {"overlap", {{"tried", statistics.overlap.triedCount}, {"found", statistics.overlap.foundCount}}},
             {"origin", statistics.origin}};
 }
 

@@ -392,10 +392,12 @@ void useCommonMaterials(MeshFile& source, MeshFile& target)
 void checkSourceCells(const MeshFile& source)
 {
     const Mesh& mesh = source.mesh();
-    if (const std::optional<int> flat = findFlatElement(mesh))
+    if (const std::vector<int> flat = findFlatElements(mesh); !flat.empty())
     {
-        throw BadFile(text("'", source.path().string(), "': cell ", source.cellOf(*flat), ", a ",
-                           mesh.kindOf(*flat).name, ", has no volume in single precision: its Jacobian is singular"));
+        warn(text("'", source.path().string(), "' has ",
+                  oneOrMore(static_cast<long long>(flat.size()), "cell", "cells"),
+                  " without volume in single precision, in which nothing is found: ", cellList(source, flat)),
+             "flat cells");
     }
     const std::vector<int> inverted = findInvertedElements(mesh);
     if (!inverted.empty())
@@ -406,6 +408,19 @@ void checkSourceCells(const MeshFile& source)
                   mesh.kindOf(inverted.front()).name),
              "cells inside out");
     }
+}
+
+std::string cellList(const MeshFile& file, const std::vector<int>& elements)
+{
+    constexpr std::size_t mostNamed = 3;
+    const std::size_t named = std::min(elements.size(), mostNamed);
+    std::string list = elements.size() == 1 ? "cell " : "cells ";
+    for (std::size_t i = 0; i < named; ++i)
+    {
+        const bool isLast = i + 1 == elements.size();
+        list += text(i == 0 ? "" : isLast ? " and " : ", ", file.cellOf(elements[i]));
+    }
+    return elements.size() > named ? text(list, " and ", elements.size() - named, " more") : list;
 }
 
 std::string unitHint(const Box& source, const Box& target)

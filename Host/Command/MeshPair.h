@@ -149,8 +149,11 @@ std::optional<std::string> matchMaterials(const MaterialArguments& arguments, Me
 /// programs give out as they come.
 void useCommonMaterials(MeshFile& source, MeshFile& target);
 
-/// Throws BadFile, naming the first cell, if a cell of the source has no volume; warns of cells that are inside out.
+/// Warns of cells of the source that have no volume, in which nothing can be found, and of those that are inside out.
 void checkSourceCells(const MeshFile& source);
+
+/// The first three of such elements by their cells' numbers in the file: "cells 3, 8, 11 and 4 more".
+std::string cellList(const MeshFile& file, const std::vector<int>& elements);
 
 /// Asks for the units of length if one of the boxes is very much larger than the other, or by an inch in millimetres;
 /// otherwise nothing.

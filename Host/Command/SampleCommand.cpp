@@ -148,6 +148,7 @@ ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files, MapCache& ma
                            options.mode);
 
     arguments_.limitNearPoints(options, source.mesh());
+    options.looksForOverlap = true;
     options.threads = files.threads;
     options.progress = progress.callback("sampling");
     const auto sample = [&](const TransferOptions& withOptions)
@@ -164,7 +165,7 @@ ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files, MapCache& ma
                                                       : "--outside default gives such points the default value, --near "
                                                         "those just outside the values of a near cell",
                            sourceBox, pointBox);
-    warnOfFindings(source.mesh(), result, sourceBox, pointBox, "points");
+    warnOfFindings(source, result, sourceBox, pointBox, "points");
     progress.beginStage("writing output");
     const IntegerArray mask = validPointMask(result.findings, options.mode);
     completeForOutput(result, options, arguments_.writesDistances);

@@ -141,6 +141,7 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
     reportMissingMaterials(matchMaterials(files.materials, source, target, options.targetMapping), options.mode);
 
     arguments_.limitNearPoints(options, source.mesh());
+    options.looksForOverlap = true;
     options.threads = files.threads;
     options.progress = progress.callback("interpolating");
     const auto transfer = [&](const TransferOptions& withOptions)
@@ -155,7 +156,7 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
         [&] { return fields.empty() ? TransferResult{} : transfer(options); }, describeOutside,
         "--outside default gives such nodes the default value, --outside propagate the values of neighbouring nodes",
         sourceBox, targetBox);
-    warnOfFindings(source.mesh(), result, sourceBox, targetBox, "nodes");
+    warnOfFindings(source, result, sourceBox, targetBox, "nodes");
     options.progress = progress.callback("spreading loads");
     const std::vector<DistributedLoads> distributed =
         distributeAll(loads, source.mesh(), target.mesh(), options, arguments_.nearLimit);

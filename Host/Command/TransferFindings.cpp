@@ -40,21 +40,29 @@ Field withFarValue(const Field& field, const std::vector<Finding>& findings, flo
 
 } // namespace
 
-void warnOfFindings(const Mesh& source, const TransferResult& result, const Box& sourceBox, const Box& targetBox,
+void warnOfFindings(const MeshFile& source, const TransferResult& result, const Box& sourceBox, const Box& targetBox,
                     const std::string& points)
 {
     if (const std::string hint = unitHint(sourceBox, targetBox); !hint.empty())
     {
         warn(hint.substr(2), "units");
     }
-    warnOfNearPoints(source, result.findings, result.distances, points);
-    warnOfNearPoints(source, result.gaussPointFindings, result.gaussPointDistances, "Gauss points");
-    const long long singularCount = result.statistics.singularElementCount;
-    if (singularCount > 0)
+    warnOfNearPoints(source.mesh(), result.findings, result.distances, points);
+    warnOfNearPoints(source.mesh(), result.gaussPointFindings, result.gaussPointDistances, "Gauss points");
+    if (const auto count = static_cast<long long>(result.singularElements.size()); count > 0)
     {
-        warn(text(oneOrMore(singularCount, "cell of the source was", "cells of the source were"), " left out for some ",
-                  points, ", on the way to which the Jacobian becomes singular"),
+        warn(text(oneOrMore(count, "cell of the source was", "cells of the source were"), " left out for some ", points,
+                  ", on the way to which the Jacobian becomes singular: ", cellList(source, result.singularElements)),
              "singular cells");
+    }
+    const OverlapCounts& overlap = result.statistics.overlap;
+    if (overlap.foundCount > 0)
+    {
+        warn(text("the source overlaps itself: of ", overlap.triedCount, " ", points, " tried ",
+                  oneOrMore(overlap.foundCount, "lies", "lie"),
+                  " in two cells of the same material, the first in cells ", source.cellOf(overlap.element), " and ",
+                  source.cellOf(overlap.otherElement), "; each takes the values of one of them"),
+             "overlap");
     }
 }
 

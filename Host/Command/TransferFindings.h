@@ -11,10 +11,10 @@
 namespace veltrane
 {
 
-/// Warnings about what has been found: units of length, near points, source cells left out.
+/// Warnings about what has been found: units of length, near points, source cells left out or inside each other.
 ///
 /// \param points  what receives the values: "nodes"
-void warnOfFindings(const Mesh& source, const TransferResult& result, const Box& sourceBox, const Box& targetBox,
+void warnOfFindings(const MeshFile& source, const TransferResult& result, const Box& sourceBox, const Box& targetBox,
                     const std::string& points);
 
 /// What the output's masks say of a point.

@@ -117,6 +117,10 @@ public:
         {
             failure = locateSection(itsTable.nbNodes, itsGaussPieces);
         }
+        if (!failure && itsSettings.looksForOverlap)
+        {
+            lookForOverlap();
+        }
         return failure ? failure : finish();
     }
 
@@ -155,6 +159,7 @@ private:
     MapFailure failureOfEvent(std::int64_t firstRow, const PieceList& list, const NearestElement& nearest) const;
     void leaveAt(std::int64_t index, const PieceList& list, const NearestElement& nearest) const;
     MapFailure planPropagation();
+    void lookForOverlap();
     MapFailure finish();
     bool allocateWeights();
     void computeWeights(std::int64_t row);
@@ -642,6 +647,45 @@ MapFailure MapBuilder::planPropagation()
         }
     }
     return {};
+}
+
+/// Tries nodes or points at even distances in their order, or else Gauss points.
+void MapBuilder::lookForOverlap()
+{
+    constexpr std::int64_t mostPoints = 10000;
+    OverlapSearch search(itsSource, itsBoxes, itsSpace, itsSettings.tuning.refCoordTolerance);
+    const auto lookAtAll = [&](auto cursor, std::int64_t firstRow)
+    {
+        TargetPoint point;
+        while (cursor.next(point))
+        {
+            const std::int64_t row = firstRow + point.index;
+            if (itsTable.finding(row) == Finding::inside)
+            {
+                search.look(point, itsTable.elements[row], itsTable.referenceCoords[row]);
+            }
+        }
+    };
+    const auto stepFor = [](std::int64_t nbPoints) { return 1 + (nbPoints - 1) / mostPoints; };
+    const std::int64_t nodeStep = stepFor(itsTable.nbNodes);
+    for (std::int64_t node = 0; node < itsTable.nbNodes; node += nodeStep)
+    {
+        lookAtAll(NodeCursor(itsTarget, node, node + 1), 0);
+    }
+    if (itsTable.nbNodes == 0)
+    {
+        const std::int64_t step = stepFor(itsTable.nbGaussPoints);
+        std::int64_t firstGaussPoint = 0;
+        for (int elt = 0; elt < itsTarget.model.itsNbElts; ++elt)
+        {
+            if (elt % step == 0)
+            {
+                lookAtAll(GaussPointCursor(itsTarget, elt, elt + 1, firstGaussPoint), 0);
+            }
+            firstGaussPoint += itsTarget.model.nbGaussPointsOfElt(elt);
+        }
+    }
+    itsMap.itsStatistics.overlap = search.figures();
 }
 
 /// The weights, the figures, and what the map keeps of the source.

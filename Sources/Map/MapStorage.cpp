@@ -12,7 +12,7 @@
 namespace
 {
 constexpr std::uint64_t mark = 0x50414D5F52544C56; // "VLTR_MAP"
-constexpr std::uint64_t version = 1;
+constexpr std::uint64_t version = 2;
 constexpr std::uint64_t byteOrder = 0x0102030405060708;
 
 std::int64_t padded(std::int64_t size)
@@ -186,6 +186,10 @@ private:
         archive.value(figures.nbFarGaussPoints);
         archive.value(figures.nbUnconvergedPoints);
         archive.value(figures.nbSingularElts);
+        archive.value(figures.overlap.nbTried);
+        archive.value(figures.overlap.nbFound);
+        archive.value(figures.overlap.elt);
+        archive.value(figures.overlap.otherElt);
         archive.value(figures.origin);
     }
 

@@ -12,6 +12,7 @@
 #include "EngineRules.h"
 #include "MapFailure.h"
 #include "MapTable.h"
+#include "Overlap.h"
 #include "SparseRows.h"
 #include "Workers.h"
 
@@ -37,6 +38,7 @@ struct MapSettings
     bool fromGaussPoints = false;                             ///< source values may be at Gauss points
     float nearLimit = std::numeric_limits<float>::infinity(); ///< points that are farther than this are far
     SearchTuning tuning;
+    bool looksForOverlap = false;   ///< of the source with itself
     bool takesChecksums = true;     ///< of the models, for whoever stores the map
     std::array<double, 3> origin{}; ///< what was taken off the models' coordinates before they became singles
     /// Located points get reference coordinates and weights in double precision, and values are summed up in it.
@@ -63,6 +65,7 @@ struct MapStatistics
     std::int64_t nbUnconvergedPoints = 0;
     /// Source elements that were left out for some point because their Jacobian was singular on the way to it.
     std::int64_t nbSingularElts = 0;
+    OverlapFigures overlap;         ///< nothing tried unless the settings ask for it
     std::array<double, 3> origin{}; ///< that of the settings
 };
 

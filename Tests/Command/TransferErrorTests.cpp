@@ -280,18 +280,6 @@ TEST_F(TransferError, MaterialsMustBeNumberedByWholeNumbers)
                        "whole number");
 }
 
-TEST_F(TransferError, SourceCellsMustHaveAVolume)
-{
-    GridBuilder builder;
-    builder.addCell(VTK_LINE, {{0, 0, 0}, {1, 0, 0}});
-    builder.addCell(VTK_TETRA, {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
-    builder.addCell(VTK_TETRA, {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}});
-    addDoubles(*builder.grid(), "T", linear);
-    writeSource(*builder.grid());
-    expectTransfer(65, "'source.vtu': cell 2, a tetrahedron, has no volume in single precision: its Jacobian is "
-                       "singular");
-}
-
 TEST_F(TransferError, SourceCellsInsideOutAreNamed)
 {
     GridBuilder builder;
