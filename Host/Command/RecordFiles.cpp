@@ -1,13 +1,46 @@
 #include "RecordFiles.h"
 
+#include "EarlierParts.h"
 #include "HtmlReport.h"
 #include "JsonReport.h"
 #include "RecordPicture.h"
+#include "SeriesReport.h"
 #include "Text.h"
 #include "TransferArguments.h"
 
+#include <array>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+
 namespace veltrane
 {
+namespace
+{
+
+/// Beside the output of a step.
+std::filesystem::path stepFile(const std::filesystem::path& output, const std::string& ending)
+{
+    return std::filesystem::path(output).concat(ending);
+}
+
+void copyFile(const std::filesystem::path& from, const std::filesystem::path& to)
+{
+    std::error_code failure;
+    std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing, failure);
+    if (failure)
+    {
+        throw CannotWrite(failure.message());
+    }
+}
+
+std::string contentOf(const std::filesystem::path& path)
+{
+    std::ifstream stream(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(stream), {});
+}
+
+} // namespace
 
 void RecordFileOptions::addTo(CLI::App& command, const std::string& subject)
 {
@@ -18,11 +51,51 @@ void RecordFileOptions::addTo(CLI::App& command, const std::string& subject)
     log.addTo(command);
 }
 
-void RecordFileOptions::checkNoneGiven() const
+void RecordFileOptions::checkForSeries(const MeshPairArguments& files) const
 {
-    if (!(report.path.empty() && picture.path.empty() && log.path.empty()))
+    if (!log.path.empty())
     {
-        throw InvalidOption("--report, --picture and --log are of single steps, not of a collection");
+        throw InvalidOption("--log is of single steps, not of a collection");
+    }
+    openCompanion(report, files);
+    openCompanion(picture, files);
+    checkDistinct({&report, &picture});
+}
+
+RecordFileOptions RecordFileOptions::ofStep(const std::filesystem::path& output) const
+{
+    RecordFileOptions ofStep(*this);
+    ofStep.isForPage = isPage();
+    ofStep.report.path = report.path.empty() ? "" : stepFile(output, ".json").string();
+    ofStep.picture.path = picture.path.empty() ? "" : stepFile(output, ".png").string();
+    return ofStep;
+}
+
+void RecordFileOptions::finishSeries(const std::vector<FinishedStep>& steps, const MeshPairArguments& files) const
+{
+    const std::array<std::filesystem::path, 2> inputs{files.source, files.target};
+    std::vector<StepReport> reports;
+    for (std::size_t i = 0; i < steps.size(); ++i)
+    {
+        if (!picture.path.empty())
+        {
+            const std::filesystem::path ofStep = stepFile(steps[i].part, ".png");
+            const std::filesystem::path name(picture.path);
+            OutputFile(name.parent_path() / partName(name, i, ".png"), inputs)
+                .write([&](const std::filesystem::path& path) { copyFile(ofStep, path); });
+            std::filesystem::remove(ofStep);
+        }
+        if (!report.path.empty())
+        {
+            const std::filesystem::path written = stepFile(steps[i].part, ".json");
+            reports.push_back({steps[i].listed.file.generic_string(), steps[i].listed.time, contentOf(written)});
+            std::filesystem::remove(written);
+        }
+    }
+    if (!report.path.empty())
+    {
+        OutputFile(report.path, inputs)
+            .write([&](const std::filesystem::path& path) { writeSeriesReport(reports, report.path, path); });
     }
 }
 
@@ -65,7 +138,7 @@ void RecordFiles::prepare(const TransferRecord& record, ProgressBar& progress,
             { drawRecord(DrawingFormat::pixels, record, *options_.drawn.choose(record.sourceFields)).write(path); },
             outputs);
     }
-    if (report_ && options_.isPageWanted())
+    if (report_ && options_.isPage())
     {
         progress.beginStage("writing report");
     }
@@ -77,7 +150,7 @@ void RecordFiles::prepare(const TransferRecord& record, ProgressBar& progress,
         report_,
         [&](const std::filesystem::path& path)
         {
-            if (options_.isPageWanted())
+            if (options_.isPage())
             {
                 writeHtmlReport(record, options_.drawn, path);
             }

@@ -6,6 +6,7 @@
 #include "MeshPair.h"
 #include "PictureArguments.h"
 #include "ProgressBar.h"
+#include "Series.h"
 #include "TransferRecord.h"
 
 #include <CLI/CLI.hpp>
@@ -36,11 +37,20 @@ struct RecordFileOptions
     /// Throws InvalidOption if what is said of the picture is nothing that can be drawn, or there is none.
     void check() const;
 
-    /// Throws InvalidOption if one of them is given: a collection has none of these files.
-    void checkNoneGiven() const;
+    /// Throws InvalidOption or CannotWrite, before any work is done, if a collection cannot have such files.
+    void checkForSeries(const MeshPairArguments& files) const;
 
-    /// Whether the report is a page, which shows what a validation finds.
-    bool isPageWanted() const { return std::filesystem::path(report.path).extension() == ".html"; }
+    /// Those of one step of a series, whose files lie beside its output until finishSeries() takes them.
+    RecordFileOptions ofStep(const std::filesystem::path& output) const;
+
+    /// Gives the steps' pictures their numbered names, and writes the report of all. Throws CannotWrite.
+    void finishSeries(const std::vector<FinishedStep>& steps, const MeshPairArguments& files) const;
+
+    /// Whether the report is a page, which shows what a validation finds, or is for one.
+    bool isPageWanted() const { return isForPage || isPage(); }
+    bool isPage() const { return std::filesystem::path(report.path).extension() == ".html"; }
+
+    bool isForPage = false;
 };
 
 class RecordFiles

@@ -87,7 +87,7 @@ void SampleCommand::checkOutput(bool isCollection) const
 {
     if (isCollection)
     {
-        recordFiles_.checkNoneGiven();
+        recordFiles_.checkForSeries(files_);
     }
     else if (!isPointOutput(files_.outputFormat()))
     {
@@ -114,15 +114,20 @@ ExitStatus SampleCommand::run() const
         standardInput(); // before there are processes, of which each would read a part of it
     }
     checkOutput(isCollectionOutput(files_.outputFormat()));
-    return runSteps(series_, files_, partEnding(files_.target),
-                    [&](const MeshPairArguments& files, MapCache& maps) { return sampleOne(files, maps); });
+    const bool isSeries = isCollectionOutput(files_.outputFormat());
+    return runSteps(
+        series_, files_, partEnding(files_.target),
+        [&](const MeshPairArguments& files, MapCache& maps)
+        { return sampleOne(files, maps, isSeries ? recordFiles_.ofStep(files.output) : recordFiles_); },
+        [&](const std::vector<FinishedStep>& steps) { recordFiles_.finishSeries(steps, files_); });
 }
 
-ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files, MapCache& maps) const
+ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files, MapCache& maps,
+                                    const RecordFileOptions& recordOptions) const
 {
     TransferOptions options = arguments_.options(!files.materials.states.empty());
     const OutputFile output = files.openOutput();
-    const RecordFiles recordFiles(recordFiles_, files);
+    const RecordFiles recordFiles(recordOptions, files);
     ProgressBar progress(!files.quiet);
     progress.beginStage("reading source");
     MeshFile source = files.readSource(arguments_.cellsAsNodes, placement_.placement());

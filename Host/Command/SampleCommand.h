@@ -32,7 +32,7 @@ public:
 
 private:
     void checkOutput(bool isCollection) const;
-    ExitStatus sampleOne(const MeshPairArguments& files, MapCache& maps) const;
+    ExitStatus sampleOne(const MeshPairArguments& files, MapCache& maps, const RecordFileOptions& recordOptions) const;
 
     CLI::App* command_;
     MeshPairArguments files_;

@@ -217,11 +217,13 @@ ExitStatus workOnSteps(const std::vector<Step>& steps, std::size_t first, std::s
 }
 
 ExitStatus runSeries(const std::vector<Step>& steps, int jobs, const std::filesystem::path& collection,
-                     const OutputFile& output, const std::string& partEnding, bool isQuiet, const StepWork& work)
+                     const OutputFile& output, const std::string& partEnding, bool isQuiet, const StepWork& work,
+                     const SeriesEnd& end)
 {
     checkParts(steps, collection, partEnding, output);
     const PartDirectory parts(collection);
     std::vector<Step> written;
+    std::vector<FinishedStep> finished;
     const WarningsOnce warnings;
     ChildProcesses workers;
     {
@@ -238,12 +240,12 @@ ExitStatus runSeries(const std::vector<Step>& steps, int jobs, const std::filesy
         // As many steps have begun as are finished, and one more per process.
         const auto showStep = [&]
         {
-            std::size_t finished = 0;
+            std::size_t done = 0;
             for (std::size_t i = 0; i < steps.size(); ++i)
             {
-                finished += std::filesystem::exists(partOf(i)) ? 1 : 0;
+                done += std::filesystem::exists(partOf(i)) ? 1 : 0;
             }
-            while (shown < std::min(finished + stride, steps.size()))
+            while (shown < std::min(done + stride, steps.size()))
             {
                 progress.beginStage(text("step ", ++shown, " of ", steps.size()));
             }
@@ -256,6 +258,7 @@ ExitStatus runSeries(const std::vector<Step>& steps, int jobs, const std::filesy
         for (std::size_t i = 0; i < steps.size(); ++i)
         {
             written.push_back({collection.stem() / partOf(i).filename(), std::nullopt, steps[i].time});
+            finished.push_back({partOf(i), written.back()});
         }
     }
     throwIfInterrupted();
@@ -269,6 +272,7 @@ ExitStatus runSeries(const std::vector<Step>& steps, int jobs, const std::filesy
     {
         return workers.outcome();
     }
+    end(finished);
     const std::vector<std::filesystem::path> earlier = findEarlierParts(collection);
     moveParts(parts.path(), partPlace(collection));
     output.write([&](const std::filesystem::path& path) { writeCollection(written, path); });
@@ -282,7 +286,7 @@ ExitStatus runSeries(const std::vector<Step>& steps, int jobs, const std::filesy
 }
 
 ExitStatus runSteps(const SeriesArguments& series, const MeshPairArguments& files, const std::string& partEnding,
-                    const std::function<ExitStatus(const MeshPairArguments&, MapCache&)>& work)
+                    const std::function<ExitStatus(const MeshPairArguments&, MapCache&)>& work, const SeriesEnd& end)
 {
     const bool isSeries = isCollectionOutput(formatOf(files.output));
     MapCache maps;
@@ -313,7 +317,7 @@ ExitStatus runSteps(const SeriesArguments& series, const MeshPairArguments& file
         ofStep.quiet = true;
         return runReportingFailures([&] { return work(ofStep, maps); }, CancellationReport::none);
     };
-    return runSeries(steps, series.jobs, files.output, files.openOutput(), partEnding, files.quiet, workOnStep);
+    return runSeries(steps, series.jobs, files.output, files.openOutput(), partEnding, files.quiet, workOnStep, end);
 }
 
 } // namespace veltrane

@@ -38,6 +38,16 @@ inline constexpr const char* seriesHelp =
 /// Does one step, writing the given file.
 using StepWork = std::function<ExitStatus(const Step& step, const std::filesystem::path& output)>;
 
+/// A step that is done: its output, complete and not yet in its place, and how the collection lists it.
+struct FinishedStep
+{
+    std::filesystem::path part;
+    Step listed;
+};
+
+/// What is to be done when all steps are, before their outputs get their places.
+using SeriesEnd = std::function<void(const std::vector<FinishedStep>& steps)>;
+
 /// Does the steps in as many processes as wanted and writes a collection of their outputs, which lie in a directory
 /// beside it of its name without the ending. If a step fails, nothing is left behind, and its status is returned; it
 /// has told the reason itself. Throws CannotWrite or Cancelled.
@@ -45,13 +55,14 @@ using StepWork = std::function<ExitStatus(const Step& step, const std::filesyste
 /// \param output      the collection as a file to be written
 /// \param partEnding  of the names of the steps' outputs: ".vtu"
 ExitStatus runSeries(const std::vector<Step>& steps, int jobs, const std::filesystem::path& collection,
-                     const OutputFile& output, const std::string& partEnding, bool isQuiet, const StepWork& work);
+                     const OutputFile& output, const std::string& partEnding, bool isQuiet, const StepWork& work,
+                     const SeriesEnd& end);
 
 /// Does the work on the files as they are given or, if the source has steps, on the one that is wanted or as
-/// runSeries() does; the steps of one process share a map as long as they share the meshes. Throws InvalidOption if the
-/// options do not fit, and what the work throws.
+/// runSeries() does, with this end; the steps of one process share a map as long as they share the meshes. Throws
+/// InvalidOption if the options do not fit, and what the work throws.
 ExitStatus runSteps(const SeriesArguments& series, const MeshPairArguments& files, const std::string& partEnding,
-                    const std::function<ExitStatus(const MeshPairArguments&, MapCache&)>& work);
+                    const std::function<ExitStatus(const MeshPairArguments&, MapCache&)>& work, const SeriesEnd& end);
 
 } // namespace veltrane
 

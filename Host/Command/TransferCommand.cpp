@@ -81,7 +81,7 @@ void TransferCommand::checkOptions(bool isCollection) const
     }
     if (isCollection)
     {
-        recordFiles_.checkNoneGiven();
+        recordFiles_.checkForSeries(files_);
     }
     files_.checkCompression();
 }
@@ -93,15 +93,20 @@ ExitStatus TransferCommand::run() const
     placement_.placement();
     quality_.rules();
     recordFiles_.check();
-    return runSteps(series_, files_, ".vtu",
-                    [&](const MeshPairArguments& files, MapCache& maps) { return transferOne(files, maps); });
+    const bool isSeries = isCollectionOutput(files_.outputFormat());
+    return runSteps(
+        series_, files_, ".vtu",
+        [&](const MeshPairArguments& files, MapCache& maps)
+        { return transferOne(files, maps, isSeries ? recordFiles_.ofStep(files.output) : recordFiles_); },
+        [&](const std::vector<FinishedStep>& steps) { recordFiles_.finishSeries(steps, files_); });
 }
 
-ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache& maps) const
+ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache& maps,
+                                        const RecordFileOptions& recordOptions) const
 {
     TransferOptions options = arguments_.options(!files.materials.states.empty());
     const OutputFile output = files.openOutput();
-    const RecordFiles recordFiles(recordFiles_, files);
+    const RecordFiles recordFiles(recordOptions, files);
     ProgressBar progress(!files.quiet);
     progress.beginStage("reading source");
     std::shared_ptr<VtuAhead> targetAhead = files.readTargetAhead();
@@ -160,7 +165,7 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
     options.progress = progress.callback("spreading loads");
     const std::vector<DistributedLoads> distributed =
         distributeAll(loads, source.mesh(), target.mesh(), options, arguments_.nearLimit);
-    const bool isPageValidated = recordFiles_.isPageWanted() && hasVolumeElements(target.mesh());
+    const bool isPageValidated = recordOptions.isPageWanted() && hasVolumeElements(target.mesh());
     std::optional<Validation> validation;
     if (!fields.empty() && (quality_.needsValidation() || isPageValidated))
     {

@@ -33,7 +33,8 @@ public:
 
 private:
     void checkOptions(bool isCollection) const;
-    ExitStatus transferOne(const MeshPairArguments& files, MapCache& maps) const;
+    ExitStatus transferOne(const MeshPairArguments& files, MapCache& maps,
+                           const RecordFileOptions& recordOptions) const;
 
     CLI::App* command_;
     MeshPairArguments files_;

@@ -260,8 +260,9 @@ TEST_F(SampledSeries, OptionsMustFit)
     expect(64, "the output of 3 steps must be a collection, named .pvd", "out.vtp", {"--steps", "all"});
     expect(64, "--steps: the source has 3 steps; there is no step 4", "out.pvd", {"--steps", "4"});
     expect(64, "--jobs has an effect only if the output is a collection, named .pvd", "out.csv", {"--jobs", "2"});
-    expect(64, "--report, --picture and --log are of single steps, not of a collection", "out.pvd",
-           {"--report", "report.json"});
+    expect(64, "--log is of single steps, not of a collection", "out.pvd", {"--log", "log.txt"});
+    expect(73, "there is no directory 'nowhere' for the output", "out.pvd", {"--report", "nowhere/report.html"});
+    expect(64, "the file 'p.jpg' of --picture is not named .png", "out.pvd", {"--picture", "p.jpg"});
     std::filesystem::remove(runner.file("step10.vtu"));
     expect(66, "there is no file 'step10.vtu'", "out.pvd", {});
 }
@@ -336,8 +337,7 @@ TEST_F(Series, OptionsMustFit)
     expectRefused(64, "--steps: the source has 3 steps; there is no step 4", "out.pvd", {"--steps", "2-9"});
     expectRefused(64, "--jobs has an effect only if the output is a collection, named .pvd", "out.vtu",
                   {"--jobs", "2"});
-    expectRefused(64, "--report, --picture and --log are of single steps, not of a collection", "out.pvd",
-                  {"--log", "log.txt"});
+    expectRefused(64, "--log is of single steps, not of a collection", "out.pvd", {"--log", "log.txt"});
     expectRefused(73, "the output 'source.pvd' is the input 'source.pvd' itself", "source.pvd");
     expectRefused(73, "there is no directory 'nowhere' for the output", "nowhere/out.pvd");
 }
