@@ -74,22 +74,27 @@ std::optional<ColourScale> scaleOf(std::vector<double> values)
     {
         return std::nullopt;
     }
-    std::ranges::sort(values);
+    const auto [smallest, largest] = std::ranges::minmax(values);
     constexpr double fewest = 0.005;    // of all
     constexpr double worthwhile = 0.15; // of the range
-    const auto skipped = static_cast<std::size_t>(fewest * static_cast<double>(values.size()));
-    double min = values[skipped];
-    double max = values[values.size() - 1 - skipped];
-    const double range = values.back() - values.front();
-    if (min - values.front() < worthwhile * range)
+    const auto skipped = static_cast<std::ptrdiff_t>(fewest * static_cast<double>(values.size()));
+    const auto inOrder = [&](std::ptrdiff_t place)
     {
-        min = values.front();
-    }
-    if (values.back() - max < worthwhile * range)
+        std::nth_element(values.begin(), values.begin() + place, values.end());
+        return values[static_cast<std::size_t>(place)];
+    };
+    double min = inOrder(skipped);
+    double max = inOrder(std::ssize(values) - 1 - skipped);
+    const double range = largest - smallest;
+    if (min - smallest < worthwhile * range)
     {
-        max = values.back();
+        min = smallest;
     }
-    return ColourScale(min, max, {values.front(), values.back()});
+    if (largest - max < worthwhile * range)
+    {
+        max = largest;
+    }
+    return ColourScale(min, max, {smallest, largest});
 }
 
 std::optional<ColourScale> united(const std::optional<ColourScale>& first, const std::optional<ColourScale>& second)

@@ -16,8 +16,8 @@
 #include <vtkUnstructuredGrid.h>
 
 #include <algorithm>
-#include <map>
 #include <unordered_map>
+#include <utility>
 
 namespace veltrane
 {
@@ -94,21 +94,26 @@ PlaneEdge edgeBetween(std::size_t a, std::size_t b)
     return {std::min(a, b), std::max(a, b)};
 }
 
-/// Counts how often an edge turns up.
-using EdgeCounts = std::map<PlaneEdge, int>;
+/// An edge of a triangle of an element's.
+using ElementEdge = std::pair<vtkIdType, PlaneEdge>;
 
-/// Those that turn up once: the others are within.
-std::vector<PlaneEdge> boundary(const EdgeCounts& counts)
+/// Those around the elements, each once: edges within an element are those of two of its triangles.
+std::vector<PlaneEdge> aroundElements(std::vector<ElementEdge> edges)
 {
-    std::vector<PlaneEdge> edges;
-    for (const auto& [edge, count] : counts)
+    std::ranges::sort(edges);
+    std::vector<PlaneEdge> around;
+    for (std::size_t i = 0; i < edges.size(); ++i)
     {
-        if (count == 1)
+        const bool isFirst = i == 0 || edges[i - 1] != edges[i];
+        const bool isLast = i + 1 == edges.size() || edges[i + 1] != edges[i];
+        if (isFirst && isLast)
         {
-            edges.push_back(edge);
+            around.push_back(edges[i].second);
         }
     }
-    return edges;
+    std::ranges::sort(around);
+    around.erase(std::unique(around.begin(), around.end()), around.end());
+    return around;
 }
 
 /// Sorts the cells of a cut into triangles and lines, and finds the edges that matter: a volume element is cut into
@@ -116,8 +121,7 @@ std::vector<PlaneEdge> boundary(const EdgeCounts& counts)
 void readCells(vtkPolyData& polygons, Cut& cut)
 {
     const auto& elements = *vtkIdTypeArray::SafeDownCast(polygons.GetCellData()->GetArray(elementName));
-    std::map<vtkIdType, EdgeCounts> edgesOfElements;
-    EdgeCounts allEdges;
+    std::vector<ElementEdge> edgesOfElements;
     for (vtkIdType cell = 0; cell < polygons.GetNumberOfCells(); ++cell)
     {
         vtkIdType count = 0;
@@ -133,24 +137,12 @@ void readCells(vtkPolyData& polygons, Cut& cut)
             continue;
         }
         cut.triangles.push_back({number(0), number(1), number(2)});
-        EdgeCounts& elementEdges = edgesOfElements[elements.GetValue(cell)];
         for (vtkIdType i = 0; i < 3; ++i)
         {
-            const PlaneEdge edge = edgeBetween(number(i), number((i + 1) % 3));
-            ++elementEdges[edge];
-            ++allEdges[edge];
+            edgesOfElements.emplace_back(elements.GetValue(cell), edgeBetween(number(i), number((i + 1) % 3)));
         }
     }
-    EdgeCounts once;
-    for (const auto& [element, counts] : edgesOfElements)
-    {
-        for (const PlaneEdge& edge : boundary(counts))
-        {
-            once[edge] = 1;
-        }
-    }
-    cut.elementEdges = boundary(once);
-    cut.outline = boundary(allEdges);
+    cut.elementEdges = aroundElements(std::move(edgesOfElements));
 }
 
 } // namespace

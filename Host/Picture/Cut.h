@@ -34,7 +34,6 @@ struct Cut
     std::vector<std::array<std::size_t, 3>> triangles; ///< of volume elements
     std::vector<PlaneEdge> lines;                      ///< of surface elements
     std::vector<PlaneEdge> elementEdges;               ///< between the volume elements and around them
-    std::vector<PlaneEdge> outline;                    ///< around all of them
 };
 
 /// The cut of a mesh with a value at each node. Only elements that the plane goes through are looked at closely.

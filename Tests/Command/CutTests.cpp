@@ -73,13 +73,27 @@ double lengthOf(const Cut& cut, const std::vector<PlaneEdge>& edges)
     return length;
 }
 
+double outlineOf(const Cut& cut)
+{
+    double length = 0;
+    for (const veltrane::Loop& loop : veltrane::CutRegions(cut).covered())
+    {
+        for (std::size_t i = 0; i < loop.size(); ++i)
+        {
+            const auto& next = loop[(i + 1) % loop.size()];
+            length += std::hypot(next[0] - loop[i][0], next[1] - loop[i][1]);
+        }
+    }
+    return length;
+}
+
 /// Through the unit cube in two by two by two cubes: a square of area 1 with a cross in it.
 TEST(Cut, HasAreaOutlineAndEdgesOfTheElementsItGoesThrough)
 {
     const SampledMesh cubes(*makeGrid(VTK_HEXAHEDRON, 2), linear);
     const Cut cut = cubes.cut({2, 0.3});
     EXPECT_NEAR(areaOf(cut), 1, 1e-6);
-    EXPECT_NEAR(lengthOf(cut, cut.outline), 4, 1e-6);
+    EXPECT_NEAR(outlineOf(cut), 4, 1e-6);
     EXPECT_NEAR(lengthOf(cut, cut.elementEdges), 6, 1e-6);
     EXPECT_EQ(cut.elementEdges.size(), 12U);
     ASSERT_EQ(cut.values.size(), cut.points.size());
@@ -115,7 +129,7 @@ TEST_P(CutOfKind, FillsTheCube)
     const SampledMesh grid(*makeGrid(GetParam(), 2), linear);
     const Cut cut = grid.cut({0, 0.3});
     EXPECT_NEAR(areaOf(cut), 1, 1e-6);
-    EXPECT_NEAR(lengthOf(cut, cut.outline), 4, 1e-6);
+    EXPECT_NEAR(outlineOf(cut), 4, 1e-6);
 }
 
 INSTANTIATE_TEST_SUITE_P(AllKinds, CutOfKind,
