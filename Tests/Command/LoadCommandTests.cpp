@@ -118,6 +118,17 @@ TEST_F(LoadsCommand, OutsideAreAnErrorOrLeftOutAndSummedUp)
                 HasSubstr("the loads 'flow' of 604 of 729 nodes are outside the target"));
 }
 
+TEST_F(LoadsCommand, JustOutsideAreTakenToTheTargetWithAWarning)
+{
+    writeGrid(*makeGrid(VTK_HEXAHEDRON, 4, 0, 0.9375), runner.file("target.vtu"));
+    const CommandResult result =
+        transfer({"--field", "T", "--loads", "flow", "--outside", "default", "--near-limit", "0.1"});
+    ASSERT_EQ(result.status, 0) << result.errors;
+    EXPECT_THAT(result.errors, HasSubstr(" of 729 loaded nodes are taken to the target from up to "));
+    EXPECT_GE(report()["loads"][0]["largestNearDistance"].get<double>(), 0.0624);
+    EXPECT_GT(report()["loads"][0]["nearNodes"].get<int>(), 100);
+}
+
 /// A quarter turn about z makes a force along x one along y.
 TEST_F(LoadsCommand, TurnWithTheSource)
 {

@@ -214,6 +214,28 @@ TEST_F(Quality, OfPointsHasNoWayBack)
     EXPECT_THAT(refused.errors, HasSubstr("points cannot be mapped back"));
 }
 
+TEST_F(Quality, OfTheBundledFlangeIsToldInTheFirstLine)
+{
+    const std::string meshes = VELTRANE_EXAMPLE_MESHES;
+    const auto firstLine = [&](const std::string& target, std::vector<std::string> options)
+    {
+        options.insert(options.begin(), {"transfer", meshes + "/flange_quadratic_tetrahedra_fine.vtu",
+                                         meshes + "/" + target, "-o", "out.vtu", "--validate"});
+        const std::string output = runner.run(options).output;
+        return output.substr(0, output.find('\n'));
+    };
+    EXPECT_THAT(firstLine("flange_mixed_fine.vtu", {}),
+                StartsWith("verdict           good: none of 15904 nodes is far from the source; mapped back, stress "
+                           "differs from the source by "));
+    EXPECT_THAT(firstLine("flange_mixed_coarse.vtu", {}), HasSubstr(": the target is too coarse, its nodes are "));
+    EXPECT_THAT(firstLine("flange_mixed_fine.vtu", {"--translate", "3,0,0", "--outside", "default"}),
+                StartsWith("verdict           doubtful: the target is as large as the source and lies -3, 0, 0 away "
+                           "from it: are both in the same place?"));
+    EXPECT_THAT(firstLine("flange_mixed_fine.vtu", {"--scale", "0.001", "--outside", "default"}),
+                StartsWith("verdict           doubtful: the target is 1000 times as large as the source: are both in "
+                           "the same unit of length?"));
+}
+
 TEST(Requirements, AreReadFromWords)
 {
     const auto rules = veltrane::parseRequirements("validation<0.02,far=0,distance<=1e-1");
