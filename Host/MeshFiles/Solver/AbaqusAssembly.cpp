@@ -1,0 +1,153 @@
+#include "AbaqusAssembly.h"
+
+#include "NodeNumbers.h"
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <limits>
+
+namespace veltrane
+{
+namespace
+{
+
+class Assembler
+{
+public:
+    Assembler(const AbaqusDeck& deck, const DeckLines& lines) : deck_(deck), lines_(lines) {}
+
+    ParsedMesh run()
+    {
+        findSections();
+        for (const std::string& material : deck_.materials)
+        {
+            if (hasSections_)
+            {
+                numberOf(material);
+            }
+        }
+        add(*deck_.loose, {});
+        for (std::size_t i = 0; i < deck_.instances.size(); ++i)
+        {
+            const Instance& instance = deck_.instances[i];
+            const AbaqusPart& own = *deck_.ownParts[i];
+            if (!own.nodeNumbers.empty())
+            {
+                add(own, instance);
+                continue;
+            }
+            const auto part = deck_.parts.find(instance.part);
+            if (part == deck_.parts.end())
+            {
+                lines_.fail(instance.place, "has an instance of the part '", instance.part, "', which is not there");
+            }
+            add(*part->second, instance);
+        }
+        nameMaterials();
+        return std::move(mesh_);
+    }
+
+private:
+    void findSections()
+    {
+        hasSections_ = !deck_.loose->sections.empty();
+        for (const auto& [name, part] : deck_.parts)
+        {
+            hasSections_ = hasSections_ || !part->sections.empty();
+        }
+        for (const AbaqusPart* part : deck_.ownParts)
+        {
+            hasSections_ = hasSections_ || !part->sections.empty();
+        }
+    }
+
+    int numberOf(const std::string& material)
+    {
+        return material.empty() ? 0 : numbers_.try_emplace(material, static_cast<int>(numbers_.size()) + 1).first->second;
+    }
+
+    void nameMaterials()
+    {
+        if (numbers_.empty())
+        {
+            mesh_.materials.clear();
+        }
+        for (const auto& [name, number] : numbers_)
+        {
+            mesh_.materialNames[number] = name;
+        }
+    }
+
+    void add(const AbaqusPart& part, const Instance& instance)
+    {
+        if (!deck_.instances.empty())
+        {
+            mesh_.nodeInstances.insert(mesh_.nodeInstances.end(), part.nodeNumbers.size(),
+                                       static_cast<int>(mesh_.instanceNames.size()));
+            mesh_.instanceNames.push_back(instance.name);
+        }
+        const auto firstNode = static_cast<std::int64_t>(mesh_.nodeNumbers.size());
+        if (mesh_.nodeNumbers.size() + part.nodeNumbers.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
+        {
+            lines_.fail(instance.place, "has one more instance, with which there are more nodes than can be counted");
+        }
+        mesh_.nodeNumbers.insert(mesh_.nodeNumbers.end(), part.nodeNumbers.begin(), part.nodeNumbers.end());
+        for (std::size_t i = 0; i < part.coordinates.size(); i += 3)
+        {
+            const auto position = instance({part.coordinates[i], part.coordinates[i + 1], part.coordinates[i + 2]});
+            mesh_.coordinates.insert(mesh_.coordinates.end(), position.begin(), position.end());
+        }
+        addCells(part, firstNode);
+        const std::vector<std::string> materials = materialsOf(part, hasSections_);
+        std::ranges::transform(materials, std::back_inserter(mesh_.materials),
+                               [&](const std::string& material) { return numberOf(material); });
+    }
+
+    void addCells(const AbaqusPart& part, std::int64_t firstNode)
+    {
+        const NodeNumbers nodes(part.nodeNumbers);
+        std::array<std::int64_t, mostNodesPerCell> places{};
+        std::size_t next = 0;
+        for (std::size_t block = 0; block < part.blocks.size(); ++block)
+        {
+            const bool isLast = block + 1 == part.blocks.size();
+            const std::size_t end = isLast ? part.elementNumbers.size() : part.blocks[block + 1].first;
+            const CellOrder& order = *part.blocks[block].order;
+            const auto nodeCount = static_cast<std::size_t>(order.nodeCount);
+            for (std::size_t element = part.blocks[block].first; element < end; ++element)
+            {
+                for (std::size_t i = 0; i < nodeCount; ++i)
+                {
+                    const long long node = part.connectivity[next++];
+                    const std::int64_t place = nodes.placeOf(node);
+                    if (place == NodeNumbers::missing)
+                    {
+                        lines_.fail(part.elementPlaces[element], "begins element ", part.elementNumbers[element],
+                                    " with node ", node, ", which is not there");
+                    }
+                    places[i] = firstNode + place;
+                }
+                addInOrder(order, std::span<const std::int64_t>(places.data(), nodeCount), mesh_.connectivity);
+                mesh_.offsets.push_back(static_cast<std::int64_t>(mesh_.connectivity.size()));
+                mesh_.cellTypes.push_back(order.cellType);
+                mesh_.cellNumbers.push_back(part.elementNumbers[element]);
+            }
+        }
+    }
+
+    const AbaqusDeck& deck_;
+    const DeckLines& lines_;
+    bool hasSections_ = false;
+    std::map<std::string, int> numbers_{}; ///< of materials
+    ParsedMesh mesh_{};
+};
+
+} // namespace
+
+ParsedMesh assemble(const AbaqusDeck& deck, const DeckLines& lines)
+{
+    return Assembler(deck, lines).run();
+}
+
+} // namespace veltrane
