@@ -46,8 +46,10 @@ const Sort& nodeSort()
                            .arrayNames = {"source_node"},
                            .match = matchNodeTable,
                            .findUnmatched = findUnmatchedNodes,
-                           .describe = [](const MeshFile& target, int node)
-                           { return text("node ", node + 1, " at ", placeText(target.mesh().nodePosition(node))); }};
+                           .describe = [](const MeshFile& target, int node) {
+                               return text("node ", target.nodeLabel(node), " at ",
+                                           placeText(target.mesh().nodePosition(node)));
+                           }};
     return sort;
 }
 

@@ -2,6 +2,9 @@
 #ifndef VELTRANE_HOST_COMPRESSION_H
 #define VELTRANE_HOST_COMPRESSION_H
 
+#include <string>
+#include <vector>
+
 namespace veltrane
 {
 
@@ -12,11 +15,13 @@ enum class Compression
     small ///< zlib's format, at the price of several times the time
 };
 
-/// How a file is to be written. Its bytes depend on the compression alone.
+/// How a file is to be written. Its bytes do not depend on the threads.
 struct FileWriting
 {
     Compression compression = Compression::fast;
     int threads = 1; ///< 0: as many as usableThreadCount() tells
+    /// The fields that the file is written for, among others that it has; none if they are not known apart.
+    std::vector<std::string> fields{};
 };
 
 } // namespace veltrane

@@ -60,7 +60,7 @@ bool isPointInput(const FileFormat* format)
 
 bool isMeshOutput(const FileFormat* format)
 {
-    return format != nullptr && format->write != nullptr && format->writes.cells;
+    return format != nullptr && format->write != nullptr && (format->writes.cells || format->isInclude);
 }
 
 bool isPointOutput(const FileFormat* format)

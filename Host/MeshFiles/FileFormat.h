@@ -77,6 +77,7 @@ struct FileFormat
     FormatContents writes{};
     bool isCompressed = false; ///< whether FileWriting::compression has an effect
     bool mayBeEmpty = false;   ///< files that only stand for others beside them
+    bool isInclude = false;    ///< what is written are values for a solver's own file of the same mesh
 
     FileData (*read)(const std::filesystem::path& path, const FileReading& reading) = nullptr;
 

@@ -13,6 +13,10 @@
     FORMAT(parallelUnstructuredGrid)                                                                                   \
     FORMAT(exodus)                                                                                                     \
     FORMAT(exodusParts)                                                                                                \
+    FORMAT(gmsh)                                                                                                       \
+    FORMAT(abaqus)                                                                                                     \
+    FORMAT(calculix)                                                                                                   \
+    FORMAT(nastran)                                                                                                    \
     FORMAT(multiBlock)                                                                                                 \
     FORMAT(structuredGrid)                                                                                             \
     FORMAT(rectilinearGrid)                                                                                            \

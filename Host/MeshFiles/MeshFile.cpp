@@ -5,6 +5,7 @@
 #include "DirectElements.h"
 #include "GaussFields.h"
 #include "GroupNames.h"
+#include "NodeLabels.h"
 #include "Text.h"
 
 #include <vtkCellData.h>
@@ -20,6 +21,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <map>
 #include <set>
 #include <utility>
@@ -296,6 +298,11 @@ int MeshFile::cellOf(int element) const
     return static_cast<int>(contents_->cells[static_cast<std::size_t>(element)]);
 }
 
+std::string MeshFile::nodeLabel(int node) const
+{
+    return veltrane::nodeLabel(*contents_->grid, node);
+}
+
 const std::vector<PointArray>& MeshFile::pointArrays() const
 {
     return contents_->pointArrays;
@@ -366,14 +373,16 @@ LeftOut MeshFile::writeWith(std::span<const Field> fields, std::span<const Integ
         dataOf(*grid, integers.place)
             .AddArray(toArray(integers, isPerPoint ? grid->GetNumberOfPoints() : contents_->cellCount(), rowOf));
     }
+    FileWriting described = writing;
+    std::ranges::transform(fields, std::back_inserter(described.fields), &Field::name);
     if (contents_->numberType)
     {
         const CellView cells{.connectivity = mesh().connectivity(),
                              .numberType = *contents_->numberType,
                              .beginnings = mesh().nodesPerElement()};
-        return writeGrid(*grid, *contents_->types, cells, path, writing);
+        return writeGrid(*grid, *contents_->types, cells, path, described);
     }
-    return writeDataSet(*grid, path, writing);
+    return writeDataSet(*grid, path, described);
 }
 
 } // namespace veltrane

@@ -80,6 +80,9 @@ public:
     /// The number of an element's cell in the file, from 0.
     int cellOf(int element) const;
 
+    /// What the file calls a node: its own number, or else one counted from 1.
+    std::string nodeLabel(int node) const;
+
     const std::vector<PointArray>& pointArrays() const;
 
     /// Cell data, which is not transferred.

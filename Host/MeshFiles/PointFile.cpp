@@ -12,6 +12,7 @@
 #include <vtkPointSet.h>
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace veltrane
@@ -93,7 +94,9 @@ LeftOut PointFile::writeWith(std::span<const Field> fields, const std::string& a
     numbers->SetNumberOfValues(static_cast<vtkIdType>(array.size()));
     std::ranges::copy(array, numbers->GetPointer(0));
     dataSet->GetPointData()->AddArray(numbers);
-    return writeDataSet(*dataSet, path, writing);
+    FileWriting described = writing;
+    std::ranges::transform(fields, std::back_inserter(described.fields), &Field::name);
+    return writeDataSet(*dataSet, path, described);
 }
 
 } // namespace veltrane

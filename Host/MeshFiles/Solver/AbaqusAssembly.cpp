@@ -1,5 +1,6 @@
 #include "AbaqusAssembly.h"
 
+#include "CellNames.h"
 #include "NodeNumbers.h"
 
 #include <algorithm>
@@ -44,6 +45,10 @@ public:
             }
             add(*part->second, instance);
         }
+        if (!hasSections_)
+        {
+            countVolumesFirst();
+        }
         nameMaterials();
         return std::move(mesh_);
     }
@@ -64,7 +69,36 @@ private:
 
     int numberOf(const std::string& material)
     {
-        return material.empty() ? 0 : numbers_.try_emplace(material, static_cast<int>(numbers_.size()) + 1).first->second;
+        return material.empty() ? 0
+                                : numbers_.try_emplace(material, static_cast<int>(numbers_.size()) + 1).first->second;
+    }
+
+    /// Sets of volumes get the numbers before those of surfaces and lines, which are no materials for most.
+    void countVolumesFirst()
+    {
+        std::vector<bool> hasVolumes(numbers_.size() + 1);
+        for (std::size_t cell = 0; cell < mesh_.cellTypes.size(); ++cell)
+        {
+            if (cellDimension(mesh_.cellTypes[cell]) == 3)
+            {
+                hasVolumes[static_cast<std::size_t>(mesh_.materials[cell])] = true;
+            }
+        }
+        std::vector<int> renumbered(hasVolumes.size());
+        int count = 0;
+        for (const bool wanted : {true, false})
+        {
+            for (std::size_t number = 1; number < hasVolumes.size(); ++number)
+            {
+                renumbered[number] = hasVolumes[number] == wanted ? ++count : renumbered[number];
+            }
+        }
+        const auto renumber = [&](int& number) { number = renumbered[static_cast<std::size_t>(number)]; };
+        std::ranges::for_each(mesh_.materials, renumber);
+        for (auto& [name, number] : numbers_)
+        {
+            renumber(number);
+        }
     }
 
     void nameMaterials()
@@ -88,7 +122,8 @@ private:
             mesh_.instanceNames.push_back(instance.name);
         }
         const auto firstNode = static_cast<std::int64_t>(mesh_.nodeNumbers.size());
-        if (mesh_.nodeNumbers.size() + part.nodeNumbers.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
+        if (mesh_.nodeNumbers.size() + part.nodeNumbers.size() >
+            static_cast<std::size_t>(std::numeric_limits<int>::max()))
         {
             lines_.fail(instance.place, "has one more instance, with which there are more nodes than can be counted");
         }

@@ -28,10 +28,8 @@ constexpr std::array volumes{
 };
 
 constexpr std::array surfaces{
-    CellOrder{3, VTK_TRIANGLE, 3},
-    CellOrder{4, VTK_QUAD, 4},
-    CellOrder{6, VTK_QUADRATIC_TRIANGLE, 6},
-    CellOrder{8, VTK_QUADRATIC_QUAD, 8},
+    CellOrder{3, VTK_TRIANGLE, 3},           CellOrder{4, VTK_QUAD, 4},
+    CellOrder{6, VTK_QUADRATIC_TRIANGLE, 6}, CellOrder{8, VTK_QUADRATIC_QUAD, 8},
     CellOrder{9, VTK_BIQUADRATIC_QUAD, 9},
 };
 
@@ -43,8 +41,8 @@ constexpr std::array lines{
 /// What stands before the number of nodes in the names of types.
 constexpr std::string_view volumeNames[] = {"C3D",  "DC3D",  "AC3D",  "DCC3D", "Q3D", "FC3D",
                                             "EC3D", "EMC3D", "COH3D", "GK3D",  "SC",  "CSS"};
-constexpr std::string_view surfaceNames[] = {"S",    "STRI", "M3D", "SFM3D", "R3D", "F3D", "CPS",  "CPE",
-                                             "CPEG", "CAX",  "CGAX", "DS",   "DC2D", "DCAX", "AC2D", "ACAX"};
+constexpr std::string_view surfaceNames[] = {"S",    "STRI", "M3D",  "SFM3D", "R3D",  "F3D",  "CPS",  "CPE",
+                                             "CPEG", "CAX",  "CGAX", "DS",    "DC2D", "DCAX", "AC2D", "ACAX"};
 constexpr std::string_view lineNames[] = {"T2D", "T3D", "R2D", "RAX", "DC1D"};
 /// Before their dimension and 1 or 3 for linear and cubic ones with 2 nodes, 2 for those with 3: B32.
 constexpr std::string_view beamNames[] = {"B2", "B3", "PIPE2", "PIPE3"};

@@ -21,7 +21,7 @@ constexpr std::string_view generators[] = {"NGEN", "NFILL", "NCOPY", "NMAP", "EL
 class AbaqusParser
 {
 public:
-    AbaqusParser(const SourceText& source, const FileOpener& open) : source_(source), lines_(source, open)
+    AbaqusParser(const SourceText& source, FileOpener open) : source_(source), lines_(source, open)
     {
         parts_.push_back({});
         part_ = &parts_.back();
@@ -77,8 +77,9 @@ private:
         }
         else if (std::ranges::find(generators, name) != std::end(generators))
         {
-            lines_.fail(keyword.place, "has *", name, ", which cannot be read; let a program write all nodes and "
-                                                      "elements one by one");
+            lines_.fail(keyword.place, "has *", name,
+                        ", which cannot be read; let a program write all nodes and "
+                        "elements one by one");
         }
         else
         {
@@ -179,8 +180,6 @@ private:
         return value;
     }
 
-    static bool isBlank(std::string_view line) { return trimmed(line).empty(); }
-
     // The mesh
 
     void followInput(const Keyword& keyword)
@@ -201,7 +200,7 @@ private:
         followInput(keyword);
         while (const std::optional<std::string_view> line = lines_.data())
         {
-            if (isBlank(*line))
+            if (trimmed(*line).empty())
             {
                 continue;
             }
@@ -236,7 +235,7 @@ private:
         const auto nodeCount = static_cast<std::size_t>(kind.order->nodeCount);
         while (std::optional<std::string_view> line = lines_.data())
         {
-            if (isBlank(*line))
+            if (trimmed(*line).empty())
             {
                 continue;
             }
@@ -370,7 +369,7 @@ private:
 
 } // namespace
 
-ParsedMesh parseAbaqus(const SourceText& source, const FileOpener& open)
+ParsedMesh parseAbaqus(const SourceText& source, FileOpener open)
 {
     return AbaqusParser(source, open).run();
 }

@@ -11,12 +11,13 @@ namespace veltrane
 /// The mesh of a deck, of its parts at the places of their instances.
 ///
 /// Materials are those of the sections, numbered as the deck defines them, as CalculiX numbers them in its results. A
-/// deck without sections has the element sets of its elements as materials, in their order.
+/// deck without sections has its element sets as materials, in the order of their elements: for each element the first
+/// set that lists it and not all others, or else the one of its own.
 ///
 /// \param open  for the files that are included
 ///
 /// Throws BadFile, naming the line.
-ParsedMesh parseAbaqus(const SourceText& source, const FileOpener& open);
+ParsedMesh parseAbaqus(const SourceText& source, FileOpener open);
 
 } // namespace veltrane
 

@@ -112,6 +112,25 @@ private:
     std::vector<std::string> names_;
 };
 
+/// Whether a set that the deck lists has all elements of the part.
+bool containsAll(const AbaqusPart& part, const std::string& set)
+{
+    const ElementSet& members = part.sets.at(set);
+    unsigned long long atMost = 0;
+    for (const NumberRange& range : members.ranges)
+    {
+        atMost += static_cast<unsigned long long>((range.last - range.first) / range.step) + 1;
+    }
+    if (members.sets.empty() && atMost < part.elementNumbers.size())
+    {
+        return false;
+    }
+    Marker marker(part);
+    marker.mark(set, set);
+    const std::vector<std::string> names = std::move(marker).result();
+    return std::ranges::none_of(names, &std::string::empty);
+}
+
 std::array<double, 3> cross(const std::array<double, 3>& a, const std::array<double, 3>& b)
 {
     return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
@@ -164,6 +183,19 @@ std::vector<std::string> materialsOf(const AbaqusPart& part, bool hasSections)
         }
         return std::move(marker).result();
     }
+    // Sets of everything tell nothing apart; they name what is in no other.
+    std::vector<std::string> wholes;
+    for (const std::string& set : part.setOrder)
+    {
+        if (containsAll(part, set))
+        {
+            wholes.push_back(set);
+        }
+        else
+        {
+            marker.mark(set, set);
+        }
+    }
     std::set<std::string> marked;
     for (const ElementBlock& block : part.blocks)
     {
@@ -172,7 +204,7 @@ std::vector<std::string> materialsOf(const AbaqusPart& part, bool hasSections)
             marker.mark(block.set, block.set);
         }
     }
-    for (const std::string& set : part.setOrder)
+    for (const std::string& set : wholes)
     {
         marker.mark(set, set);
     }

@@ -20,10 +20,7 @@ struct NumberRange
     long long last;
     long long step;
 
-    bool contains(long long number) const
-    {
-        return number >= first && number <= last && (number - first) % step == 0;
-    }
+    bool contains(long long number) const { return number >= first && number <= last && (number - first) % step == 0; }
 };
 
 struct ElementSet

@@ -21,7 +21,7 @@ struct CellOrder
 };
 
 /// Several formats have the nodes on the edges between two opposite faces before those of the second face.
-inline constexpr std::array<std::int8_t, 20> hexahedronEdgesAcrossFirst{0, 1,  2,  3,  4,  5,  6,  7,  8,  9,
+inline constexpr std::array<std::int8_t, 20> hexahedronEdgesAcrossFirst{0,  1,  2,  3,  4,  5,  6,  7,  8,  9,
                                                                         10, 11, 16, 17, 18, 19, 12, 13, 14, 15};
 inline constexpr std::array<std::int8_t, 15> wedgeEdgesAcrossFirst{0, 1, 2, 3, 4, 5, 6, 7, 8, 12, 13, 14, 9, 10, 11};
 

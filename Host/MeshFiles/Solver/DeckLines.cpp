@@ -81,7 +81,7 @@ std::string_view Keyword::valueAsWritten(std::string_view parameter) const
     return {};
 }
 
-DeckLines::DeckLines(const SourceText& first, FileOpener open) : first_(first), open_(std::move(open))
+DeckLines::DeckLines(const SourceText& first, FileOpener open) : first_(first), open_(open)
 {
     files_.push_back({&first, first.begin()});
 }

@@ -4,7 +4,6 @@
 
 #include "SourceText.h"
 
-#include <functional>
 #include <list>
 #include <optional>
 #include <string>
@@ -16,14 +15,14 @@ namespace veltrane
 {
 
 /// Gives the contents of a file; throws NoInput or BadFile.
-using FileOpener = std::function<SourceText(const std::filesystem::path& path)>;
+using FileOpener = SourceText (*)(const std::filesystem::path& path);
 
 /// A line that begins with a star: "*ELEMENT, TYPE=C3D4, ELSET=Part".
 struct Keyword
 {
     std::string name{}; ///< without the star, in capitals, with single blanks: "SOLID SECTION"
     std::vector<std::pair<std::string, std::string>> parameters{}; ///< both in capitals; without a value: ""
-    std::vector<std::string_view> values{};                       ///< of the parameters, as in the file
+    std::vector<std::string_view> values{};                        ///< of the parameters, as in the file
     const char* place = nullptr;
 
     bool has(std::string_view parameter) const { return find(parameter) != nullptr; }

@@ -116,12 +116,11 @@ public:
 
     void take(const Heading& heading)
     {
-        if (heading.isPerCell && cells_.placeOf(mesh_.cellNumbers.empty() ? 0 : mesh_.cellNumbers.front()) ==
-                                     NodeNumbers::missing)
+        if (heading.isPerCell && !cells_)
         {
-            cells_ = NodeNumbers(mesh_.cellNumbers);
+            cells_.emplace(mesh_.cellNumbers);
         }
-        const NodeNumbers& places = heading.isPerCell ? cells_ : nodes_;
+        const NodeNumbers& places = heading.isPerCell ? *cells_ : nodes_;
         const std::string value = text("a value of '", heading.name, "'");
         ParsedField& field = fieldOf(heading);
         const auto rowLength = static_cast<std::size_t>(heading.componentCount);
@@ -133,7 +132,8 @@ public:
             const std::int64_t place = places.placeOf(number);
             if (place == NodeNumbers::missing && !heading.isPerCell)
             {
-                numbers_.fail(begin, "has values of '", heading.name, "' at node ", number, ", which is not in the file");
+                numbers_.fail(begin, "has values of '", heading.name, "' at node ", number,
+                              ", which is not in the file");
             }
             for (std::size_t i = 0; i < rowLength; ++i)
             {
@@ -168,7 +168,7 @@ private:
     GmshNumbers& numbers_;
     const NodeNumbers& nodes_;
     ParsedMesh& mesh_;
-    NodeNumbers cells_{};
+    std::optional<NodeNumbers> cells_{}; ///< once a field needs them
 };
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "GmshCells.h"
 #include "GmshFields.h"
+#include "GmshGroups.h"
 #include "GmshNumbers.h"
 #include "NodeNumbers.h"
 
@@ -15,9 +16,6 @@ namespace
 {
 
 static_assert(std::endian::native == std::endian::little);
-
-/// Of an entity of the geometry: its dimension and its number.
-using Entity = std::pair<int, int>;
 
 class GmshParser
 {
@@ -104,15 +102,15 @@ private:
         numbers_.skipLine();
         if (name == "$PhysicalNames")
         {
-            takeNames();
+            groups_.takeNames();
         }
         else if (name == "$Entities" && isVersion4_)
         {
-            takeEntities();
+            groups_.takeEntities();
         }
         else if (name == "$PartitionedEntities" && isVersion4_)
         {
-            takePartitionedEntities();
+            groups_.takePartitionedEntities();
         }
         else if (name == "$Nodes")
         {
@@ -136,99 +134,10 @@ private:
         return true;
     }
 
-    // Groups
-
-    /// Text even in binary files.
-    void takeNames()
-    {
-        const std::size_t count = numbers_.countOfText("the number of names", 3);
-        for (std::size_t i = 0; i < count; ++i)
-        {
-            const long long dimension = numbers_.integerOfText("the dimension of a group");
-            const long long number = numbers_.integerOfText("the number of a group");
-            names_[{static_cast<int>(dimension), static_cast<int>(number)}] = numbers_.quotedText();
-        }
-    }
-
-    void takeEntities()
-    {
-        std::size_t counts[4];
-        for (std::size_t& count : counts)
-        {
-            count = numbers_.count("the number of entities", true, 4);
-        }
-        for (int dimension = 0; dimension < 4; ++dimension)
-        {
-            for (std::size_t i = 0; i < counts[dimension]; ++i)
-            {
-                const int number = numbers_.tag("the number of an entity");
-                takeEntity({dimension, number}, dimension == 0 ? 3 : 6);
-            }
-        }
-    }
-
-    void takePartitionedEntities()
-    {
-        numbers_.size("the number of parts");
-        const std::size_t ghosts = numbers_.count("the number of ghost entities", true, 2);
-        for (std::size_t i = 0; i < 2 * ghosts; ++i)
-        {
-            numbers_.integer("the number of a ghost entity");
-        }
-        std::size_t counts[4];
-        for (std::size_t& count : counts)
-        {
-            count = numbers_.count("the number of entities", true, 6);
-        }
-        for (int dimension = 0; dimension < 4; ++dimension)
-        {
-            for (std::size_t i = 0; i < counts[dimension]; ++i)
-            {
-                const int number = numbers_.tag("the number of an entity");
-                numbers_.integer("the dimension of an entity");
-                numbers_.integer("the number of an entity");
-                skipIntegers(numbers_.count("the number of parts of an entity", true));
-                takeEntity({dimension, number}, dimension == 0 ? 3 : 6);
-            }
-        }
-    }
-
-    void takeEntity(const Entity& entity, int coordinateCount)
-    {
-        for (int i = 0; i < coordinateCount; ++i)
-        {
-            numbers_.real("a coordinate of an entity");
-        }
-        const std::size_t groupCount = numbers_.count("the number of groups of an entity", true);
-        for (std::size_t i = 0; i < groupCount; ++i)
-        {
-            const int group = numbers_.tag("the number of a group");
-            groups_.try_emplace(entity, std::abs(group)); // the first one, of several; negative for the other orientation
-        }
-        if (entity.first > 0)
-        {
-            skipIntegers(numbers_.count("the number of entities around one", true));
-        }
-    }
-
-    void skipIntegers(std::size_t count)
-    {
-        for (std::size_t i = 0; i < count; ++i)
-        {
-            numbers_.integer("a number of an entity");
-        }
-    }
-
-    int groupOf(const Entity& entity) const
-    {
-        const auto found = groups_.find(entity);
-        return found == groups_.end() ? 0 : found->second;
-    }
-
     /// Groups of volumes are the materials; those of surfaces have numbers of their own.
     void nameMaterials()
     {
-        for (const auto& [group, name] : names_)
+        for (const auto& [group, name] : groups_.names())
         {
             if (group.first == dimension_)
             {
@@ -285,7 +194,8 @@ private:
     long long numberOfNode(bool isSize)
     {
         const char* place = numbers_.place();
-        const long long number = isSize ? numbers_.size("the number of a node") : numbers_.integer("the number of a node");
+        const long long number =
+            isSize ? numbers_.size("the number of a node") : numbers_.integer("the number of a node");
         constexpr long long highest = 1LL << 60;
         if (number < 0 || number > highest)
         {
@@ -345,7 +255,8 @@ private:
         for (std::size_t i = 0; i < nodeCount; ++i)
         {
             const char* place = numbers_.place();
-            const long long node = areSizes ? numbers_.size("a node of an element") : numbers_.integer("a node of an element");
+            const long long node =
+                areSizes ? numbers_.size("a node of an element") : numbers_.integer("a node of an element");
             nodes[i] = nodes_.placeOf(node);
             if (nodes[i] == NodeNumbers::missing)
             {
@@ -392,7 +303,7 @@ private:
             const CellOrder& order = orderOf(numbers_.integer("the type of elements"), place);
             const auto numbersEach = static_cast<std::size_t>(order.nodeCount) + 1;
             const std::size_t count = numbers_.count("the number of elements in a block", true, numbersEach);
-            const int group = groupOf({dimension, entity});
+            const int group = groups_.groupOf({dimension, entity});
             for (std::size_t i = 0; i < count; ++i)
             {
                 const long long number = numbers_.size("the number of an element");
@@ -478,8 +389,7 @@ private:
     bool isVersion4_ = false;
     ParsedMesh mesh_{};
     NodeNumbers nodes_{};
-    std::map<Entity, int> groups_{};
-    std::map<std::pair<int, int>, std::string> names_{}; ///< of groups, by dimension and number
+    GmshGroups groups_{numbers_};
     bool hasGroups_ = false;
     int dimension_ = 0; ///< the highest of an element
     std::vector<GmshSection> sections_{};

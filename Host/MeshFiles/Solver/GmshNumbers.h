@@ -161,7 +161,6 @@ public:
     }
 
 private:
-    static bool isBlank(char letter) { return letter == ' ' || letter == '\n' || letter == '\r' || letter == '\t'; }
     bool isSeparated() const { return at_ == source_.end() || isBlank(*at_); }
 
     template <typename Number> Number bytes(std::string_view what)

@@ -37,7 +37,7 @@ bool beginsBulk(std::string_view line)
 
 } // namespace
 
-NastranCards::NastranCards(const SourceText& first, FileOpener open) : first_(first), open_(std::move(open))
+NastranCards::NastranCards(const SourceText& first, FileOpener open) : first_(first), open_(open)
 {
     files_.push_back({&first, first.begin()});
     skipHeading();
@@ -139,7 +139,8 @@ void NastranCards::include(std::string_view line)
 {
     const char* place = line.data();
     std::string name(trimmed(trimmed(line).substr(7)));
-    const auto isOpen = [&] { return name.size() > 1 && name.front() == '\'' && name.find('\'', 1) == std::string::npos; };
+    const auto isOpen = [&]
+    { return name.size() > 1 && name.front() == '\'' && name.find('\'', 1) == std::string::npos; };
     for (std::optional<std::string_view> more = peek(); isOpen() && more; more = peek())
     {
         name += trimmed(*more);
@@ -150,7 +151,8 @@ void NastranCards::include(std::string_view line)
     constexpr std::size_t most = 1000;
     if (name.empty() || files_.size() > deepest || included_.size() > most)
     {
-        fail(place, "includes ", shown(name), name.empty() ? ", which is no file" : ", one of more files than can be meant");
+        fail(place, "includes ", shown(name),
+             name.empty() ? ", which is no file" : ", one of more files than can be meant");
     }
     const std::filesystem::path path = sourceOf(place).path().parent_path() / name;
     try

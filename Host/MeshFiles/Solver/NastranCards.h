@@ -63,8 +63,8 @@ private:
     NastranCard card_{};
 };
 
-/// Numbers as these files have them, with an exponent that may do without its letter: 1.5-3. Of a blank field nothing is
-/// taken, and the value stays. False if the field is no number.
+/// Numbers as these files have them, with an exponent that may do without its letter: 1.5-3. Of a blank field nothing
+/// is taken, and the value stays. False if the field is no number.
 bool isNastranReal(std::string_view field, double& value);
 
 } // namespace veltrane

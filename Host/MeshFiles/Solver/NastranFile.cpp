@@ -35,7 +35,7 @@ constexpr std::array kinds{
 class NastranParser
 {
 public:
-    NastranParser(const SourceText& source, const FileOpener& open) : source_(source), cards_(source, open) {}
+    NastranParser(const SourceText& source, FileOpener open) : source_(source), cards_(source, open) {}
 
     ParsedMesh run()
     {
@@ -139,7 +139,7 @@ private:
         std::size_t given = 0;
         for (std::size_t i = corners; i < all; ++i)
         {
-            given += isGiven(card.field(firstNode + i)) ? 1 : 0;
+            given += isGiven(card.field(firstNode + i)) ? std::size_t{1} : std::size_t{0};
         }
         if (given != 0 && given != all - corners)
         {
@@ -230,7 +230,7 @@ private:
 
 } // namespace
 
-ParsedMesh parseNastran(const SourceText& source, const FileOpener& open)
+ParsedMesh parseNastran(const SourceText& source, FileOpener open)
 {
     return NastranParser(source, open).run();
 }

@@ -8,12 +8,13 @@
 namespace veltrane
 {
 
-/// The volume elements with the numbers of their properties as materials, and all nodes, in the basic coordinate system.
+/// The volume elements with the numbers of their properties as materials, and all nodes, in the basic coordinate
+/// system.
 ///
 /// \param open  for the files that are included
 ///
 /// Throws BadFile, naming the line.
-ParsedMesh parseNastran(const SourceText& source, const FileOpener& open);
+ParsedMesh parseNastran(const SourceText& source, FileOpener open);
 
 } // namespace veltrane
 

@@ -40,10 +40,10 @@ public:
 private:
     struct Definition
     {
-        char shape = 'R';                      ///< or C for cylinders, S for spheres
-        bool byNodes = false;                  ///< the points are nodes
-        long long reference = 0;               ///< the system of the points, if they are not
-        std::array<Position, 3> points{};      ///< the origin, one on the third axis, one beside it
+        char shape = 'R';                 ///< or C for cylinders, S for spheres
+        bool byNodes = false;             ///< the points are nodes
+        long long reference = 0;          ///< the system of the points, if they are not
+        std::array<Position, 3> points{}; ///< the origin, one on the third axis, one beside it
         std::array<long long, 3> nodes{};
         const char* place = nullptr;
     };

@@ -12,9 +12,9 @@ NodeNumbers::NodeNumbers(std::span<const long long> numbers) : numbers_(numbers)
     {
         return;
     }
-    const auto [lowest, highest] = std::ranges::minmax(numbers);
-    first_ = lowest;
-    last_ = highest;
+    const auto ends = std::ranges::minmax(numbers);
+    first_ = ends.min;
+    last_ = ends.max;
     const std::size_t count = numbers.size();
     for (std::size_t i = 0; i < count && isInSequence_; ++i)
     {
@@ -46,8 +46,8 @@ NodeNumbers::NodeNumbers(std::span<const long long> numbers) : numbers_(numbers)
 
 std::int64_t NodeNumbers::placeInOrder(long long number) const
 {
-    const auto behind = std::ranges::upper_bound(order_, number, {},
-                                                 [&](std::int64_t place) { return numbers_[static_cast<std::size_t>(place)]; });
+    const auto behind = std::ranges::upper_bound(
+        order_, number, {}, [&](std::int64_t place) { return numbers_[static_cast<std::size_t>(place)]; });
     if (behind == order_.begin())
     {
         return missing;

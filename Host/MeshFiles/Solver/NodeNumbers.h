@@ -48,7 +48,8 @@ private:
     long long last_ = -1;
     bool isInSequence_ = true;
     bool hasRepeated_ = false;
-    std::vector<std::int64_t> table_{}; ///< per number from the first on, if these are not much more than there are nodes
+    std::vector<std::int64_t>
+        table_{}; ///< per number from the first on, if these are not much more than there are nodes
     std::vector<std::int64_t> order_{}; ///< places by number, otherwise
 };
 

@@ -27,15 +27,15 @@ struct ParsedMesh
     std::vector<int> nodeInstances{};
     std::vector<std::string> instanceNames{};
 
-    std::vector<unsigned char> cellTypes{};    ///< of VTK, as is the order of the nodes
-    std::vector<std::int64_t> offsets{0};      ///< where each cell's nodes begin, and the end
-    std::vector<std::int64_t> connectivity{};  ///< places of the nodes in the lists above, from 0
-    std::vector<long long> cellNumbers{};      ///< the file's own
-    std::vector<int> materials{};              ///< per cell; empty if the file tells none apart
+    std::vector<unsigned char> cellTypes{};   ///< of VTK, as is the order of the nodes
+    std::vector<std::int64_t> offsets{0};     ///< where each cell's nodes begin, and the end
+    std::vector<std::int64_t> connectivity{}; ///< places of the nodes in the lists above, from 0
+    std::vector<long long> cellNumbers{};     ///< the file's own
+    std::vector<int> materials{};             ///< per cell; empty if the file tells none apart
     std::map<int, std::string> materialNames{};
 
-    std::vector<ParsedField> fields{}; ///< of one step
-    std::vector<double> times{};       ///< of all steps
+    std::vector<ParsedField> fields{};  ///< of one step
+    std::vector<double> times{};        ///< of all steps
     std::vector<std::string> leftOut{}; ///< what the file has beside that: "element set 'BOLTS' of springs"
 };
 

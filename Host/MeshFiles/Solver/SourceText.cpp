@@ -25,8 +25,6 @@ std::string bytesOf(const std::filesystem::path& path)
     return bytes;
 }
 
-constexpr std::string_view blanks = " \t\r\n";
-
 } // namespace
 
 SourceText::SourceText(const std::filesystem::path& path) : SourceText(bytesOf(path), path) {}
@@ -50,17 +48,11 @@ std::string shown(std::string_view piece)
     return text("'", result, "'");
 }
 
-std::string_view trimmed(std::string_view piece)
-{
-    const std::size_t first = std::min(piece.find_first_not_of(blanks), piece.size());
-    const std::size_t last = piece.find_last_not_of(blanks) + 1;
-    return first < last ? piece.substr(first, last - first) : std::string_view();
-}
-
 std::string inCapitals(std::string_view piece)
 {
     std::string result(piece);
-    std::ranges::transform(result, result.begin(), [](char letter)
+    std::ranges::transform(result, result.begin(),
+                           [](char letter)
                            { return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter; });
     return result;
 }

@@ -52,8 +52,24 @@ private:
 /// A piece of a file for a message: not more than the beginning, and without what does not belong into a sentence.
 std::string shown(std::string_view piece);
 
+inline bool isBlank(char letter)
+{
+    return letter == ' ' || letter == '\t' || letter == '\r' || letter == '\n';
+}
+
 /// Without blanks, tabulators and ends of lines around it.
-std::string_view trimmed(std::string_view piece);
+inline std::string_view trimmed(std::string_view piece)
+{
+    while (!piece.empty() && isBlank(piece.front()))
+    {
+        piece.remove_prefix(1);
+    }
+    while (!piece.empty() && isBlank(piece.back()))
+    {
+        piece.remove_suffix(1);
+    }
+    return piece;
+}
 
 /// In capital letters, since many formats do not tell small ones from these.
 std::string inCapitals(std::string_view piece);
