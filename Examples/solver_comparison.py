@@ -61,21 +61,32 @@ S
 *END STEP
 """
 
+REFINED = "refined"
+
 # name of the pair, arguments of Gmsh for the coarser and the finer mesh
 PAIRS = (
     ("20-node hexahedra", ["-setnumber", "swept", "1", "-setnumber", "fine", "2", "-order", "2"],
      ["-setnumber", "swept", "1", "-setnumber", "fine", "4", "-order", "2"]),
     ("hexahedra", ["-setnumber", "swept", "1", "-setnumber", "fine", "2", "-order", "1"],
      ["-setnumber", "swept", "1", "-setnumber", "fine", "4", "-order", "1"]),
-    ("tetrahedra", ["-setnumber", "size", "4"], ["-setnumber", "size", "4", "-refine"]),
+    ("tetrahedra", ["-setnumber", "size", "4"], ["-setnumber", "size", "4", REFINED]),
     ("10-node tetrahedra", ["-setnumber", "size", "6", "-order", "2"],
-     ["-setnumber", "size", "6", "-refine", "-order", "2"]),
+     ["-setnumber", "size", "6", "-order", "2", REFINED]),
 )
 
 
 def mesh(path, arguments):
-    subprocess.run(["gmsh", str(HERE / "Thermal" / "bracket.geo"), "-3", "-v", "1", *arguments, "-o", str(path)],
-                   check=True)
+    def gmsh(source, target, *options):
+        subprocess.run(["gmsh", str(source), "-v", "1", *options, "-o", str(target)], check=True)
+
+    if REFINED in arguments:
+        settings = arguments[:3]
+        order = ["-order", "2"] if "-order" in arguments else []
+        gmsh(HERE / "Thermal" / "bracket.geo", path.with_suffix(".msh"), "-3", *settings)
+        gmsh(path.with_suffix(".msh"), path.with_suffix(".refined.msh"), "-refine")
+        gmsh(path.with_suffix(".refined.msh"), path, "-3", *order)
+    else:
+        gmsh(HERE / "Thermal" / "bracket.geo", path, "-3", *arguments)
     addNodeSets(path)
 
 

@@ -112,6 +112,42 @@ double volumeOf(vtkUnstructuredGrid& grid, long long cell)
     return volume;
 }
 
+double middleErrorOf(vtkUnstructuredGrid& grid, long long cell)
+{
+    using Edge = std::array<int, 2>;
+    static const std::vector<Edge> tetrahedron{{0, 1}, {1, 2}, {2, 0}, {0, 3}, {1, 3}, {2, 3}};
+    static const std::vector<Edge> pyramid{{0, 1}, {1, 2}, {2, 3}, {3, 0}, {0, 4}, {1, 4}, {2, 4}, {3, 4}};
+    static const std::vector<Edge> wedge{{0, 1}, {1, 2}, {2, 0}, {3, 4}, {4, 5}, {5, 3}, {0, 3}, {1, 4}, {2, 5}};
+    static const std::vector<Edge> hexahedron{{0, 1}, {1, 2}, {2, 3}, {3, 0}, {4, 5}, {5, 6},
+                                              {6, 7}, {7, 4}, {0, 4}, {1, 5}, {2, 6}, {3, 7}};
+    const Shape shape = shapeOf(grid.GetCellType(cell));
+    const std::vector<Edge>& edges = shape == Shape::tetrahedron ? tetrahedron
+                                     : shape == Shape::pyramid   ? pyramid
+                                     : shape == Shape::wedge     ? wedge
+                                                                 : hexahedron;
+    const std::size_t cornerCount = shape == Shape::tetrahedron ? 4
+                                    : shape == Shape::pyramid   ? 5
+                                    : shape == Shape::wedge     ? 6
+                                                                : 8;
+    vtkIdList& nodes = *grid.GetCell(cell)->GetPointIds();
+    double error = 0;
+    for (std::size_t edge = 0; edge < edges.size() && nodes.GetNumberOfIds() > static_cast<vtkIdType>(cornerCount);
+         ++edge)
+    {
+        Place first;
+        Place second;
+        Place middle;
+        grid.GetPoint(nodes.GetId(edges[edge][0]), first.data());
+        grid.GetPoint(nodes.GetId(edges[edge][1]), second.data());
+        grid.GetPoint(nodes.GetId(static_cast<vtkIdType>(cornerCount + edge)), middle.data());
+        for (std::size_t axis = 0; axis < 3; ++axis)
+        {
+            error = std::max(error, std::abs(middle[axis] - (first[axis] + second[axis]) / 2));
+        }
+    }
+    return error;
+}
+
 double quadraticErrorOf(vtkUnstructuredGrid& grid, long long cell)
 {
     vtkCell& whole = *grid.GetCell(cell);

@@ -112,7 +112,7 @@ TEST(DamagedGmshFile, IsToldOfWithItsLine)
            "line 18 tells of elements of type 92, which cannot be read; there are those of first and second order");
     expect("1 1 2 3 4", "1 1 2 3 9", "line 19 has node 9 of element 1, which is not in the file");
     expect("$EndNodes", "$EndElements", "line 15 has '$EndElements' where the section '$Nodes' should end");
-    expect("$EndElements", "", "it ends where a node of an element should be");
+    expect("$EndElements", "", "it ends within the section '$Elements'");
     expect("$EndElements\n", "$EndElements\n$NodeData\n1\n\"T\"\n1\n0\n3\n0\n1\n1\n7 1\n$EndNodeData\n",
            "line 30 has values of 'T' at node 7, which is not in the file");
 }
@@ -142,8 +142,8 @@ TEST(DamagedCalculixResult, IsToldOfWithItsLine)
     expect(" -1         1    4    0    1", " -1         1   44    0    1",
            "line 62 tells of an element of type 44, but there are the types 1 to 12");
     expect(" -2        11", " -2        77", "line 64 has node 77 of element 1, which is not in the file");
-    expect("  100CL  101", "  200CL  101", "line 73 begins with '200CL', which no part of a result file does");
-    expect(" -4  DISP", " -5  DISP", "line 74 should name a field and begin with -4");
+    expect("  100CL  101", "  200CL  101", "line 72 begins with '200C', which no part of a result file does");
+    expect(" -4  DISP", " -5  DISP", "line 73 should name a field and begin with -4");
 }
 
 const std::string deck = "*NODE\n1,0,0,0\n2,1,0,0\n3,0,1,0\n4,0,0,1\n*ELEMENT,TYPE=C3D4,ELSET=A\n1,1,2,3,4\n";

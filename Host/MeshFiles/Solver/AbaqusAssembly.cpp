@@ -20,14 +20,7 @@ public:
 
     ParsedMesh run()
     {
-        findSections();
-        for (const std::string& material : deck_.materials)
-        {
-            if (hasSections_)
-            {
-                numberOf(material);
-            }
-        }
+        countSections();
         add(*deck_.loose, {});
         for (std::size_t i = 0; i < deck_.instances.size(); ++i)
         {
@@ -54,16 +47,30 @@ public:
     }
 
 private:
-    void findSections()
+    /// Numbers materials as the deck defines them, or else as its sections name them.
+    void countSections()
     {
-        hasSections_ = !deck_.loose->sections.empty();
+        std::vector<const AbaqusPart*> parts{deck_.loose};
         for (const auto& [name, part] : deck_.parts)
         {
-            hasSections_ = hasSections_ || !part->sections.empty();
+            parts.push_back(part);
         }
-        for (const AbaqusPart* part : deck_.ownParts)
+        parts.insert(parts.end(), deck_.ownParts.begin(), deck_.ownParts.end());
+        hasSections_ = std::ranges::any_of(parts, [](const AbaqusPart* part) { return !part->sections.empty(); });
+        if (!hasSections_)
         {
-            hasSections_ = hasSections_ || !part->sections.empty();
+            return;
+        }
+        for (const std::string& material : deck_.materials)
+        {
+            numberOf(material);
+        }
+        for (const AbaqusPart* part : parts)
+        {
+            for (const Section& section : part->sections)
+            {
+                numberOf(section.material);
+            }
         }
     }
 

@@ -28,19 +28,34 @@ public:
     /// The elements of a set that have none yet, and those of the sets in it.
     void mark(const std::string& set, const std::string& name)
     {
-        std::set<std::string> seen;
-        mark(set, name, seen);
+        std::set<std::string> seen{set};
+        std::vector<std::string> pending{set};
+        while (!pending.empty())
+        {
+            const std::string next = std::move(pending.back());
+            pending.pop_back();
+            markListed(next, name);
+            const auto found = part_.sets.find(next);
+            if (found == part_.sets.end())
+            {
+                continue;
+            }
+            for (const std::string& inner : found->second.sets)
+            {
+                if (seen.insert(inner).second)
+                {
+                    pending.push_back(inner);
+                }
+            }
+        }
     }
 
     std::vector<std::string> result() && { return std::move(names_); }
 
 private:
-    void mark(const std::string& set, const std::string& name, std::set<std::string>& seen)
+    /// The elements of a set, not those of the sets in it.
+    void markListed(const std::string& set, const std::string& name)
     {
-        if (!seen.insert(set).second)
-        {
-            return;
-        }
         if (const auto blocks = blocks_.find(set); blocks != blocks_.end())
         {
             for (const std::size_t block : blocks->second)
@@ -48,18 +63,12 @@ private:
                 markBlock(block, name);
             }
         }
-        const auto found = part_.sets.find(set);
-        if (found == part_.sets.end())
+        if (const auto found = part_.sets.find(set); found != part_.sets.end())
         {
-            return;
-        }
-        for (const NumberRange& range : found->second.ranges)
-        {
-            mark(range, name);
-        }
-        for (const std::string& inner : found->second.sets)
-        {
-            mark(inner, name, seen);
+            for (const NumberRange& range : found->second.ranges)
+            {
+                mark(range, name);
+            }
         }
     }
 

@@ -32,6 +32,10 @@ public:
         {
             source_.fail("it has no nodes");
         }
+        if (mesh_.cellTypes.empty())
+        {
+            source_.fail("it has no elements");
+        }
         if (!hasGroups_)
         {
             mesh_.materials.clear();
@@ -127,7 +131,12 @@ private:
             return true;
         }
         place = numbers_.place();
-        if (const std::string_view end = numbers_.word(); end != "$End" + name.substr(1))
+        const std::string_view end = numbers_.word();
+        if (end.empty())
+        {
+            source_.fail(text("it ends within the section '", name, "'"));
+        }
+        if (end != "$End" + name.substr(1))
         {
             numbers_.fail(place, "has ", shown(end), " where the section '", name, "' should end");
         }
@@ -142,6 +151,10 @@ private:
             if (group.first == dimension_)
             {
                 mesh_.materialNames[group.second] = name;
+            }
+            else if (group.first < dimension_)
+            {
+                mesh_.lowerGroupNames[group] = name;
             }
         }
     }

@@ -5,6 +5,7 @@
 #include "GmshCells.h"
 #include "GridElements.h"
 #include "GroupNames.h"
+#include "LowerGroups.h"
 #include "NodeLabels.h"
 #include "Text.h"
 #include "TextFile.h"
@@ -72,7 +73,9 @@ class GmshWriter
 public:
     GmshWriter(vtkUnstructuredGrid& grid, const std::filesystem::path& path)
         : grid_(grid), file_(path), numbers_(nodeNumbers(grid)),
-          materials_(findMaterialArray(*grid.GetCellData(), std::nullopt, path)), box_(boxOf(grid))
+          materials_(findGroups(grid) != nullptr ? findGroups(grid)
+                                                 : findMaterialArray(*grid.GetCellData(), std::nullopt, path)),
+          box_(boxOf(grid))
     {
     }
 
@@ -140,14 +143,20 @@ private:
 
     void writeNames()
     {
-        const GroupNames names = groupNames(grid_);
+        const GroupNames materials = groupNames(grid_);
+        const LowerGroupNames others = lowerGroupNames(grid_);
         std::vector<std::pair<std::pair<int, int>, std::string>> known;
         for (const auto& [group, entity] : entities_)
         {
-            const auto name = names.find(group.second);
-            if (name != names.end() && group.first == entities_.rbegin()->first.first)
+            const auto material = materials.find(group.second);
+            const auto other = others.find(group);
+            if (group.first == entities_.rbegin()->first.first && material != materials.end())
             {
-                known.emplace_back(group, name->second);
+                known.emplace_back(group, material->second);
+            }
+            else if (other != others.end())
+            {
+                known.emplace_back(group, other->second);
             }
         }
         if (known.empty())
@@ -282,7 +291,8 @@ private:
         {
             vtkDataArray* array = data.GetArray(i);
             const std::string name = data.GetAbstractArray(i)->GetName() == nullptr ? "" : data.GetArrayName(i);
-            if (name == nodeNumberArray || (array != nullptr && array == materials_))
+            if (name == nodeNumberArray || (array != nullptr && array == materials_) ||
+                (findGroups(grid_) != nullptr && name == "material"))
             {
                 continue;
             }

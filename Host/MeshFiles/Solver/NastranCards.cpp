@@ -15,19 +15,6 @@ constexpr std::size_t fieldWidth = 8; ///< of names and small fields
 constexpr std::size_t smallFieldsPerLine = 8;
 constexpr std::size_t largeFieldsPerLine = 4;
 
-/// The first field of a line, whatever its fields look like.
-std::string_view firstField(std::string_view line)
-{
-    const std::size_t comma = line.find(',');
-    return trimmed(line.substr(0, comma == std::string_view::npos ? fieldWidth : comma));
-}
-
-bool continues(std::string_view line)
-{
-    const std::string_view first = firstField(line);
-    return first.empty() || first.front() == '+' || first.front() == '*';
-}
-
 bool beginsBulk(std::string_view line)
 {
     line = trimmed(line);
@@ -47,10 +34,11 @@ NastranCards::NastranCards(const SourceText& first, FileOpener open) : first_(fi
 void NastranCards::skipHeading()
 {
     const char* begin = files_.back().at;
-    while (const std::optional<std::string_view> line = peek())
+    while (const Line* line = peek())
     {
-        take(*line);
-        if (beginsBulk(*line))
+        const bool isMark = beginsBulk(line->text);
+        take();
+        if (isMark)
         {
             return;
         }
@@ -58,72 +46,71 @@ void NastranCards::skipHeading()
     files_ = {{&first_, begin}};
 }
 
-/// The next line without its comment that is not blank, of whichever file.
-std::optional<std::string_view> NastranCards::peek()
+/// The next line that is not blank, of whichever file; null at the end.
+const NastranCards::Line* NastranCards::peek()
 {
-    while (!files_.empty())
+    while (next_.behind == nullptr && !files_.empty())
     {
         Reading& file = files_.back();
         if (file.at == file.source->end())
         {
             if (files_.size() == 1)
             {
-                return std::nullopt;
+                return nullptr;
             }
             files_.pop_back();
             continue;
         }
         const auto rest = static_cast<std::size_t>(file.source->end() - file.at);
         const auto* end = static_cast<const char*>(std::memchr(file.at, '\n', rest));
-        std::string_view line(file.at, end == nullptr ? rest : static_cast<std::size_t>(end - file.at));
-        line = line.substr(0, line.find('$'));
+        const std::string_view whole(file.at, end == nullptr ? rest : static_cast<std::size_t>(end - file.at));
+        file.at = end == nullptr ? file.source->end() : end + 1;
+        const std::string_view line = whole.substr(0, whole.find('$'));
         if (!trimmed(line).empty())
         {
-            return line;
+            const std::size_t comma = line.find(',');
+            const bool isFree = comma != std::string_view::npos;
+            next_ = {line, trimmed(line.substr(0, isFree ? comma : fieldWidth)), isFree, file.at};
         }
-        take(line);
     }
-    return std::nullopt;
+    return next_.behind == nullptr ? nullptr : &next_;
 }
 
-void NastranCards::take(std::string_view line)
+void NastranCards::take()
 {
-    Reading& file = files_.back();
-    const char* end = line.data() + line.size();
-    const auto rest = static_cast<std::size_t>(file.source->end() - end);
-    const auto* lineEnd = static_cast<const char*>(std::memchr(end, '\n', rest));
-    file.at = lineEnd == nullptr ? file.source->end() : lineEnd + 1;
+    next_.behind = nullptr;
 }
 
 const NastranCard* NastranCards::next()
 {
-    while (std::optional<std::string_view> line = peek())
+    while (const Line* line = peek())
     {
-        take(*line);
-        const std::string_view first = firstField(*line);
-        if (first.size() >= 7 && inCapitals(first.substr(0, 7)) == "INCLUDE")
+        if (line->first.size() >= 7 && inCapitals(line->first.substr(0, 7)) == "INCLUDE")
         {
-            include(*line);
+            const Line whole = *line;
+            take();
+            include(whole);
             continue;
         }
-        if (continues(*line))
+        if (line->continues())
         {
-            fail(line->data(), "continues a card, but there is none before it");
+            fail(line->text.data(), "continues a card, but there is none before it");
         }
-        card_.name = inCapitals(first);
+        card_.name = inCapitals(line->first);
         card_.fields.clear();
-        card_.place = line->data();
+        card_.place = line->text.data();
         expanded_.clear();
         if (card_.name == "ENDDATA")
         {
             return nullptr;
         }
         addFields(*line, true);
+        take();
         constexpr std::size_t mostFields = 1000000;
-        for (line = peek(); line && continues(*line) && card_.fields.size() < mostFields; line = peek())
+        for (line = peek(); line != nullptr && line->continues() && card_.fields.size() < mostFields; line = peek())
         {
-            take(*line);
             addFields(*line, false);
+            take();
         }
         if (card_.name.ends_with('*'))
         {
@@ -135,16 +122,16 @@ const NastranCard* NastranCards::next()
 }
 
 /// INCLUDE 'name', of which the name may go on in further lines.
-void NastranCards::include(std::string_view line)
+void NastranCards::include(const Line& line)
 {
-    const char* place = line.data();
-    std::string name(trimmed(trimmed(line).substr(7)));
+    const char* place = line.text.data();
+    std::string name(trimmed(trimmed(line.text).substr(7)));
     const auto isOpen = [&]
     { return name.size() > 1 && name.front() == '\'' && name.find('\'', 1) == std::string::npos; };
-    for (std::optional<std::string_view> more = peek(); isOpen() && more; more = peek())
+    for (const Line* more = peek(); isOpen() && more != nullptr; more = peek())
     {
-        name += trimmed(*more);
-        take(*more);
+        name += trimmed(more->text);
+        take();
     }
     std::erase_if(name, [](char letter) { return letter == '\'' || letter == '"'; });
     constexpr std::size_t deepest = 20;
@@ -166,27 +153,24 @@ void NastranCards::include(std::string_view line)
     files_.push_back({&included_.back(), included_.back().begin()});
 }
 
-void NastranCards::addFields(std::string_view line, bool isFirst)
+void NastranCards::addFields(const Line& line, bool isFirst)
 {
-    if (line.find('\t') != std::string_view::npos)
+    const bool isLarge = isFirst ? line.first.ends_with('*') : line.first.starts_with('*');
+    const std::size_t count = isLarge ? largeFieldsPerLine : smallFieldsPerLine;
+    const bool hasTabulators = line.text.find('\t') != std::string_view::npos;
+    const std::string_view plain = hasTabulators ? withoutTabulators(line.text) : line.text;
+    if (line.isFree)
     {
-        line = withoutTabulators(line);
-    }
-    if (line.find(',') != std::string_view::npos)
-    {
-        addFreeFields(line, isFirst);
+        addFreeFields(plain, count);
     }
     else
     {
-        addFixedFields(line, isFirst);
+        addFixedFields(plain, count, isLarge ? 2 * fieldWidth : fieldWidth);
     }
 }
 
-void NastranCards::addFreeFields(std::string_view line, bool isFirst)
+void NastranCards::addFreeFields(std::string_view line, std::size_t count)
 {
-    const std::string_view first = firstField(line);
-    const bool isLarge = isFirst ? first.ends_with('*') : first.starts_with('*');
-    const std::size_t count = isLarge ? largeFieldsPerLine : smallFieldsPerLine;
     std::size_t begin = line.find(',') + 1;
     for (std::size_t i = 0; i < count; ++i)
     {
@@ -196,12 +180,8 @@ void NastranCards::addFreeFields(std::string_view line, bool isFirst)
     }
 }
 
-void NastranCards::addFixedFields(std::string_view line, bool isFirst)
+void NastranCards::addFixedFields(std::string_view line, std::size_t count, std::size_t width)
 {
-    const std::string_view first = firstField(line);
-    const bool isLarge = isFirst ? first.ends_with('*') : first.starts_with('*');
-    const std::size_t count = isLarge ? largeFieldsPerLine : smallFieldsPerLine;
-    const std::size_t width = isLarge ? 2 * fieldWidth : fieldWidth;
     for (std::size_t i = 0; i < count; ++i)
     {
         const std::size_t begin = fieldWidth + i * width;

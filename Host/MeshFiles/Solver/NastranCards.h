@@ -46,19 +46,31 @@ private:
     };
 
     const SourceText& sourceOf(const char* place) const;
-    std::optional<std::string_view> peek();
-    void take(std::string_view line);
+    /// A line without its comment.
+    struct Line
+    {
+        std::string_view text{};
+        std::string_view first{}; ///< its first field
+        bool isFree = false;      ///< with commas between the fields
+        const char* behind = nullptr;
+
+        bool continues() const { return first.empty() || first.front() == '+' || first.front() == '*'; }
+    };
+
+    const Line* peek();
+    void take();
     void skipHeading();
-    void include(std::string_view line);
-    void addFields(std::string_view line, bool isFirst);
-    void addFreeFields(std::string_view line, bool isFirst);
-    void addFixedFields(std::string_view line, bool isFirst);
+    void include(const Line& line);
+    void addFields(const Line& line, bool isFirst);
+    void addFreeFields(std::string_view line, std::size_t count);
+    void addFixedFields(std::string_view line, std::size_t count, std::size_t width);
     std::string_view withoutTabulators(std::string_view line);
 
     const SourceText& first_;
     FileOpener open_;
     std::list<SourceText> included_{};
     std::vector<Reading> files_{};
+    Line next_{}; ///< the line that peek() has found, if it has a place behind it
     std::list<std::string> expanded_{};
     NastranCard card_{};
 };

@@ -191,6 +191,11 @@ private:
     /// From the coordinate systems of nodes to the basic one.
     void place()
     {
+        const auto isBasic = [&](long long system) { return system == 0 || (system == unset && defaultSystem_ == 0); };
+        if (std::ranges::all_of(nodeSystems_, isBasic))
+        {
+            return;
+        }
         NastranSystems::Node asked{};
         const NastranSystems::NodeOf nodeOf = [&](long long wanted) -> const NastranSystems::Node*
         {

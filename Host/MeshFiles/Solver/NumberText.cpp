@@ -3,7 +3,6 @@
 #include "SourceText.h"
 
 #include <array>
-#include <cmath>
 #include <cstddef>
 
 namespace veltrane
@@ -30,7 +29,9 @@ bool takeUnusualReal(const char*& at, const char* end, double& value)
         copy[length] = letter == 'd' || letter == 'D' ? 'e' : letter;
     }
     const auto [stop, error] = std::from_chars(copy.data(), copy.data() + length, value);
-    if (error == std::errc::result_out_of_range && std::abs(std::strtod(copy.data(), nullptr)) < 1.0)
+    const bool isTiny = std::string_view(copy.data(), length).find("e-") != std::string_view::npos ||
+                        std::string_view(copy.data(), length).find("E-") != std::string_view::npos;
+    if (error == std::errc::result_out_of_range && isTiny)
     {
         value = 0.0; // too small to be told from nothing
     }

@@ -2,6 +2,7 @@
 
 #include "CellNames.h"
 #include "GroupNames.h"
+#include "LowerGroups.h"
 #include "NodeLabels.h"
 #include "Text.h"
 
@@ -142,6 +143,7 @@ void addNumbers(vtkUnstructuredGrid& grid, const ParsedMesh& mesh)
 FileData toFileData(ParsedMesh mesh)
 {
     sortCells(mesh);
+    const std::vector<int> groups = takeMaterialsFromVolumes(mesh);
     vtkNew<vtkUnstructuredGrid> grid;
     vtkNew<vtkPoints> points;
     points->SetData(copied<vtkDoubleArray>("", 3, mesh.coordinates));
@@ -153,6 +155,10 @@ FileData toFileData(ParsedMesh mesh)
     {
         grid->GetCellData()->AddArray(copied<vtkIntArray>("material", 1, mesh.materials));
         setGroupNames(*grid, GroupNames(mesh.materialNames.begin(), mesh.materialNames.end()));
+    }
+    if (!groups.empty())
+    {
+        setGroups(*grid, groups, mesh.lowerGroupNames);
     }
     addNumbers(*grid, mesh);
     for (const ParsedField& field : mesh.fields)

@@ -9,7 +9,7 @@ namespace veltrane
 {
 
 /// The mesh in the form that FileFormat.h tells of. Volumes come before surfaces, these before lines, so that a node
-/// between cells of several dimensions has the material of the volume.
+/// between cells of several dimensions has the material of the volume; see LowerGroups.h for those of surfaces.
 ///
 /// What NodeLabels.h tells of is there unless the numbers of the nodes are 1, 2, 3 ... and there are no instances.
 FileData toFileData(ParsedMesh mesh);

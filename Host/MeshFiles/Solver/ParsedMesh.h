@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace veltrane
@@ -33,6 +34,8 @@ struct ParsedMesh
     std::vector<long long> cellNumbers{};     ///< the file's own
     std::vector<int> materials{};             ///< per cell; empty if the file tells none apart
     std::map<int, std::string> materialNames{};
+    /// Names of groups of cells of lower dimensions, whose numbers stand among the materials, too.
+    std::map<std::pair<int, int>, std::string> lowerGroupNames{};
 
     std::vector<ParsedField> fields{};  ///< of one step
     std::vector<double> times{};        ///< of all steps
