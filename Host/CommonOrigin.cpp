@@ -10,16 +10,6 @@ namespace veltrane
 namespace
 {
 
-float farthestCoordinate(std::span<const float> coordinates)
-{
-    float farthest = 0;
-    for (const float coordinate : coordinates)
-    {
-        farthest = std::max(farthest, std::abs(coordinate));
-    }
-    return farthest;
-}
-
 float spacingAt(float coordinate)
 {
     return std::nextafter(coordinate, Box::infinity) - coordinate;
@@ -36,6 +26,29 @@ float smallestSide(const Mesh& mesh, int element)
     return std::min({box.max[0] - box.min[0], box.max[1] - box.min[1], box.max[2] - box.min[2]});
 }
 
+double exactCoordinate(std::span<const float> coordinates, std::span<const double> exact, std::size_t i)
+{
+    return exact.empty() ? double{coordinates[i]} : exact[i];
+}
+
+} // namespace
+
+float farthestCoordinate(std::span<const float> coordinates)
+{
+    float farthest = 0;
+    for (const float coordinate : coordinates)
+    {
+        farthest = std::max(farthest, std::abs(coordinate));
+    }
+    return farthest;
+}
+
+float smallestTellableSide(float farthestCoordinate, float tolerance)
+{
+    constexpr float share = 0.1F;
+    return spacingAt(farthestCoordinate) / (share * tolerance);
+}
+
 bool hasVolumeElementBelow(const Mesh& mesh, float side)
 {
     for (int element = 0; element < mesh.elementCount(); ++element)
@@ -48,28 +61,21 @@ bool hasVolumeElementBelow(const Mesh& mesh, float side)
     return false;
 }
 
-double exactCoordinate(std::span<const float> coordinates, std::span<const double> exact, std::size_t i)
+Origin middleOf(const Box& box)
 {
-    return exact.empty() ? double{coordinates[i]} : exact[i];
-}
-
-} // namespace
-
-Origin commonOrigin(const Mesh& source, std::span<const float> targetCoordinates, float tolerance)
-{
-    constexpr float share = 0.1F;
-    const float farthest = std::max(farthestCoordinate(source.coordinates()), farthestCoordinate(targetCoordinates));
-    if (!hasVolumeElementBelow(source, spacingAt(farthest) / (share * tolerance)))
-    {
-        return noOrigin;
-    }
     Origin origin{};
-    const Box box = source.boundingBox();
     for (std::size_t axis = 0; axis < 3; ++axis)
     {
         origin[axis] = 0.5 * (double{box.min[axis]} + double{box.max[axis]});
     }
     return origin;
+}
+
+Origin commonOrigin(const Mesh& source, std::span<const float> targetCoordinates, float tolerance)
+{
+    const float farthest = std::max(farthestCoordinate(source.coordinates()), farthestCoordinate(targetCoordinates));
+    return hasVolumeElementBelow(source, smallestTellableSide(farthest, tolerance)) ? middleOf(source.boundingBox())
+                                                                                    : noOrigin;
 }
 
 std::vector<float> coordinatesFrom(const Origin& origin, std::span<const float> coordinates,

@@ -20,6 +20,13 @@ inline constexpr Origin noOrigin{};
 /// source; else noOrigin. `targetCoordinates` are x, y, z of each position, and may be empty.
 Origin commonOrigin(const Mesh& source, std::span<const float> targetCoordinates, float tolerance);
 
+/// The same put together from parts of the source and of the target: the farthest coordinate of all tells which side
+/// of an element is small, and the box is that of the whole source.
+float farthestCoordinate(std::span<const float> coordinates);
+float smallestTellableSide(float farthestCoordinate, float tolerance);
+bool hasVolumeElementBelow(const Mesh& mesh, float side);
+Origin middleOf(const Box& box);
+
 /// Coordinates less an origin, rounded to single precision once; `exact` is empty where `coordinates` say it all.
 std::vector<float> coordinatesFrom(const Origin& origin, std::span<const float> coordinates,
                                    std::span<const double> exact);

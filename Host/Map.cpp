@@ -4,6 +4,7 @@
 #include "EngineModel.h"
 #include "EngineTuning.h"
 #include "Errors.h"
+#include "MapPart.h"
 #include "Text.h"
 #include "ThreadWorkers.h"
 
@@ -98,9 +99,22 @@ const double (*rowsOfThree(const std::vector<double>& coordinates))[3]
     return coordinates.empty() ? nullptr : reinterpret_cast<const double(*)[3]>(coordinates.data());
 }
 
+/// The coordinates in double precision, or those in single precision widened into `widened`; null if the latter say it
+/// all.
+template <typename Positions>
+const double (*exactRows(const Positions& positions, bool isExact, std::vector<double>& widened))[3]
+{
+    if (isExact && positions.exactCoordinates().empty())
+    {
+        widened.assign(positions.coordinates().begin(), positions.coordinates().end());
+        return rowsOfThree(widened);
+    }
+    return rowsOfThree(positions.exactCoordinates());
+}
+
 template <typename Target>
 std::shared_ptr<const TransferMap> build(const Mesh& source, const Target& target, std::vector<int> flags,
-                                         const MapOptions& options, const char* title)
+                                         const MapOptions& options, const char* title, const MapPart* part)
 {
     MapSettings settings = engineSettings(options);
     ThreadWorkers workers(options.threads, options.progress, title);
@@ -108,13 +122,20 @@ std::shared_ptr<const TransferMap> build(const Mesh& source, const Target& targe
     {
         workers.throwStopped(cancelledText);
     }
-    if (options.rules.movesOrigin)
+    if (part != nullptr)
+    {
+        settings.origin = part->origin;
+        settings.part = &part->figures;
+    }
+    else if (options.rules.movesOrigin)
     {
         settings.origin = commonOrigin(source, target.coordinates(), settings.tuning.refCoordTolerance);
     }
     settings.isDouble = options.rules.inDoublePrecision;
-    settings.exactSourceCoords = rowsOfThree(source.exactCoordinates());
-    settings.exactTargetCoords = rowsOfThree(target.exactCoordinates());
+    std::vector<double> widenedSource;
+    std::vector<double> widenedTarget;
+    settings.exactSourceCoords = exactRows(source, part != nullptr && part->hasExactSource, widenedSource);
+    settings.exactTargetCoords = exactRows(target, part != nullptr && part->hasExactTarget, widenedTarget);
     const EngineModel sourceModel(source, settings.origin);
     const EngineModel targetModel(target, settings.origin);
     auto map = std::make_shared<TransferMap>();
@@ -134,7 +155,8 @@ std::shared_ptr<const TransferMap> build(const Mesh& source, const Target& targe
     return map;
 }
 
-std::shared_ptr<const TransferMap> build(const Mesh& source, const Mesh& target, const MapOptions& options)
+std::shared_ptr<const TransferMap> build(const Mesh& source, const Mesh& target, const MapOptions& options,
+                                         const MapPart* part = nullptr)
 {
     checkMode(options.mode, false);
     checkSourceKinds(source);
@@ -142,10 +164,12 @@ std::shared_ptr<const TransferMap> build(const Mesh& source, const Mesh& target,
     {
         checkVolumeElements(target, "target", "Gauss-point fields need a target of volume elements only");
     }
-    return build(source, target, mappingFlags(options.targetMapping, target.materials().size()), options, meshTitle);
+    return build(source, target, mappingFlags(options.targetMapping, target.materials().size()), options, meshTitle,
+                 part);
 }
 
-std::shared_ptr<const TransferMap> build(const Mesh& source, const PointCloud& points, const MapOptions& options)
+std::shared_ptr<const TransferMap> build(const Mesh& source, const PointCloud& points, const MapOptions& options,
+                                         const MapPart* part = nullptr)
 {
     checkMode(options.mode, true);
     checkSourceKinds(source);
@@ -153,7 +177,8 @@ std::shared_ptr<const TransferMap> build(const Mesh& source, const PointCloud& p
     {
         throw InvalidOption("points receive values as nodes do, one location for each field");
     }
-    return build(source, points, mappingFlags(options.targetMapping, points.materials().size()), options, pointsTitle);
+    return build(source, points, mappingFlags(options.targetMapping, points.materials().size()), options, pointsTitle,
+                 part);
 }
 
 const char* placeName(Location location)
@@ -227,6 +252,18 @@ FieldView arraysOf(const Field& field, FieldValues& target, Location targetLocat
 }
 
 } // namespace
+
+std::shared_ptr<const TransferMap> buildPart(const Mesh& source, const Mesh& target, const MapOptions& options,
+                                             const MapPart& part)
+{
+    return build(source, target, options, &part);
+}
+
+std::shared_ptr<const TransferMap> buildPart(const Mesh& source, const PointCloud& points, const MapOptions& options,
+                                             const MapPart& part)
+{
+    return build(source, points, options, &part);
+}
 
 Map::Map(const Mesh& source, const Mesh& target, const MapOptions& options)
     : map_(build(source, target, options)), statistics_(std::make_shared<TransferStatistics>(statisticsOf(*map_, true)))

@@ -216,6 +216,8 @@ public:
     bool isTo(const PointCloud& points) const;
 
 private:
+    friend class RankMap; // keeps that of its part of the models
+
     explicit Map(std::shared_ptr<const TransferMap> map);
 
     bool hasSourceLocations(Location location, std::size_t count) const;

@@ -115,10 +115,10 @@ void checkMaterials(const std::vector<Material>& materials, const std::vector<in
 }
 
 /// Checks that the offsets cut the connectivity into as many nodes per element as its kind has.
-void checkElements(const MeshData& data)
+void checkElements(const MeshData& data, Extent extent)
 {
     const std::size_t elementCount = data.kinds.size();
-    if (elementCount == 0)
+    if (elementCount == 0 && extent == Extent::whole)
     {
         throw InvalidData("there is no element");
     }
@@ -194,11 +194,11 @@ float Box::size() const
     return std::max({max[0] - min[0], max[1] - min[1], max[2] - min[2]});
 }
 
-Mesh::Mesh(MeshData data) : data_(std::move(data))
+Mesh::Mesh(MeshData data, Extent extent) : data_(std::move(data))
 {
     roundCoordinates(data_.coordinates, data_.exactCoordinates);
     checkCoordinates(data_.coordinates, "node");
-    checkElements(data_);
+    checkElements(data_, extent);
     checkNodeNumbers(data_);
     checkMaterials(data_.materials, data_.materialPerElement, data_.kinds.size(), "element");
     nodesPerElement_.reserve(data_.offsets.size());
@@ -281,12 +281,12 @@ PointCloud::PointCloud(std::vector<float> coordinates, std::vector<int> material
 }
 
 PointCloud::PointCloud(std::vector<float> coordinates, std::vector<double> exactCoordinates,
-                       std::vector<int> materialPerPoint, std::vector<Material> materials)
+                       std::vector<int> materialPerPoint, std::vector<Material> materials, Extent extent)
     : coordinates_(std::move(coordinates)), exactCoordinates_(std::move(exactCoordinates)),
       materialPerPoint_(std::move(materialPerPoint)), materials_(std::move(materials))
 {
     roundCoordinates(coordinates_, exactCoordinates_);
-    if (coordinates_.empty())
+    if (coordinates_.empty() && extent == Extent::whole)
     {
         throw InvalidData("there is no point");
     }

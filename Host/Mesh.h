@@ -51,6 +51,13 @@ struct MeshData
     std::vector<Material> materials{};     ///< at least one
 };
 
+/// Whether a mesh or points are all that there is, and then not nothing, or part of something larger.
+enum class Extent
+{
+    whole,
+    part
+};
+
 /// A finite-element mesh in one piece that holds together: finite coordinates, known element kinds with as many nodes
 /// as they need, node and material numbers in range. Only the materials and the rule of Gauss
 /// points can change afterwards.
@@ -58,7 +65,7 @@ class Mesh
 {
 public:
     /// Throws InvalidData, naming what is wrong and where.
-    explicit Mesh(MeshData data);
+    explicit Mesh(MeshData data, Extent extent = Extent::whole);
     Mesh(const Mesh& other);
     Mesh(Mesh&& other) noexcept = default;
     Mesh& operator=(Mesh other) noexcept;
@@ -121,7 +128,7 @@ public:
     PointCloud(std::vector<float> coordinates, std::vector<int> materialPerPoint, std::vector<Material> materials);
     /// Exact coordinates are as those of MeshData.
     PointCloud(std::vector<float> coordinates, std::vector<double> exactCoordinates, std::vector<int> materialPerPoint,
-               std::vector<Material> materials);
+               std::vector<Material> materials, Extent extent = Extent::whole);
 
     int pointCount() const { return static_cast<int>(coordinates_.size() / 3); }
     const std::vector<float>& coordinates() const { return coordinates_; }

@@ -17,21 +17,6 @@ namespace
 constexpr const char* unitName = "BucketSpaceClass";
 constexpr Stage gridStage{"Pretreatment", 0, 5};
 
-/// A box enlarged by `factor` times its own extents on each side.
-Box enlarged(Box box, float factor)
-{
-    const Vector3 extents = box.extents();
-    box.inflate({factor * extents[0], factor * extents[1], factor * extents[2]});
-    return box;
-}
-
-Box boxAroundPoint(const float (&point)[3], float reach)
-{
-    Box box = boxOfPoint(point);
-    box.inflate({reach, reach, reach});
-    return box;
-}
-
 /// The six values of a box, as a table of boxes holds them.
 struct BoxValues
 {
@@ -79,22 +64,26 @@ char* BucketSpaceClass::build(int mode, const ModelClass& targetModel, const Mod
                               const SurveyedBoxes* surveyed)
 {
     MessageBuffer buffer("BucketSpaceClass::build()");
-    const bool isSurveyed = surveyed != nullptr && surveyed->areExact && targetModel.itsKind == ModelKind::mesh;
+    const bool isSurveyed =
+        surveyed != nullptr && surveyed->areExact && (targetModel.itsKind == ModelKind::mesh || surveyed->areOfWhole);
     const RunningBox selectedTarget =
         isSurveyed ? surveyed->selectedTarget : selectedBox(targetModel, targetMatlMappingFlags);
     if (selectedTarget.isEmpty())
     {
         return newErrorText(buffer, "Error: please select at least one domain in the target model.\n");
     }
-    layOver(selectedTarget.box(), boxMarginRatio);
+    layOut(selectedTarget.box(), initialBucketSize, boxMarginRatio);
     if (targetModel.itsKind == ModelKind::mesh && itsRefusesOverhang &&
         !isIncludedIn(isSurveyed ? surveyed->source : boxOfElements(sourceModel)))
     {
         return newErrorText(buffer, "Error: the target mesh is not included in the source mesh.\n");
     }
-    chooseBucketSize(initialBucketSize);
     allocateStates();
     markTarget(targetModel, targetBoxes, boxMarginRatio, surveyed != nullptr);
+    for (const BucketRange& range : itsFurtherNeeded)
+    {
+        forEachBucket(range, [&](std::int64_t bucket) { itsBucketState.values()[bucket] = neededEmpty; });
+    }
     allocateBuckets();
     switch (mode)
     {
@@ -189,6 +178,20 @@ RunningBox BucketSpaceClass::boxOfElements(const ModelClass& sourceModel)
     return running;
 }
 
+void BucketSpaceClass::layOut(const Box& selectedTarget, float initialBucketSize, float boxMarginRatio)
+{
+    layOver(selectedTarget, boxMarginRatio);
+    chooseBucketSize(initialBucketSize);
+    holdAll();
+}
+
+Box BucketSpaceClass::boxAroundPoint(const float (&point)[3], float reach)
+{
+    Box box = boxOfPoint(point);
+    box.inflate({reach, reach, reach});
+    return box;
+}
+
 void BucketSpaceClass::layOver(const Box& selectedTarget, float boxMarginRatio)
 {
     const Box box = enlarged(selectedTarget, boxMarginRatio);
@@ -253,9 +256,23 @@ bool BucketSpaceClass::hasTooManyBuckets() const
     return itsMaxNbBuckets < 1 || perLayer > itsMaxNbBuckets / itsNbBuckets[2];
 }
 
+/// Without a window the grid holds all its buckets.
+void BucketSpaceClass::holdAll()
+{
+    for (int axis = 0; axis < 3; ++axis)
+    {
+        if (!itsHasWindow)
+        {
+            itsWindow.low[axis] = 0;
+            itsWindow.high[axis] = itsNbBuckets[axis] - 1;
+        }
+        itsNbHeld[axis] = itsWindow.high[axis] - itsWindow.low[axis] + 1;
+    }
+}
+
 void BucketSpaceClass::allocateStates()
 {
-    switch (itsBucketState.allocate(itsNbBuckets[0], itsNbBuckets[1], itsNbBuckets[2]))
+    switch (itsBucketState.allocate(itsNbHeld[0], itsNbHeld[1], itsNbHeld[2]))
     {
     case TableBlock::outerPointers:
         endProcess("Error in %s file at line %d: impossible to allocate an int** \n", unitName, 307);
@@ -269,7 +286,7 @@ void BucketSpaceClass::allocateStates()
 
 void BucketSpaceClass::allocateBuckets()
 {
-    switch (itsBuckets.allocate(itsNbBuckets[0], itsNbBuckets[1], itsNbBuckets[2]))
+    switch (itsBuckets.allocate(itsNbHeld[0], itsNbHeld[1], itsNbHeld[2]))
     {
     case TableBlock::outerPointers:
         endProcess("Error in %s file at line %d: impossible to allocate an BucketClass** \n", unitName, 482);
@@ -488,8 +505,9 @@ void BucketSpaceClass::settleFilling()
     itsFurtherCursors.release();
 }
 
-template <class Visitor> void BucketSpaceClass::forEachBucket(const BucketRange& range, Visitor visit) const
+template <class Visitor> void BucketSpaceClass::forEachBucket(const BucketRange& touched, Visitor visit) const
 {
+    const BucketRange range = itsHasWindow ? touched.cutBy(itsWindow) : touched;
     if (range.isEmpty())
     {
         return;
@@ -498,7 +516,8 @@ template <class Visitor> void BucketSpaceClass::forEachBucket(const BucketRange&
     {
         for (std::int64_t j = range.low[1]; j <= range.high[1]; ++j)
         {
-            const std::int64_t row = (i * itsNbBuckets[1] + j) * itsNbBuckets[2];
+            const std::int64_t row =
+                ((i - itsWindow.low[0]) * itsNbHeld[1] + (j - itsWindow.low[1])) * itsNbHeld[2] - itsWindow.low[2];
             for (int k = range.low[2]; k <= range.high[2]; ++k)
             {
                 visit(row + k);
@@ -519,10 +538,11 @@ std::int64_t BucketSpaceClass::bucketOfPoint(const Vector3& point) const
             return -1;
         }
         index[axis] = static_cast<int>(position);
-        if (index[axis] >= itsNbBuckets[axis])
+        index[axis] -= itsWindow.low[axis];
+        if (index[axis] < 0 || index[axis] >= itsNbHeld[axis])
         {
             return -1;
         }
     }
-    return (static_cast<std::int64_t>(index[0]) * itsNbBuckets[1] + index[1]) * itsNbBuckets[2] + index[2];
+    return (static_cast<std::int64_t>(index[0]) * itsNbHeld[1] + index[1]) * itsNbHeld[2] + index[2];
 }

@@ -43,6 +43,8 @@ struct SurveyedBoxes
     /// Whether the boxes of elements say the same as their nodes: not if an element has no nodes, or if a coordinate of
     /// its first node is not a number, which hides the other nodes of the element.
     bool areExact = true;
+    /// Whether the models are parts of larger ones, whose boxes these are: the grid is laid over the whole.
+    bool areOfWhole = false;
 
     void add(RunningBox& running, const Box& element)
     {
@@ -86,7 +88,17 @@ public:
                 const BoxTable& targetBoxes, const int* targetMatlMappingFlags, float initialBucketSize,
                 float boxMarginRatio, float bucketFactor, const SurveyedBoxes* surveyed = nullptr);
 
-    /// Position of a point's bucket in the blocks of values, or -1 outside the grid.
+    /// What build() begins with: the place of the grid and of its buckets, without memory for them. The box is that of
+    /// the selected part of the target. Until it is built the grid has no window.
+    void layOut(const Box& selectedTarget, float initialBucketSize, float boxMarginRatio);
+
+    /// Finds the buckets that boxes touch, once the grid is laid out.
+    BucketRanges ranges() const { return {itsMin, itsInvBucketSize, itsNbBuckets}; }
+
+    /// The box by which a point of a cloud, or a source node, needs buckets.
+    static Box boxAroundPoint(const float (&point)[3], float reach);
+
+    /// Position of a point's bucket in the blocks of values, or -1 outside the grid or its window.
     std::int64_t bucketOfPoint(const Vector3& point) const;
 
     /// The items of a bucket given by its position; none for -1.
@@ -122,17 +134,31 @@ public:
         return static_cast<std::int64_t>(itsNbBuckets[0]) * itsNbBuckets[1] * itsNbBuckets[2];
     }
 
+    /// Those that it has memory for.
+    std::int64_t nbHeldBuckets() const { return itsBuckets.nbValues(); }
+
     Vector3 itsMin{};
     Vector3 itsMax{};
     float itsBucketSize = 0.0F;
     float itsInvBucketSize = 0.0F;
     int itsNbBuckets[3]{};
+    BucketRange itsWindow; ///< the buckets that are held; of a grid without a window all
+    int itsNbHeld[3]{};    ///< along the window
     std::int64_t itsMaxNbBuckets = SearchTuning{}.maxNbBuckets;
-    ChainedTable<int> itsBucketState;     ///< [nx][ny][nz] of BucketState
-    ChainedTable<BucketClass> itsBuckets; ///< [nx][ny][nz]
+    ChainedTable<int> itsBucketState;     ///< [nx][ny][nz] of BucketState, of the window
+    ChainedTable<BucketClass> itsBuckets; ///< [nx][ny][nz], of the window
     std::int64_t itsNbEntries = 0;
     OwnedArray<int> itsItemInGrid; ///< per source item, 1 if a bucket lists it
 
+    /// Lets the grid hold no more than these buckets, which are all that the target touches; before it is built.
+    void setWindow(const BucketRange& window)
+    {
+        itsWindow = window;
+        itsHasWindow = true;
+    }
+
+    /// Further buckets that the target touches, as ranges, though what it touches them with is not at hand.
+    std::span<const BucketRange> itsFurtherNeeded;
     bool itsRefusesOverhang = true; ///< whether a target mesh must be included in the source mesh
     Workers* itsWorkers = nullptr; ///< by whom the grid is built; null: on the caller's thread. The lists are the same.
 
@@ -144,6 +170,7 @@ private:
     void chooseBucketSize(float initialBucketSize);
     void countBucketsPerAxis();
     bool hasTooManyBuckets() const;
+    void holdAll();
     void allocateStates();
     void allocateBuckets();
     template <class Visit> void forEachPiece(int nbItems, Visit visit);
@@ -163,10 +190,10 @@ private:
     template <class BoxOf> void fillPass(int nbItems, BoxOf boxOf, BucketState state);
     void settleFilling();
 
-    BucketRanges ranges() const { return {itsMin, itsInvBucketSize, itsNbBuckets}; }
     std::int64_t nbPieces() const { return itsWorkers == nullptr ? 1 : itsWorkers->nbWorkers(); }
     int& cursor(std::int64_t piece, std::int64_t bucket) const;
 
+    bool itsHasWindow = false;
     std::int64_t itsNbNeededEmpty = 0; ///< buckets in the state neededEmpty, once items were counted
     /// Each piece of the source items counts, and then fills, with numbers of its own per bucket, so that the lists
     /// come out in order. Those of the first piece are the buckets' numbers of items; these are the others', piece by

@@ -12,7 +12,7 @@ struct BucketUse
 
     explicit BucketUse(const BucketSpaceClass& space)
     {
-        for (std::int64_t bucket = 0; bucket < space.nbBuckets(); ++bucket)
+        for (std::int64_t bucket = 0; bucket < space.nbHeldBuckets(); ++bucket)
         {
             switch (space.state(bucket))
             {

@@ -3,8 +3,8 @@
 // The values of as many fields as go together are first copied side by side, in the precision of the map, so that a
 // node's values come with one access, unless they stand like that; on the way it is seen whether any is undefined. Sums
 // are those of Evaluation.h.
+#include "FieldSpreading.h"
 #include "GaussPointAveraging.h"
-#include "Propagation.h"
 #include "TransferMap.h"
 #include "ValueLanes.h"
 
@@ -21,30 +21,6 @@ constexpr Stage applicationStage{"Computation", 0, 100};
 
 /// Rows that are evaluated before their values are written field by field.
 constexpr std::int64_t blockSize = 128;
-
-/// Reads and writes a target value in the precision of the map.
-template <class Real> Real targetValue(const MapField& field, std::int64_t index)
-{
-    return field.targetFloats != nullptr ? static_cast<Real>(field.targetFloats[index])
-                                         : static_cast<Real>(field.targetDoubles[index]);
-}
-
-template <class Real> void setTargetValue(const MapField& field, std::int64_t index, Real value)
-{
-    if (field.targetFloats != nullptr)
-    {
-        field.targetFloats[index] = static_cast<float>(value);
-    }
-    else
-    {
-        field.targetDoubles[index] = static_cast<double>(value);
-    }
-}
-
-bool existsOn(const MapField& field, int matlStateClass)
-{
-    return !(field.isClassOneOnly && matlStateClass == 2);
-}
 
 } // namespace
 
@@ -103,7 +79,6 @@ private:
                     std::int64_t end, std::int64_t base, bool areAllMapped) const;
     template <int knownCount> void prefetchRow(std::int64_t row, const Real* values, int nbLanes) const;
     void fillFar(Location location) const;
-    void propagateFields() const;
     void fillRow(const MapField& field, std::int64_t index, Real value) const;
 
     const TransferMap& itsMap;
@@ -404,7 +379,7 @@ template <class Real> void MapApplication<Real>::fillFar(Location location) cons
     const bool isPropagating = location == atNodes && itsMap.itsFarPoints == FarPoints::propagate;
     if (isPropagating)
     {
-        propagateFields();
+        spreadFields<Real>(itsMap.itsPropagation, itsFields);
     }
     const std::int64_t base = location == atNodes ? 0 : itsTable.nbNodes;
     const std::int64_t nbRows = location == atNodes ? itsTable.nbNodes : itsTable.nbGaussPoints;
@@ -422,26 +397,6 @@ template <class Real> void MapApplication<Real>::fillFar(Location location) cons
             }
         }
     }
-}
-
-template <class Real> void MapApplication<Real>::propagateFields() const
-{
-    const auto spread = [&](int matlStateClass, std::span<const int> filled, std::span<const int> far)
-    {
-        for (const MapField& field : itsFields)
-        {
-            const bool isConcerned = field.targetLocation == atNodes && existsOn(field, matlStateClass);
-            for (int component = 0; isConcerned && component < field.nbComponents; ++component)
-            {
-                const auto indexOf = [&](int node)
-                { return static_cast<std::int64_t>(node) * field.nbComponents + component; };
-                spreadMean<Real>(
-                    filled, far, [&](int node) { return targetValue<Real>(field, indexOf(node)); },
-                    [&](int node, Real mean) { setTargetValue(field, indexOf(node), mean); });
-            }
-        }
-    };
-    itsMap.itsPropagation.forEachStep(spread);
 }
 
 template <class Value>

@@ -108,7 +108,8 @@ public:
         {
             failure = locateSection(0, itsNodePieces);
         }
-        if (!failure && itsSettings.farPoints == FarPoints::propagate && itsMap.itsStatistics.nbFarNodes > 0)
+        if (!failure && itsSettings.farPoints == FarPoints::propagate && itsSettings.part == nullptr &&
+            itsMap.itsStatistics.nbFarNodes > 0)
         {
             failure = planPropagation();
         }
@@ -232,14 +233,21 @@ MapFailure MapBuilder::prepare()
     {
         return noMemoryFailure();
     }
-    if (!itsTarget.isCloud() && !surveyTarget(itsTarget, surveyed, itsWorkers))
+    const PartOfWhole* part = itsSettings.part;
+    if (part != nullptr)
+    {
+        surveyed = part->boxes;
+        itsSpace.setWindow(part->window);
+        itsSpace.itsFurtherNeeded = part->furtherNeeded;
+    }
+    else if (!itsTarget.isCloud() && !surveyTarget(itsTarget, surveyed, itsWorkers))
     {
         return cancelledFailure();
     }
     itsSpace.itsRefusesOverhang = itsSettings.rules.refusesOverhang;
     itsSpace.itsMaxNbBuckets = itsSettings.tuning.maxNbBuckets;
     itsSpace.itsWorkers = itsWorkers.nbWorkers() > 1 ? &itsWorkers : nullptr;
-    const float meanSize = sizeSum / static_cast<float>(3 * static_cast<std::int64_t>(itsSource.itsNbElts));
+    const float meanSize = part != nullptr ? part->meanSize : meanElementSize(sizeSum, itsSource.itsNbElts);
     char* errorText =
         itsSpace.build(BucketSpaceClass::elementBuckets, target, itsSource, itsBoxes, {}, itsTarget.matlMappingFlags,
                        meanSize, itsSettings.tuning.boxMarginRatio, itsSettings.tuning.bucketFactor, &surveyed);
@@ -251,7 +259,7 @@ MapFailure MapBuilder::prepare()
     }
     const std::int64_t nbPoints = (itsSettings.atNodes ? itsTarget.nbMappedNodes() : 0) +
                                   (itsSettings.atGaussPoints ? itsTarget.nbSelectedGaussPoints() : 0);
-    if (nbPoints == 0)
+    if (nbPoints == 0 && part == nullptr)
     {
         return {MapFailure::refused, "There is no target point where fields should be interpolated.\n"};
     }
@@ -272,6 +280,12 @@ bool MapBuilder::assignMaterials()
         return false;
     }
     itsTarget.nodes = {itsMatlIds.get(), itsMatlStates.get(), itsMappingFlags.get()};
+    if (itsSettings.part != nullptr)
+    {
+        takeMaterialsOfNodes(itsTarget.model, itsTarget.matlMappingFlags, itsSettings.part->matlIdPerNode,
+                             itsTarget.nodes);
+        return true;
+    }
     assignMaterialsToNodes(itsTarget.model, itsTarget.matlMappingFlags, itsTarget.nodes, itsWorkers);
     return true;
 }
@@ -593,56 +607,23 @@ void MapBuilder::leaveAt(std::int64_t index, const PieceList& list, const Neares
 MapFailure MapBuilder::planPropagation()
 {
     const std::int64_t nbNodes = itsTable.nbNodes;
-    PropagationPlan& plan = itsMap.itsPropagation;
     OwnedArray<unsigned char> isFar;
-    OwnedArray<int> openElts;
     if (!isFar.allocate(nbNodes))
     {
         return noMemoryFailure();
     }
-    const auto markFarNodes = [&]
+    for (std::int64_t node = 0; node < nbNodes; ++node)
     {
-        for (std::int64_t node = 0; node < nbNodes; ++node)
-        {
-            isFar[node] = itsTable.finding(node) == Finding::far ? 1 : 0;
-        }
-    };
-    markFarNodes();
-    const int nbOpen = listOpenElements(itsTarget, isFar.get(), nullptr);
-    if (!openElts.allocate(nbOpen))
+        isFar[node] = itsTable.finding(node) == Finding::far ? 1 : 0;
+    }
+    if (!planSpreading(itsTarget, isFar.get(), itsMap.itsPropagation))
     {
         return noMemoryFailure();
     }
-    // Once to know how much room the steps take, and once to write them down.
-    const auto sweep = [&](auto fill)
-    {
-        markFarNodes();
-        listOpenElements(itsTarget, isFar.get(), openElts.get());
-        return propagate(itsTarget.model, isFar.get(), static_cast<int>(itsMap.itsStatistics.nbFarNodes),
-                         {openElts.get(), static_cast<std::size_t>(nbOpen)}, fill);
-    };
-    sweep([&](int, const ElementFront& front)
-          { plan.size += PropagationPlan::headerSize + front.nbFilled + front.nbFar; });
-    if (!plan.steps.allocate(plan.size))
-    {
-        return noMemoryFailure();
-    }
-    int* step = plan.steps.get();
-    const auto writeStep = [&](int elt, const ElementFront& front)
-    {
-        *step++ = itsTarget.model.matlStateClassOfItem(elt);
-        *step++ = front.nbFilled;
-        *step++ = front.nbFar;
-        const auto nodes = nodesOfElt(itsTarget.model, elt);
-        step = std::ranges::copy_if(nodes, step, [&](int node) { return isFar[node] != 1; }).out;
-        step = std::ranges::copy_if(nodes, step, [&](int node) { return isFar[node] == 1; }).out;
-    };
-    plan.isComplete = sweep(writeStep) == 0;
     for (std::int64_t node = 0; node < nbNodes; ++node)
     {
         if (itsTable.finding(node) == Finding::far)
         {
-            plan.nbUnreached += isFar[node];
             itsTable.setFinding(node, isFar[node] == 1 ? Finding::far : Finding::reached);
         }
     }

@@ -2,6 +2,7 @@
 #ifndef VELTRANE_PROPAGATION_H
 #define VELTRANE_PROPAGATION_H
 
+#include "MapTable.h"
 #include "TargetPoints.h"
 
 #include <cstdint>
@@ -88,5 +89,9 @@ int propagate(const ModelClass& mesh, unsigned char* isFar, int nbFar, std::span
     }
     return remaining;
 }
+
+/// Plans the sweeps. `isFar`, per node of the target, is 1 at far nodes, and is left so at those that values do not
+/// reach. False if there is no memory.
+bool planSpreading(const Target& target, unsigned char* isFar, PropagationPlan& plan);
 
 #endif

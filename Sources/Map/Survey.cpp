@@ -69,6 +69,7 @@ bool surveyItems(int nbItems, RunningBox SurveyedBoxes::*running, SurveyedBoxes&
     }
     return true;
 }
+} // namespace
 
 void addExtents(float& sum, const Box& box)
 {
@@ -77,7 +78,6 @@ void addExtents(float& sum, const Box& box)
         sum += absoluteValue(extent);
     }
 }
-} // namespace
 
 bool surveySource(const ModelClass& source, float marginRatio, const BoxTable& boxes, SurveyedBoxes& surveyed,
                   float& sizeSum, Workers& workers)

@@ -115,6 +115,19 @@ void assignMaterialsToNodes(const ModelClass& mesh, const int* matlMappingFlags,
     }
 }
 
+void takeMaterialsOfNodes(const ModelClass& mesh, const int* matlMappingFlags, const int* matlIdPerNode,
+                          const NodeMaterials& tables)
+{
+    for (int node = 0; node < mesh.itsNbNodes; ++node)
+    {
+        const int matlId = matlIdPerNode[node];
+        const bool isAssigned = matlId != notAssigned;
+        tables.matlIds[node] = matlId;
+        tables.matlStates[node] = isAssigned ? mesh.itsMatlStates[matlId] : notAssigned;
+        tables.mappingFlags[node] = isAssigned ? matlMappingFlags[matlId] : 0;
+    }
+}
+
 std::int64_t Target::nbMappedNodes() const
 {
     std::int64_t count = 0;

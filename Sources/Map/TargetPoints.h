@@ -26,6 +26,10 @@ void assignMaterialsToNodes(const ModelClass& mesh, const int* matlMappingFlags,
 void assignMaterialsToNodes(const ModelClass& mesh, const int* matlMappingFlags, const NodeMaterials& tables,
                             Workers& workers);
 
+/// The same where the materials are known; -1 is none.
+void takeMaterialsOfNodes(const ModelClass& mesh, const int* matlMappingFlags, const int* matlIdPerNode,
+                          const NodeMaterials& tables);
+
 /// The target of a transfer: a mesh, or a cloud, whose points have materials of their own.
 struct Target
 {

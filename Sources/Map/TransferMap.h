@@ -7,6 +7,7 @@
 #ifndef VELTRANE_TRANSFER_MAP_H
 #define VELTRANE_TRANSFER_MAP_H
 
+#include "../BucketSpaceClass.h"
 #include "../FieldClass.h"
 #include "../ModelClass.h"
 #include "EngineRules.h"
@@ -29,6 +30,18 @@ enum class FarPoints
     propagate = 2    ///< nodes get values from their neighbours, 0 where there are none; Gauss points 0
 };
 
+/// What the builder of a map between parts of larger models takes from the whole: the source is every element, in the
+/// order of the whole, that touches a bucket which the target part touches. Its locations then get what they would get
+/// from the whole.
+struct PartOfWhole
+{
+    SurveyedBoxes boxes;                        ///< of both whole models
+    float meanSize = 0.0F;                      ///< of the elements of the whole source
+    BucketRange window;                         ///< the buckets that the target part touches; not empty
+    std::span<const BucketRange> furtherNeeded; ///< buckets that hold points of the part and that other parts touch
+    const int* matlIdPerNode = nullptr;         ///< of a target mesh, by the first element in the whole; -1 in none
+};
+
 struct MapSettings
 {
     EngineRules rules = withoutLimits();
@@ -46,6 +59,8 @@ struct MapSettings
     /// The coordinates in double precision, the origin not taken off; null where those of the model say it all.
     const double (*exactSourceCoords)[3] = nullptr;
     const double (*exactTargetCoords)[3] = nullptr;
+    /// Null where the models are whole. Propagation is not planned for a part: its far nodes stay far.
+    const PartOfWhole* part = nullptr;
 };
 
 /// The figures of a map's search.

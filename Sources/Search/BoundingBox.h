@@ -39,6 +39,14 @@ struct Box
     }
 };
 
+/// A box enlarged by `factor` times its own extents on each side.
+inline Box enlarged(Box box, float factor)
+{
+    const Vector3 extents = box.extents();
+    box.inflate({factor * extents[0], factor * extents[1], factor * extents[2]});
+    return box;
+}
+
 inline Box boxOfPoint(const float (&point)[3])
 {
     return {{point[0], point[1], point[2]}, {point[0], point[1], point[2]}};

@@ -5,6 +5,7 @@
 #include "../VectorHelpers.h"
 #include "BoundingBox.h"
 
+#include <algorithm>
 #include <cstddef>
 
 #if defined(__SSE2__)
@@ -24,6 +25,38 @@ struct BucketRange
     {
         return other.low[0] <= low[0] && high[0] <= other.high[0] && other.low[1] <= low[1] &&
                high[1] <= other.high[1] && other.low[2] <= low[2] && high[2] <= other.high[2];
+    }
+
+    /// What both have in common.
+    BucketRange cutBy(const BucketRange& other) const
+    {
+        BucketRange common;
+        for (int axis = 0; axis < 3; ++axis)
+        {
+            common.low[axis] = std::max(low[axis], other.low[axis]);
+            common.high[axis] = std::min(high[axis], other.high[axis]);
+            if (common.low[axis] > common.high[axis])
+            {
+                return {};
+            }
+        }
+        return common;
+    }
+
+    /// The smallest range with both in it.
+    BucketRange joinedWith(const BucketRange& other) const
+    {
+        if (isEmpty() || other.isEmpty())
+        {
+            return isEmpty() ? other : *this;
+        }
+        BucketRange joined;
+        for (int axis = 0; axis < 3; ++axis)
+        {
+            joined.low[axis] = std::min(low[axis], other.low[axis]);
+            joined.high[axis] = std::max(high[axis], other.high[axis]);
+        }
+        return joined;
     }
 };
 
