@@ -7,16 +7,50 @@
 
 namespace veltrane
 {
-namespace
-{
 
-ExitStatus fail(const std::exception& error, ExitStatus status)
+Failure failureOf(const std::exception_ptr& thrown)
 {
-    std::cerr << "veltrane: " << error.what() << '\n';
-    return status;
+    try
+    {
+        std::rethrow_exception(thrown);
+    }
+    catch (const InvalidOption& error)
+    {
+        return {ExitStatus::usage, error.what()};
+    }
+    catch (const NoInput& error)
+    {
+        return {ExitStatus::noInput, error.what()};
+    }
+    catch (const BadFile& error)
+    {
+        return {ExitStatus::badData, error.what()};
+    }
+    catch (const InvalidData& error)
+    {
+        return {ExitStatus::badData, error.what()};
+    }
+    catch (const CannotWrite& error)
+    {
+        return {ExitStatus::cannotCreate, error.what()};
+    }
+    catch (const TargetOutside& error)
+    {
+        return {ExitStatus::targetOutside, error.what()};
+    }
+    catch (const Cancelled&)
+    {
+        return {ExitStatus::cancelled, "cancelled"};
+    }
+    catch (const std::bad_alloc&)
+    {
+        return {ExitStatus::failed, "there is not enough memory"};
+    }
+    catch (const std::exception& error)
+    {
+        return {ExitStatus::failed, error.what()};
+    }
 }
-
-} // namespace
 
 ExitStatus runReportingFailures(const std::function<ExitStatus()>& work, CancellationReport cancellation)
 {
@@ -24,43 +58,14 @@ ExitStatus runReportingFailures(const std::function<ExitStatus()>& work, Cancell
     {
         return work();
     }
-    catch (const InvalidOption& error)
+    catch (const std::exception&)
     {
-        return fail(error, ExitStatus::usage);
-    }
-    catch (const NoInput& error)
-    {
-        return fail(error, ExitStatus::noInput);
-    }
-    catch (const BadFile& error)
-    {
-        return fail(error, ExitStatus::badData);
-    }
-    catch (const InvalidData& error)
-    {
-        return fail(error, ExitStatus::badData);
-    }
-    catch (const CannotWrite& error)
-    {
-        return fail(error, ExitStatus::cannotCreate);
-    }
-    catch (const TargetOutside& error)
-    {
-        return fail(error, ExitStatus::targetOutside);
-    }
-    catch (const Cancelled&)
-    {
-        std::cerr << (cancellation == CancellationReport::message ? "veltrane: cancelled\n" : "");
-        return ExitStatus::cancelled;
-    }
-    catch (const std::bad_alloc&)
-    {
-        std::cerr << "veltrane: there is not enough memory\n";
-        return ExitStatus::failed;
-    }
-    catch (const std::exception& error)
-    {
-        return fail(error, ExitStatus::failed);
+        const Failure failure = failureOf(std::current_exception());
+        if (failure.status != ExitStatus::cancelled || cancellation == CancellationReport::message)
+        {
+            std::cerr << "veltrane: " << failure.sentence << '\n';
+        }
+        return failure.status;
     }
 }
 

@@ -4,7 +4,9 @@
 
 #include "ExitStatus.h"
 
+#include <exception>
 #include <functional>
+#include <string>
 
 namespace veltrane
 {
@@ -15,6 +17,15 @@ enum class CancellationReport
     none,
     message
 };
+
+struct Failure
+{
+    ExitStatus status;
+    std::string sentence;
+};
+
+/// What becomes of an exception.
+Failure failureOf(const std::exception_ptr& thrown);
 
 /// Does the work; turns what it throws into a message on standard error and a status.
 ExitStatus runReportingFailures(const std::function<ExitStatus()>& work,

@@ -13,6 +13,8 @@
 #include <cstring>
 #include <fstream>
 #include <iostream>
+#include <mutex>
+#include <set>
 #include <system_error>
 #include <utility>
 
@@ -20,6 +22,43 @@ namespace veltrane
 {
 namespace
 {
+
+/// The files that have no names yet.
+class PendingFiles
+{
+public:
+    void add(const std::filesystem::path& path)
+    {
+        const std::scoped_lock lock(mutex_);
+        paths_.insert(path);
+    }
+
+    void forget(const std::filesystem::path& path)
+    {
+        const std::scoped_lock lock(mutex_);
+        paths_.erase(path);
+    }
+
+    void removeAll()
+    {
+        const std::scoped_lock lock(mutex_);
+        for (const std::filesystem::path& path : paths_)
+        {
+            std::error_code ignored; // there is nobody to tell
+            std::filesystem::remove(path, ignored);
+        }
+    }
+
+private:
+    std::mutex mutex_;
+    std::set<std::filesystem::path> paths_;
+};
+
+PendingFiles& pendingFiles()
+{
+    static PendingFiles files;
+    return files;
+}
 
 /// Creates an empty file that was not there.
 void createFile(const std::filesystem::path& path)
@@ -96,6 +135,7 @@ PendingOutput::PendingOutput(std::filesystem::path temporaryPath, std::filesyste
     : temporaryPath_(std::move(temporaryPath)), path_(std::move(path))
 {
     createFile(temporaryPath_);
+    pendingFiles().add(temporaryPath_);
 }
 
 PendingOutput::~PendingOutput()
@@ -104,6 +144,7 @@ PendingOutput::~PendingOutput()
     {
         std::error_code ignored; // there is nobody to tell
         std::filesystem::remove(temporaryPath_, ignored);
+        pendingFiles().forget(temporaryPath_);
     }
 }
 
@@ -125,7 +166,13 @@ void PendingOutput::publish()
     {
         throw CannotWrite(text("cannot create '", path_.string(), "': ", failure.message()));
     }
+    pendingFiles().forget(temporaryPath_);
     temporaryPath_.clear();
+}
+
+void removePendingOutputs()
+{
+    pendingFiles().removeAll();
 }
 
 void publishAll(std::vector<PendingOutput>& outputs)

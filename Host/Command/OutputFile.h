@@ -60,6 +60,9 @@ private:
     std::vector<std::filesystem::path> inputs_;
 };
 
+/// Takes away those of this process that have no names yet, before it ends at once. Any thread.
+void removePendingOutputs();
+
 /// Gives all of them their names. Throws CannotWrite.
 void publishAll(std::vector<PendingOutput>& outputs);
 

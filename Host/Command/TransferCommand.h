@@ -17,6 +17,18 @@
 namespace veltrane
 {
 
+/// What has been asked of a transfer.
+struct TransferChoices
+{
+    const MeshPairArguments& files;
+    const TransferArguments& arguments;
+    const LoadArguments& loads;
+    const PlacementArguments& placement;
+    const SeriesArguments& series;
+    const QualityArguments& quality;
+    const RecordFileOptions& recordFiles;
+};
+
 /// Transfers point data from one mesh file to another.
 class TransferCommand
 {
@@ -30,6 +42,11 @@ public:
 
     /// Throws what the host side throws.
     ExitStatus run() const;
+
+    TransferChoices choices() const
+    {
+        return {files_, arguments_, loads_, placement_, series_, quality_, recordFiles_};
+    }
 
 private:
     void checkOptions(bool isCollection) const;

@@ -6,6 +6,7 @@
 #include "FileErrors.h"
 #include "InfoCommand.h"
 #include "Interruption.h"
+#include "Launcher.h"
 #include "MatchCommand.h"
 #include "MeshFile.h"
 #include "SampleCommand.h"
@@ -112,9 +113,14 @@ int main(int argc, char** argv)
     const veltrane::InfoCommand info(app);
     const veltrane::CompareCommand compare(app);
 
+    // Of several processes one speaks.
+    const veltrane::Launch launch = veltrane::findLaunch();
+    std::ostream nowhere(nullptr);
+    std::ostream& out = launch.rank == 0 ? std::cout : nowhere;
+    std::ostream& err = launch.rank == 0 ? std::cerr : nowhere;
     if (const std::string sentence = unknownCommandText(argc, argv, app); !sentence.empty())
     {
-        std::cerr << "veltrane: " << sentence << '\n';
+        err << "veltrane: " << sentence << '\n';
         return static_cast<int>(ExitStatus::usage);
     }
     try
@@ -123,8 +129,28 @@ int main(int argc, char** argv)
     }
     catch (const CLI::ParseError& error)
     {
-        const int code = app.exit(error);
+        const int code = app.exit(error, out, err);
         return code == 0 ? 0 : static_cast<int>(ExitStatus::usage);
+    }
+    if (launch.launcher == veltrane::Launcher::other)
+    {
+        err << "veltrane: this veltrane works in several processes with Open MPI only, and another launcher has "
+               "started "
+               "it; use mpirun of Open MPI\n";
+        return static_cast<int>(ExitStatus::usage);
+    }
+    if (launch.launcher == veltrane::Launcher::openMpi)
+    {
+        if (transfer.isChosen())
+        {
+            const std::string reason = veltrane::joinOthers(argv);
+            err << "veltrane: " << reason << '\n';
+            return static_cast<int>(ExitStatus::usage);
+        }
+        if (launch.rank != 0)
+        {
+            return 0; // the first process does what is no work for several
+        }
     }
     ExitStatus status = ExitStatus::usage;
     const auto runIfChosen = [&](const auto&... commands)

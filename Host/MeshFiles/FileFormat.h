@@ -62,6 +62,8 @@ struct FileReading
 {
     std::optional<int> step{}; ///< from 0; the last one if none is given
     int threads = 1;           ///< 0: as many as usableThreadCount() tells
+    int piece = 0;             ///< of a file in pieces: the share with this number
+    int pieceCount = 1;        ///< if it is divided into so many
 };
 
 /// A format; functions are null for what is not done with it.

@@ -114,6 +114,7 @@ public:
             return finished();
         }
         types_ = &checkedCellTypes(grid_, path_);
+        ghosts_ = grid_.GetCellGhostArray();
         for (vtkIdType cell = 0; cell < grid_.GetNumberOfCells(); ++cell)
         {
             take(cell);
@@ -135,6 +136,10 @@ private:
 
     void take(vtkIdType cell)
     {
+        if (ghosts_ != nullptr && (ghosts_->GetValue(cell) & vtkDataSetAttributes::DUPLICATECELL) != 0)
+        {
+            return; // it is a cell of another piece
+        }
         const int cellType = types_->GetValue(cell);
         const VtkCellKind* cellKind = findVtkCellKind(cellType);
         const std::optional<int> dimension = cellDimension(cellType);
@@ -217,9 +222,10 @@ private:
     const MeshReading& reading_;
     const std::filesystem::path& path_;
     const vtkUnsignedCharArray* types_ = nullptr;
-    std::vector<bool> isUsed_;      ///< per point, whether an element has it
-    std::vector<vtkIdType> others_; ///< cells without a counterpart
-    std::vector<vtkIdType> cells_;  ///< of the elements
+    const vtkUnsignedCharArray* ghosts_ = nullptr; ///< null if the file knows none
+    std::vector<bool> isUsed_;                     ///< per point, whether an element has it
+    std::vector<vtkIdType> others_;                ///< cells without a counterpart
+    std::vector<vtkIdType> cells_;                 ///< of the elements
     GridElements elements_;
 };
 

@@ -52,7 +52,10 @@ struct MeshReading
     /// Hexahedra with repeated nodes stay hexahedra, as values at their Gauss points need it.
     bool keepsRepeatedNodes = false;
     GaussPointRule gaussPointRule = GaussPointRule::full; ///< of the mesh
-    int threads = 1;                                      ///< to read with; 0: as many as usableThreadCount() tells
+    /// Of a file in pieces the share with this number, if it is divided into so many.
+    int piece = 0;
+    int pieceCount = 1;
+    int threads = 1; ///< to read with; 0: as many as usableThreadCount() tells
     /// The file, if somebody has begun to read it.
     std::shared_ptr<VtuAhead> ahead{};
 };

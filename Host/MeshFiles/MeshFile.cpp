@@ -97,7 +97,7 @@ GridElements elementsOf(MeshContents& file, const MeshReading& reading, const st
 {
     if (file.cells)
     {
-        if (!reading.cellsAsNodes)
+        if (!reading.cellsAsNodes && !file.grid->GetCellData()->HasArray(vtkDataSetAttributes::GhostArrayName()))
         {
             auto elements = takeElements(*file.cells, *file.types, file.grid->GetNumberOfPoints(), reading);
             if (elements)
@@ -143,7 +143,10 @@ MeshFile::MeshFile(const std::filesystem::path& path, const MeshReading& reading
     : contents_(std::make_unique<Contents>())
 {
     contents_->path = path;
-    MeshContents file = readMesh(path, {.step = reading.step, .threads = reading.threads}, reading.ahead.get());
+    MeshContents file = readMesh(
+        path,
+        {.step = reading.step, .threads = reading.threads, .piece = reading.piece, .pieceCount = reading.pieceCount},
+        reading.ahead.get());
     contents_->grid = file.grid;
     contents_->leftOut = std::move(file.leftOut);
     contents_->types = file.types == nullptr ? vtkSmartPointer<vtkUnsignedCharArray>::New() : file.types;

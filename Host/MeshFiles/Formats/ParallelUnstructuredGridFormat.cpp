@@ -14,9 +14,9 @@ namespace
 
 constexpr std::array<std::string_view, 1> endings{".pvtu"};
 
-FileData read(const std::filesystem::path& path, const FileReading&)
+FileData read(const std::filesystem::path& path, const FileReading& reading)
 {
-    return {readXml<vtkXMLPUnstructuredGridReader>(path)};
+    return {readXml<vtkXMLPUnstructuredGridReader>(path, reading)};
 }
 
 } // namespace

@@ -57,7 +57,7 @@ inline void readStep(vtkAlgorithm& reader, const VtkMessages& messages, const Fi
 }
 
 /// By one of the readers of XML files, after a check of what they do not check themselves.
-template <typename Reader> auto readXml(const std::filesystem::path& path)
+template <typename Reader> auto readXml(const std::filesystem::path& path, const FileReading& reading = {})
 {
     const VtkMessages messages;
     vtkNew<Reader> reader;
@@ -70,7 +70,7 @@ template <typename Reader> auto readXml(const std::filesystem::path& path)
         checkAppendedData(*parser, path);
     }
     throwIfFailed(messages, reader->GetErrorCode(), path);
-    reader->Update();
+    reader->UpdatePiece(reading.piece, reading.pieceCount, 0);
     throwIfFailed(messages, reader->GetErrorCode(), path);
     return vtkSmartPointer(reader->GetOutput());
 }
