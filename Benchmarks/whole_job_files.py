@@ -1,6 +1,12 @@
-"""The files of whole_jobs.py, made with VTK: cubes of cells with a scalar and a vector field in double precision."""
+"""The files of whole_jobs.py, made with VTK: cubes of cells with a scalar and a vector field in double precision.
+
+    whole_job_files.py MODEL FOLDER zlib|plain SCALE
+
+prints the source, the target and how the output is to end.
+"""
 
 import pathlib
+import sys
 from typing import NamedTuple
 
 from vtkmodules.vtkCommonDataModel import vtkImageData, vtkRectilinearGrid
@@ -122,3 +128,7 @@ def make(model, folder, is_plain, scale):
     write(with_fields(distorted(source_mesh())), source, is_plain)
     write(distorted(hexahedra(round(target_size * scale))), target, is_plain)
     return Files(source, target, ".vtu")
+
+
+if __name__ == "__main__":
+    print(*make(sys.argv[1], pathlib.Path(sys.argv[2]), sys.argv[3] == "plain", float(sys.argv[4])), sep="\n")
