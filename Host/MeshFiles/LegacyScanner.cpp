@@ -1,7 +1,5 @@
 #include "LegacyScanner.h"
 
-#include "Text.h"
-
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -95,16 +93,18 @@ void LegacyScanner::beginSection()
     }
 }
 
+/// Of large sections, thus letter by letter.
 long long LegacyScanner::integer(int byteCount)
 {
+    std::streambuf& letters = *in_.rdbuf();
     if (!isBinary_)
     {
-        return integer();
+        return textInteger();
     }
     long long value = 0;
     for (int i = 0; i < byteCount; ++i)
     {
-        const int byte = in_.get();
+        const int byte = letters.sbumpc();
         if (byte == endOfFile)
         {
             throw Lost();
@@ -114,45 +114,58 @@ long long LegacyScanner::integer(int byteCount)
     return value;
 }
 
-LegacyValues LegacyScanner::array(long long tupleCount, long long componentCount)
+long long LegacyScanner::textInteger()
 {
-    return arrayOf(keyword(), tupleCount, componentCount);
+    std::streambuf& letters = *in_.rdbuf();
+    int letter = letters.sgetc();
+    while (letter != endOfFile && std::isspace(letter) != 0)
+    {
+        letter = letters.snextc();
+    }
+    const bool isNegative = letter == '-';
+    letter = isNegative ? letters.snextc() : letter;
+    long long value = 0;
+    int digitCount = 0;
+    constexpr int mostDigits = 18;
+    for (; letter != endOfFile && std::isdigit(letter) != 0; letter = letters.snextc())
+    {
+        value = 10 * value + (letter - '0');
+        if (++digitCount > mostDigits)
+        {
+            throw Lost();
+        }
+    }
+    return digitCount == 0 ? throw Lost() : isNegative ? -value : value;
 }
 
-LegacyValues LegacyScanner::arrayOf(const std::string& type, long long tupleCount, long long componentCount)
+void LegacyScanner::array(long long tupleCount, long long componentCount)
+{
+    arrayOf(keyword(), tupleCount, componentCount);
+}
+
+void LegacyScanner::arrayOf(const std::string& type, long long tupleCount, long long componentCount)
 {
     if (componentCount > 0 && tupleCount > std::numeric_limits<long long>::max() / 8 / componentCount)
     {
         throw Lost();
     }
     const long long valueCount = tupleCount * componentCount;
-    const std::streamoff begin = position();
     if (valueCount > 0)
     {
         skipValues(type, valueCount);
     }
-    const std::streamoff end = position();
-    if (begin < 0 || end < 0)
-    {
-        throw Lost();
-    }
     skipMetadata(componentCount);
-    return {type, valueCount, begin, end};
 }
 
-bool LegacyScanner::haveSameValues(const LegacyValues& first, const LegacyValues& second)
-{
-    return first.type == second.type && first.count == second.count && bytes(first) == bytes(second);
-}
-
-/// Negative if the file has ended too early; its end itself is a place like others.
+/// The end of the file is a place like others.
 std::streamoff LegacyScanner::position()
 {
     if (in_.eof() && !in_.fail())
     {
         in_.clear();
     }
-    return in_.tellg();
+    const std::streamoff place = in_.tellg();
+    return place >= 0 ? place : throw Lost();
 }
 
 void LegacyScanner::skipLine()
@@ -171,31 +184,24 @@ void LegacyScanner::skipWords(long long wordCount)
     }
 }
 
-/// Of large arrays, thus letter by letter. The reader takes neither infinite values nor such that are not a number.
+/// The reader takes neither infinite values nor such that are not a number.
 void LegacyScanner::skipNumbers(long long valueCount)
 {
     std::streambuf& letters = *in_.rdbuf();
     int letter = letters.sgetc();
-    for (long long i = 0; i < valueCount; ++i)
+    for (; valueCount > 0; --valueCount)
     {
         while (letter != endOfFile && std::isspace(letter) != 0)
         {
             letter = letters.snextc();
         }
-        if (letter == endOfFile)
-        {
-            throw MissingValues{text("ends after ", i, " of ", valueCount, " values")};
-        }
-        std::string sign;
         if (letter == '-' || letter == '+')
         {
-            sign = static_cast<char>(letter);
             letter = letters.snextc();
         }
-        if (std::isdigit(letter) == 0 && letter != '.')
+        if (letter == endOfFile || (std::isdigit(letter) == 0 && letter != '.'))
         {
-            throw MissingValues{text("has '", sign, word(), "' in the place of the number ", i, " of ", valueCount,
-                                     ", counted from 0")};
+            throw MissingValues();
         }
         while (letter != endOfFile && std::isspace(letter) == 0)
         {
@@ -206,22 +212,11 @@ void LegacyScanner::skipNumbers(long long valueCount)
 
 void LegacyScanner::skipBytes(long long byteCount)
 {
-    if (byteCount > size_ - in_.tellg())
+    if (byteCount > size_ - position())
     {
-        throw Lost();
+        throw MissingValues();
     }
     in_.seekg(byteCount, std::ios::cur);
-}
-
-void LegacyScanner::skipBinary(long long valueCount, long long byteCount)
-{
-    const std::streamoff left = size_ - in_.tellg();
-    if (byteCount > left)
-    {
-        throw MissingValues{
-            text("needs ", byteCount, " bytes for ", valueCount, " values, but the file ends after ", left)};
-    }
-    skipBytes(byteCount);
 }
 
 /// Lines, or binary with their lengths before them: the two highest bits of the first byte tell how many bytes a length
@@ -233,7 +228,7 @@ void LegacyScanner::skipStrings(long long stringCount)
     {
         if (in_.peek() == endOfFile)
         {
-            throw MissingValues{text("ends after ", i, " of ", stringCount, " values")};
+            throw MissingValues();
         }
         if (!isBinary_)
         {
@@ -268,7 +263,7 @@ void LegacyScanner::skipValues(const std::string& type, long long valueCount)
     else
     {
         skipLine();
-        skipBinary(valueCount, type == "bit" ? (valueCount + 7) / 8 : valueCount * byteCountOf(type));
+        skipBytes(type == "bit" ? (valueCount + 7) / 8 : valueCount * byteCountOf(type));
     }
 }
 
@@ -293,16 +288,6 @@ void LegacyScanner::skipMetadata(long long componentCount)
             }
         }
     }
-}
-
-std::string LegacyScanner::bytes(const LegacyValues& values)
-{
-    const auto place = in_.tellg();
-    std::string bytes(static_cast<std::size_t>(values.end - values.begin), '\0');
-    in_.seekg(values.begin);
-    in_.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    in_.seekg(place);
-    return bytes;
 }
 
 } // namespace veltrane

@@ -9,15 +9,6 @@
 namespace veltrane
 {
 
-/// Where the values of an array stand.
-struct LegacyValues
-{
-    std::string type; ///< "double"
-    long long count;
-    std::streamoff begin;
-    std::streamoff end;
-};
-
 /// Takes the parts of a file one after the other, words, numbers and arrays, as VTK's reader does.
 class LegacyScanner
 {
@@ -27,10 +18,9 @@ public:
     {
     };
 
-    /// Thrown where values are missing; says what there is instead.
-    struct MissingValues
+    /// Thrown where values are missing, or are not finite numbers.
+    class MissingValues
     {
-        std::string description; ///< "ends after 3 of 5 values"
     };
 
     /// Takes the heading.
@@ -56,25 +46,22 @@ public:
     /// A whole number of a section: text, or binary with the highest byte first.
     long long integer(int byteCount);
 
-    /// The values of an array and what is said about it behind them. The type comes first in the file.
-    LegacyValues array(long long tupleCount, long long componentCount);
+    /// Passes the values of an array and what is said about it behind them. The type comes first in the file.
+    void array(long long tupleCount, long long componentCount);
 
     /// The same where the file does not say the type.
-    LegacyValues arrayOf(const std::string& type, long long tupleCount, long long componentCount);
-
-    bool haveSameValues(const LegacyValues& first, const LegacyValues& second);
+    void arrayOf(const std::string& type, long long tupleCount, long long componentCount);
 
 private:
     std::streamoff position();
+    long long textInteger();
     void skipLine();
     void skipWords(long long wordCount);
     void skipNumbers(long long valueCount);
     void skipBytes(long long byteCount);
-    void skipBinary(long long valueCount, long long byteCount);
     void skipStrings(long long stringCount);
     void skipValues(const std::string& type, long long valueCount);
     void skipMetadata(long long componentCount);
-    std::string bytes(const LegacyValues& values);
 
     std::ifstream in_;
     std::streamoff size_;

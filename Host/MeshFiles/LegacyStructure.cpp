@@ -8,9 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <climits>
-#include <cstdio>
 #include <cstdlib>
-#include <map>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -38,28 +36,6 @@ constexpr std::array<std::pair<std::string_view, long long>, 7> plainKinds{{
     {"edge_flags", 1},
 }};
 
-/// "%20" to " ": what would end a name stands in it in this way. A percent sign of its own is left out, as VTK's reader
-/// does.
-std::string decoded(const std::string& name)
-{
-    std::string result;
-    for (std::size_t i = 0; i < name.size(); ++i)
-    {
-        if (name[i] != '%')
-        {
-            result += name[i];
-        }
-        else if (i + 2 < name.size())
-        {
-            unsigned int code = 0;
-            std::sscanf(name.substr(i + 1, 2).c_str(), "%x", &code);
-            result += static_cast<char>(code);
-            i += 2;
-        }
-    }
-    return result;
-}
-
 /// Goes through a file once.
 class LegacyCheck
 {
@@ -75,15 +51,14 @@ public:
                 checkSection(key);
             }
         }
-        catch (const LegacyScanner::MissingValues& missing)
+        catch (const LegacyScanner::MissingValues&)
         {
-            throw BadFile(text("cannot read ", quoted(path_), ": ", array_, " ", missing.description));
+            throw BadFile(text("cannot read ", quoted(path_), ": ", array_,
+                               " lacks values, or has some that are not finite numbers"));
         }
     }
 
 private:
-    using Arrays = std::map<std::string, LegacyValues>;
-
     void checkSection(const std::string& key)
     {
         if (key == "dataset")
@@ -128,8 +103,8 @@ private:
         const long long count = scanner_.integer();
         if (count < 0 || count > INT_MAX)
         {
-            throw BadFile(text("cannot read ", quoted(path_), ": it has the section '", section, " ", count, "'",
-                               count > INT_MAX ? text(", more than the ", INT_MAX, " that can be counted") : ""));
+            throw BadFile(text("cannot read ", quoted(path_), ": its section '", section, " ", count,
+                               "' has more than can be counted, or less than nothing"));
         }
         return count;
     }
@@ -171,7 +146,7 @@ private:
             left -= 1;
             if (pointCount < 0 || pointCount > left)
             {
-                throwBadCells(cell, section);
+                throwBadCells(section);
             }
             left -= pointCount;
             for (long long i = 0; i < pointCount; ++i)
@@ -181,7 +156,7 @@ private:
         }
         if (left != 0)
         {
-            throwBadCells(section.first, section);
+            throwBadCells(section);
         }
     }
 
@@ -198,7 +173,7 @@ private:
             const bool isEnd = i + 1 == section.first;
             if (offset < last || (i == 0 && offset != 0) || (isEnd && offset != section.second))
             {
-                throwBadCells(i == 0 ? 0 : i - 1, section);
+                throwBadCells(section);
             }
             last = offset;
         }
@@ -206,10 +181,10 @@ private:
         scanner_.array(section.second, 1);
     }
 
-    [[noreturn]] void throwBadCells(long long cell, const CellSection& section) const
+    [[noreturn]] void throwBadCells(const CellSection& section) const
     {
         throw BadFile(text("cannot read ", quoted(path_), ": its cells do not fill the section 'CELLS ", section.first,
-                           " ", section.second, "', see cell ", cell, " (counting from 0)"));
+                           " ", section.second, "'"));
     }
 
     void expectKeyword(std::string_view keyword)
@@ -231,14 +206,14 @@ private:
             const std::string name = scanner_.word();
             if (name.empty())
             {
-                throw LegacyScanner::MissingValues{text("ends after ", i, " of ", arrayCount, " arrays")};
+                throw LegacyScanner::MissingValues();
             }
             if (name != "NULL_ARRAY")
             {
-                array_ = text("array '", decoded(name), "'");
+                array_ = text("array '", name, "'");
                 const long long componentCount = this->componentCount();
                 const long long tupleCount = scanner_.count();
-                add(name, scanner_.array(tupleCount, componentCount));
+                scanner_.array(tupleCount, componentCount);
             }
             array_ = "the section FIELD";
         }
@@ -247,26 +222,26 @@ private:
     long long componentCount()
     {
         const long long count = scanner_.integer();
-        return count >= 0 ? count : throw LegacyScanner::MissingValues{text("has ", count, " components")};
+        return count >= 0 ? count : throw LegacyScanner::MissingValues();
     }
 
     void checkAttribute(const std::string& key)
     {
         const std::string name = scanner_.word();
-        array_ = text("array '", decoded(name), "'");
+        array_ = text("array '", name, "'");
         if (key == "scalars")
         {
-            add(name, scalars());
+            checkScalars();
         }
         else if (key == "color_scalars")
         {
             const long long componentCount = scanner_.count();
-            add(name, scanner_.arrayOf("unsigned_char", tupleCount_, componentCount));
+            scanner_.arrayOf("unsigned_char", tupleCount_, componentCount);
         }
         else if (key == "texture_coordinates")
         {
             const long long componentCount = scanner_.count();
-            add(name, scanner_.array(tupleCount_, componentCount));
+            scanner_.array(tupleCount_, componentCount);
         }
         else if (key == "lookup_table")
         {
@@ -280,11 +255,11 @@ private:
             {
                 throw LegacyScanner::Lost();
             }
-            add(name, scanner_.array(tupleCount_, found->second));
+            scanner_.array(tupleCount_, found->second);
         }
     }
 
-    LegacyValues scalars()
+    void checkScalars()
     {
         const std::string type = scanner_.keyword();
         long long componentCount = 1;
@@ -295,22 +270,7 @@ private:
             expectKeyword("lookup_table");
         }
         scanner_.word(); // the table's name
-        return scanner_.arrayOf(type, tupleCount_, componentCount);
-    }
-
-    /// VTK's writer repeats an array that serves for two purposes, as scalars and as vectors for example.
-    void add(const std::string& encodedName, const LegacyValues& values)
-    {
-        if (place_.empty())
-        {
-            return;
-        }
-        const std::string name = decoded(encodedName);
-        const auto [found, isNew] = arrays_[place_].try_emplace(name, values);
-        if (!isNew && !scanner_.haveSameValues(found->second, values))
-        {
-            throwTwoArrays(path_, place_, name);
-        }
+        scanner_.arrayOf(type, tupleCount_, componentCount);
     }
 
     std::filesystem::path path_;
@@ -320,7 +280,6 @@ private:
     long long pointCount_ = 0;
     long long cellCount_ = 0;
     long long tupleCount_ = 0;
-    std::map<std::string, Arrays> arrays_;
 };
 
 } // namespace
@@ -333,7 +292,7 @@ void checkLegacyStructure(const std::filesystem::path& path)
     }
     catch (const LegacyScanner::Lost&)
     {
-        return; // the reader will be, too, and tell
+        return; // VTK's reader gets lost there, too, and says so
     }
 }
 

@@ -302,21 +302,18 @@ TEST_F(MeshFormat, CellsOfLegacyFilesMustFillTheirSection)
 {
     const auto write = [&](const std::string& version, const std::string& cells)
     { std::ofstream(runner.file("source.vtk")) << legacyFile(version, cells); };
-    const auto refusal = [](const std::string& sizes, int cell)
-    {
-        return "cannot read 'source.vtk': its cells do not fill the section 'CELLS " + sizes + "', see cell " +
-               std::to_string(cell) + " (counting from 0)";
-    };
+    const auto refusal = [](const std::string& sizes)
+    { return "cannot read 'source.vtk': its cells do not fill the section 'CELLS " + sizes + "'"; };
     write("3.0", "CELLS 2 10\n4 0 1 2 3\n6 1 2 3 4");
-    expectRefused("source.vtk", refusal("2 10", 1));
+    expectRefused("source.vtk", refusal("2 10"));
     write("3.0", "CELLS 2 12\n4 0 1 2 3\n4 1 2 3 4 6 0");
-    expectRefused("source.vtk", refusal("2 12", 2));
+    expectRefused("source.vtk", refusal("2 12"));
     write("3.0", "CELLS 2 10\n-1 0 1 2 3\n4 1 2 3 4");
-    expectRefused("source.vtk", refusal("2 10", 0));
+    expectRefused("source.vtk", refusal("2 10"));
     write("5.1", "CELLS 3 8\nOFFSETS vtktypeint64\n0 4 9\nCONNECTIVITY vtktypeint64\n0 1 2 3 1 2 3 4");
-    expectRefused("source.vtk", refusal("3 8", 1));
+    expectRefused("source.vtk", refusal("3 8"));
     write("5.1", "CELLS 3 8\nOFFSETS vtktypeint64\n0 -4 8\nCONNECTIVITY vtktypeint64\n0 1 2 3 1 2 3 4");
-    expectRefused("source.vtk", refusal("3 8", 0));
+    expectRefused("source.vtk", refusal("3 8"));
 }
 
 TEST_F(MeshFormat, LegacyFilesMustBeWhole)
