@@ -1,9 +1,12 @@
 #include "CommonOrigin.h"
 
 #include "EngineTuning.h"
+#include "ThreadWorkers.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
+#include <cstdint>
 
 namespace veltrane
 {
@@ -49,16 +52,20 @@ float smallestTellableSide(float farthestCoordinate, float tolerance)
     return spacingAt(farthestCoordinate) / (share * tolerance);
 }
 
-bool hasVolumeElementBelow(const Mesh& mesh, float side)
+bool hasVolumeElementBelow(const Mesh& mesh, float side, int threads)
 {
-    for (int element = 0; element < mesh.elementCount(); ++element)
+    std::atomic<bool> hasOne = false;
+    const auto look = [&](std::int64_t number)
     {
-        if (mesh.kindOf(element).isVolume && smallestSide(mesh, element) < side)
+        const auto element = static_cast<int>(number);
+        if (smallestSide(mesh, element) < side && mesh.kindOf(element).isVolume)
         {
-            return true;
+            hasOne = true;
         }
-    }
-    return false;
+    };
+    ThreadWorkers workers(threads);
+    forEachItem(workers, {"checking", 0, 100}, mesh.elementCount(), look);
+    return hasOne;
 }
 
 Origin middleOf(const Box& box)
@@ -71,11 +78,11 @@ Origin middleOf(const Box& box)
     return origin;
 }
 
-Origin commonOrigin(const Mesh& source, std::span<const float> targetCoordinates, float tolerance)
+Origin commonOrigin(const Mesh& source, std::span<const float> targetCoordinates, float tolerance, int threads)
 {
     const float farthest = std::max(farthestCoordinate(source.coordinates()), farthestCoordinate(targetCoordinates));
-    return hasVolumeElementBelow(source, smallestTellableSide(farthest, tolerance)) ? middleOf(source.boundingBox())
-                                                                                    : noOrigin;
+    const bool isNeeded = hasVolumeElementBelow(source, smallestTellableSide(farthest, tolerance), threads);
+    return isNeeded ? middleOf(source.boundingBox()) : noOrigin;
 }
 
 std::vector<float> coordinatesFrom(const Origin& origin, std::span<const float> coordinates,
@@ -89,8 +96,8 @@ std::vector<float> coordinatesFrom(const Origin& origin, std::span<const float> 
     return moved;
 }
 
-PositionsInMesh::PositionsInMesh(const Mesh& mesh)
-    : PositionsInMesh(mesh, commonOrigin(mesh, {}, engineTuning({}).refCoordTolerance))
+PositionsInMesh::PositionsInMesh(const Mesh& mesh, int threads)
+    : PositionsInMesh(mesh, commonOrigin(mesh, {}, engineTuning({}).refCoordTolerance, threads))
 {
 }
 

@@ -18,13 +18,15 @@ inline constexpr Origin noOrigin{};
 /// The middle of the source's box, if the spacing of singles at the farthest coordinate of source and target exceeds a
 /// tenth of the tolerance of reference coordinates times the smallest side of the box of any volume element of the
 /// source; else noOrigin. `targetCoordinates` are x, y, z of each position, and may be empty.
-Origin commonOrigin(const Mesh& source, std::span<const float> targetCoordinates, float tolerance);
+///
+/// \param threads  0: as many as usableThreadCount() tells
+Origin commonOrigin(const Mesh& source, std::span<const float> targetCoordinates, float tolerance, int threads);
 
 /// The same put together from parts of the source and of the target: the farthest coordinate of all tells which side
 /// of an element is small, and the box is that of the whole source.
 float farthestCoordinate(std::span<const float> coordinates);
 float smallestTellableSide(float farthestCoordinate, float tolerance);
-bool hasVolumeElementBelow(const Mesh& mesh, float side);
+bool hasVolumeElementBelow(const Mesh& mesh, float side, int threads = 1);
 Origin middleOf(const Box& box);
 
 /// Coordinates less an origin, rounded to single precision once; `exact` is empty where `coordinates` say it all.
@@ -35,8 +37,8 @@ std::vector<float> coordinatesFrom(const Origin& origin, std::span<const float> 
 class PositionsInMesh
 {
 public:
-    /// The mesh is borrowed.
-    explicit PositionsInMesh(const Mesh& mesh);
+    /// The mesh is borrowed. Threads as in commonOrigin().
+    PositionsInMesh(const Mesh& mesh, int threads);
     PositionsInMesh(const Mesh& mesh, const Origin& origin);
 
     std::span<const float, 3> operator[](int node) const

@@ -3,6 +3,7 @@
 #include "CommonOrigin.h"
 #include "Errors.h"
 #include "Text.h"
+#include "ThreadWorkers.h"
 
 #include "Elements/ElementKinds.h"
 
@@ -10,47 +11,69 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <span>
+#include <utility>
 
 namespace veltrane
 {
 namespace
 {
 
-using Derivatives = std::array<float, 3>; // of one node's shape function, by the reference coordinates
+constexpr Stage stage{"checking", 0, 100};
 
-/// Those of a kind at the starting point of the search.
-template <class Kind> constexpr auto derivativesAtGuess = derivativesAt<Kind>(Kind::initialGuess);
-
-std::span<const Derivatives> derivativesAtStart(ElementKind kind)
+/// What a node's shape function adds at a corner to the direction in which a reference coordinate grows.
+struct Share
 {
-    std::span<const Derivatives> derivatives;
-    visitElementKind(static_cast<int>(kind), [&]<class Kind>(Kind) { derivatives = derivativesAtGuess<Kind>; });
-    return derivatives;
+    std::size_t node;
+    std::size_t direction;
+    double derivative;
+};
+
+/// Those that are not 0.
+template <class Kind> constexpr std::size_t shareCountAt(std::size_t corner)
+{
+    const auto& [xi, eta, zeta] = Kind::nodes[corner];
+    std::size_t count = 0;
+    for (const auto& derivatives : derivativesAt<Kind>(ReferencePoint{xi, eta, zeta}))
+    {
+        count += static_cast<std::size_t>(std::ranges::count_if(derivatives, [](auto value) { return value != 0; }));
+    }
+    return count;
 }
 
-using ExactDerivatives = std::array<double, 3>;
-
-/// Those of a kind at its corners, corner after corner.
-template <class Kind>
-constexpr auto derivativesAtCorners = []
+template <class Kind, std::size_t corner>
+constexpr auto sharesAt = []
 {
-    std::array<ExactDerivatives, Kind::nbCorners * Kind::nbNodes> result{};
-    for (std::size_t corner = 0; corner < Kind::nbCorners; ++corner)
+    std::array<Share, shareCountAt<Kind>(corner)> shares{};
+    const auto& [xi, eta, zeta] = Kind::nodes[corner];
+    const auto derivatives = derivativesAt<Kind>(ReferencePoint{xi, eta, zeta});
+    std::size_t count = 0;
+    for (std::size_t node = 0; node < derivatives.size(); ++node)
     {
-        const auto& [xi, eta, zeta] = Kind::nodes[corner];
-        const auto derivatives = derivativesAt<Kind>(ReferencePoint{xi, eta, zeta});
-        std::ranges::copy(derivatives, result.begin() + corner * Kind::nbNodes);
+        for (std::size_t direction = 0; direction < 3; ++direction)
+        {
+            if (derivatives[node][direction] != 0)
+            {
+                shares[count++] = {node, direction, double{derivatives[node][direction]}};
+            }
+        }
     }
-    return result;
+    return shares;
 }();
 
-std::span<const ExactDerivatives> allDerivativesAtCorners(ElementKind kind)
+/// Whether the derivatives are the same at all corners.
+template <class Kind>
+constexpr bool isJacobianConstant = []
 {
-    std::span<const ExactDerivatives> derivatives;
-    visitElementKind(static_cast<int>(kind), [&]<class Kind>(Kind) { derivatives = derivativesAtCorners<Kind>; });
-    return derivatives;
-}
+    const auto& first = Kind::nodes[0];
+    return std::ranges::all_of(Kind::nodes,
+                               [&](const auto& node)
+                               {
+                                   return derivativesAt<Kind>(ReferencePoint{node[0], node[1], node[2]}) ==
+                                          derivativesAt<Kind>(ReferencePoint{first[0], first[1], first[2]});
+                               });
+}();
 
 double length(const std::array<double, 3>& v)
 {
@@ -64,50 +87,50 @@ bool isLeftHanded(const std::array<std::array<double, 3>, 3>& d)
     const double determinant = d[0][0] * (d[1][1] * d[2][2] - d[1][2] * d[2][1]) -
                                d[0][1] * (d[1][0] * d[2][2] - d[1][2] * d[2][0]) +
                                d[0][2] * (d[1][0] * d[2][1] - d[1][1] * d[2][0]);
-    return determinant < -rounding * length(d[0]) * length(d[1]) * length(d[2]);
+    return determinant < 0 && determinant < -rounding * length(d[0]) * length(d[1]) * length(d[2]);
 }
 
-bool isInsideOutAtACorner(const Mesh& mesh, const PositionsInMesh& positions, int element)
+template <class Kind, std::size_t corner>
+bool isInsideOutAt(const PositionsInMesh& positions, std::span<const int> nodes)
 {
-    const std::span<const int> nodes = mesh.nodesOf(element);
-    auto derivatives = allDerivativesAtCorners(mesh.kindOf(element).kind);
-    for (; !derivatives.empty(); derivatives = derivatives.subspan(nodes.size()))
+    std::array<std::array<double, 3>, 3> directions{};
+    for (const Share& share : sharesAt<Kind, corner>)
     {
-        std::array<std::array<double, 3>, 3> directions{};
-        for (std::size_t node = 0; node < nodes.size(); ++node)
+        const std::span<const float, 3> position = positions[nodes[share.node]];
+        for (std::size_t axis = 0; axis < 3; ++axis)
         {
-            const std::span<const float, 3> position = positions[nodes[node]];
-            for (std::size_t i = 0; i < 3; ++i)
-            {
-                for (std::size_t axis = 0; axis < 3; ++axis)
-                {
-                    directions[i][axis] += derivatives[node][i] * double{position[axis]};
-                }
-            }
-        }
-        if (isLeftHanded(directions))
-        {
-            return true;
+            directions[share.direction][axis] += share.derivative * double{position[axis]};
         }
     }
-    return false;
+    return isLeftHanded(directions);
 }
+
+template <class Kind> bool isInsideOutAtACorner(const PositionsInMesh& positions, std::span<const int> nodes)
+{
+    constexpr std::size_t cornerCount = isJacobianConstant<Kind> ? 1 : Kind::nbCorners;
+    return [&]<std::size_t... corners>(std::index_sequence<corners...>)
+    {
+        return (isInsideOutAt<Kind, corners>(positions, nodes) || ...);
+    }
+    (std::make_index_sequence<cornerCount>());
+}
+
+/// The derivatives of a kind at the starting point of the search.
+template <class Kind> constexpr auto derivativesAtGuess = derivativesAt<Kind>(Kind::initialGuess);
 
 /// The determinant as the library computes it, in single precision and in this order: it takes exactly 0 for singular
 /// and nothing else.
-float jacobianDeterminantAtStart(const Mesh& mesh, const PositionsInMesh& positions, int element)
+template <class Kind> float jacobianDeterminantAtStart(const PositionsInMesh& positions, std::span<const int> nodes)
 {
     float jacobian[3][3] = {};
-    const std::span<const int> nodes = mesh.nodesOf(element);
-    const std::span<const Derivatives> derivatives = derivativesAtStart(mesh.kindOf(element).kind);
-    for (std::size_t node = 0; node < nodes.size(); ++node)
+    for (std::size_t node = 0; node < Kind::nbNodes; ++node)
     {
         const std::span<const float, 3> position = positions[nodes[node]];
         for (std::size_t row = 0; row < 3; ++row)
         {
             for (std::size_t column = 0; column < 3; ++column)
             {
-                jacobian[row][column] += derivatives[node][column] * position[row];
+                jacobian[row][column] += derivativesAtGuess<Kind>[node][column] * position[row];
             }
         }
     }
@@ -116,6 +139,25 @@ float jacobianDeterminantAtStart(const Mesh& mesh, const PositionsInMesh& positi
     const float adjugate10 = -a[1][0] * a[2][2] + a[1][2] * a[2][0];
     const float adjugate20 = a[1][0] * a[2][1] - a[1][1] * a[2][0];
     return a[0][0] * adjugate00 + a[0][1] * adjugate10 + a[0][2] * adjugate20;
+}
+
+/// Looks at one volume element.
+void findFault(const Mesh& mesh, const PositionsInMesh& positions, int element, ElementFaults& faults)
+{
+    const std::span<const int> nodes = mesh.nodesOf(element);
+    const auto look = [&]<class Kind>(Kind)
+    {
+        const float determinant = jacobianDeterminantAtStart<Kind>(positions, nodes);
+        if (determinant == 0.0F)
+        {
+            faults.flat.push_back(element);
+        }
+        if (determinant < 0.0F || isInsideOutAtACorner<Kind>(positions, nodes))
+        {
+            faults.inverted.push_back(element);
+        }
+    };
+    visitElementKind(static_cast<int>(mesh.kinds()[static_cast<std::size_t>(element)]), look);
 }
 
 } // namespace
@@ -139,39 +181,33 @@ void checkSourceKinds(const Mesh& source)
     checkVolumeElements(source, "source", "only volume elements can be a source");
 }
 
-std::vector<int> findFlatElements(const Mesh& mesh)
+ElementFaults findElementFaults(const Mesh& mesh, int threads)
 {
-    std::vector<int> flat;
-    const PositionsInMesh positions(mesh);
-    for (int element = 0; element < mesh.elementCount(); ++element)
+    ThreadWorkers workers(threads);
+    const PositionsInMesh positions(mesh, threads);
+    const Pieces pieces = piecesFor(workers, mesh.elementCount());
+    std::vector<ElementFaults> found(static_cast<std::size_t>(pieces.count()));
+    const auto lookAtPiece = [&](std::int64_t piece, int)
     {
-        if (mesh.kindOf(element).isVolume && jacobianDeterminantAtStart(mesh, positions, element) == 0.0F)
+        for (std::int64_t element = pieces.first(piece); element < pieces.end(piece); ++element)
         {
-            flat.push_back(element);
+            findFault(mesh, positions, static_cast<int>(element), found[static_cast<std::size_t>(piece)]);
         }
-    }
-    return flat;
-}
-
-std::vector<int> findInvertedElements(const Mesh& mesh)
-{
-    std::vector<int> inverted;
-    const PositionsInMesh positions(mesh);
-    for (int element = 0; element < mesh.elementCount(); ++element)
+    };
+    workers.run(stage, pieces.count(), lookAtPiece);
+    ElementFaults all;
+    for (const ElementFaults& faults : found)
     {
-        if (mesh.kindOf(element).isVolume && (jacobianDeterminantAtStart(mesh, positions, element) < 0.0F ||
-                                              isInsideOutAtACorner(mesh, positions, element)))
-        {
-            inverted.push_back(element);
-        }
+        all.flat.insert(all.flat.end(), faults.flat.begin(), faults.flat.end());
+        all.inverted.insert(all.inverted.end(), faults.inverted.begin(), faults.inverted.end());
     }
-    return inverted;
+    return all;
 }
 
 void checkSourceElements(const Mesh& source)
 {
     checkSourceKinds(source);
-    if (const std::vector<int> flat = findFlatElements(source); !flat.empty())
+    if (const std::vector<int> flat = findElementFaults(source).flat; !flat.empty())
     {
         throw InvalidData(text("source element ", flat.front(), ", a ", source.kindOf(flat.front()).name,
                                ", has no volume in single precision: its Jacobian is singular"));

@@ -19,13 +19,19 @@ void checkVolumeElements(const Mesh& mesh, std::string_view side, std::string_vi
 /// The same for all elements of a source.
 void checkSourceKinds(const Mesh& source);
 
-/// The volume elements whose Jacobian is singular at the point where the library begins its search for reference
-/// coordinates: they have no volume there in single precision.
-std::vector<int> findFlatElements(const Mesh& mesh);
+/// What is wrong with the shapes of a mesh's volume elements.
+struct ElementFaults
+{
+    /// The elements whose Jacobian is singular at the point where the library begins its search for reference
+    /// coordinates: they have no volume there in single precision.
+    std::vector<int> flat{};
+    /// The elements whose Jacobian is negative there or at any corner: their nodes are in the order of a mirrored
+    /// element, or the element is folded.
+    std::vector<int> inverted{};
+};
 
-/// The volume elements whose Jacobian is negative there or at any corner: their nodes are in the order of a mirrored
-/// element, or the element is folded.
-std::vector<int> findInvertedElements(const Mesh& mesh);
+/// \param threads  0: as many as usableThreadCount() tells
+ElementFaults findElementFaults(const Mesh& mesh, int threads = 1);
 
 /// Throws InvalidData, naming the element, unless every element is a volume element with a regular Jacobian at the
 /// point where the library begins its search for reference coordinates. For linear tetrahedra, whose Jacobian is the

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 
 namespace veltrane
 {
@@ -34,14 +35,28 @@ template <class... Kinds> struct Infos
     static constexpr std::array<ElementKindInfo, sizeof...(Kinds)> values{infoOf<Kinds>()...};
 };
 
+constexpr auto& infos = ElementKinds::Into<Infos>::values;
+
+/// By type code.
+constexpr auto infoPerCode = []
+{
+    constexpr auto last = std::ranges::max(infos, {}, &ElementKindInfo::kind).kind;
+    std::array<const ElementKindInfo*, static_cast<std::size_t>(last) + 1> table{};
+    for (const ElementKindInfo& info : infos)
+    {
+        table[static_cast<std::size_t>(info.kind)] = &info;
+    }
+    return table;
+}();
+
 } // namespace
 
-constinit const std::span<const ElementKindInfo> elementKinds = ElementKinds::Into<Infos>::values;
+constinit const std::span<const ElementKindInfo> elementKinds = infos;
 
 const ElementKindInfo* findElementKind(ElementKind kind)
 {
-    const auto found = std::ranges::find(elementKinds, kind, &ElementKindInfo::kind);
-    return found == elementKinds.end() ? nullptr : &*found;
+    const auto code = static_cast<std::size_t>(kind); // beyond the table if it is negative
+    return code < infoPerCode.size() ? infoPerCode[code] : nullptr;
 }
 
 } // namespace veltrane

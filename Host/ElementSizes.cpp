@@ -1,6 +1,11 @@
 #include "ElementSizes.h"
 
+#include "ThreadWorkers.h"
+
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
 
 namespace veltrane
 {
@@ -19,14 +24,22 @@ float elementSize(const Mesh& mesh, int element)
 
 } // namespace
 
-float largestElementSize(const Mesh& mesh)
+float largestElementSize(const Mesh& mesh, int threads)
 {
-    float largest = 0;
-    for (int element = 0; element < mesh.elementCount(); ++element)
+    ThreadWorkers workers(threads);
+    const Pieces pieces = piecesFor(workers, mesh.elementCount());
+    std::vector<float> largest(static_cast<std::size_t>(pieces.count()), 0.0F);
+    const auto measurePiece = [&](std::int64_t piece, int)
     {
-        largest = std::max(largest, elementSize(mesh, element));
-    }
-    return largest;
+        float ofPiece = 0;
+        for (std::int64_t element = pieces.first(piece); element < pieces.end(piece); ++element)
+        {
+            ofPiece = std::max(ofPiece, elementSize(mesh, static_cast<int>(element)));
+        }
+        largest[static_cast<std::size_t>(piece)] = ofPiece;
+    };
+    workers.run({"checking", 0, 100}, pieces.count(), measurePiece);
+    return std::ranges::max(largest);
 }
 
 double meanElementSize(const Mesh& mesh)

@@ -8,7 +8,7 @@ namespace veltrane
 {
 
 /// What is farther away than that is not near a mesh.
-float largestElementSize(const Mesh& mesh);
+float largestElementSize(const Mesh& mesh, int threads = 1);
 
 double meanElementSize(const Mesh& mesh);
 

@@ -129,7 +129,8 @@ std::shared_ptr<const TransferMap> build(const Mesh& source, const Target& targe
     }
     else if (options.rules.movesOrigin)
     {
-        settings.origin = commonOrigin(source, target.coordinates(), settings.tuning.refCoordTolerance);
+        settings.origin =
+            commonOrigin(source, target.coordinates(), settings.tuning.refCoordTolerance, options.threads);
     }
     settings.isDouble = options.rules.inDoublePrecision;
     std::vector<double> widenedSource;
@@ -312,6 +313,11 @@ std::size_t Map::locationCount(Location location) const
     return static_cast<std::size_t>(location == Location::nodes ? map_->nbNodes() : map_->nbGaussPoints());
 }
 
+std::int64_t Map::firstRow(Location location) const
+{
+    return location == Location::nodes ? 0 : map_->nbNodes();
+}
+
 void Map::checkArrays(const FieldView& arrays) const
 {
     if (arrays.componentCount < 1 || arrays.componentCount > maxComponentCount)
@@ -490,27 +496,52 @@ std::int64_t Map::resolvedMatrixSize(Location source, GaussPointRule sourceRule)
     return size;
 }
 
-Places Map::places(Location location) const
+std::vector<Finding> Map::findings(Location location) const
 {
-    const MapTable& table = map_->table();
-    const std::int64_t first = location == Location::nodes ? 0 : table.nbNodes;
-    const auto count = static_cast<std::int64_t>(locationCount(location));
-    Places places;
-    for (std::int64_t row = first; row < first + count; ++row)
+    const std::int64_t first = firstRow(location);
+    std::vector<Finding> findings(locationCount(location));
+    for (std::size_t i = 0; i < findings.size(); ++i)
     {
-        const auto finding = static_cast<Finding>(table.finding(row));
-        const bool hasElement = table.elements[row] != -1;
-        places.findings.push_back(finding);
-        places.elements.push_back(table.elements[row]);
-        places.referenceCoordinates.push_back(hasElement ? table.referenceCoords[row] : std::array<float, 3>{});
-        places.distances.push_back(finding == Finding::inside ? 0.0 : std::numeric_limits<double>::infinity());
+        findings[i] = static_cast<Finding>(map_->table().finding(first + static_cast<std::int64_t>(i)));
+    }
+    return findings;
+}
+
+std::vector<double> Map::distances(Location location) const
+{
+    const std::int64_t first = firstRow(location);
+    std::vector<double> distances(locationCount(location));
+    for (std::size_t i = 0; i < distances.size(); ++i)
+    {
+        const bool isInside = map_->table().finding(first + static_cast<std::int64_t>(i)) == ::Finding::inside;
+        distances[i] = isInside ? 0.0 : std::numeric_limits<double>::infinity();
     }
     for (const NearMiss& near : map_->nearMisses())
     {
-        if (near.row >= first && near.row < first + count)
+        const std::int64_t i = near.row - first;
+        if (i >= 0 && i < static_cast<std::int64_t>(distances.size()))
         {
-            places.distances[static_cast<std::size_t>(near.row - first)] = near.distance;
+            distances[static_cast<std::size_t>(i)] = near.distance;
         }
+    }
+    return distances;
+}
+
+Places Map::places(Location location) const
+{
+    const MapTable& table = map_->table();
+    const std::int64_t first = firstRow(location);
+    const std::size_t count = locationCount(location);
+    Places places{.findings = findings(location),
+                  .elements = std::vector<int>(count),
+                  .referenceCoordinates = std::vector<std::array<float, 3>>(count),
+                  .distances = distances(location)};
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        const std::int64_t row = first + static_cast<std::int64_t>(i);
+        places.elements[i] = table.elements[row];
+        places.referenceCoordinates[i] =
+            table.elements[row] == -1 ? std::array<float, 3>{} : table.referenceCoords[row];
     }
     return places;
 }

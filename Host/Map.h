@@ -195,6 +195,9 @@ public:
                                     GaussPointRule sourceRule = GaussPointRule::full) const;
 
     Places places(Location location = Location::nodes) const;
+    /// The same, for whoever needs no more.
+    std::vector<Finding> findings(Location location = Location::nodes) const;
+    std::vector<double> distances(Location location = Location::nodes) const;
     const TransferStatistics& statistics() const { return *statistics_; }
     OutsideMode mode() const;
     /// Whether there are far nodes that propagation does not reach; they become 0.
@@ -222,6 +225,7 @@ private:
 
     bool hasSourceLocations(Location location, std::size_t count) const;
     std::string sourceCountText(Location location) const;
+    std::int64_t firstRow(Location location) const;
     void checkArrays(const FieldView& arrays) const;
     void checkFields(std::span<const Field> fields, const ApplyOptions& options) const;
 

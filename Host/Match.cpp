@@ -42,8 +42,9 @@ void run(const Mesh& source, const Mesh& target, const std::vector<int>& flags, 
     {
         workers.throwStopped(texts.cancelled);
     }
-    const Origin origin =
-        options.rules.movesOrigin ? commonOrigin(source, target.coordinates(), tuning.refCoordTolerance) : noOrigin;
+    const Origin origin = options.rules.movesOrigin
+                              ? commonOrigin(source, target.coordinates(), tuning.refCoordTolerance, options.threads)
+                              : noOrigin;
     const EngineModel sourceModel(source, origin);
     const EngineModel targetModel(target, origin);
     const MapFailure failure = match(MeshPair{sourceModel.model(), targetModel.model(), flags.data()},

@@ -2,10 +2,14 @@
 
 #include "Errors.h"
 #include "Text.h"
+#include "ThreadWorkers.h"
 
 #include <algorithm>
+#include <atomic>
 #include <climits>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <string_view>
 #include <utility>
 
@@ -178,14 +182,62 @@ void checkNodeNumbers(const MeshData& data)
     }
 }
 
+constexpr Stage stage{"checking", 0, 100};
+
+bool isElementSound(const MeshData& data, std::size_t element)
+{
+    const ElementKindInfo* kind = findElementKind(data.kinds[element]);
+    const std::size_t begin = data.offsets[element];
+    const std::size_t end = data.offsets[element + 1];
+    const auto isBelow = [](int number, std::size_t count)
+    { return number >= 0 && static_cast<std::size_t>(number) < count; };
+    if (kind == nullptr || end < begin || end > data.connectivity.size() ||
+        end - begin != static_cast<std::size_t>(kind->nodeCount) ||
+        !isBelow(data.materialPerElement[element], data.materials.size()))
+    {
+        return false;
+    }
+    const std::size_t nodeCount = data.coordinates.size() / 3;
+    return std::all_of(data.connectivity.begin() + static_cast<std::ptrdiff_t>(begin),
+                       data.connectivity.begin() + static_cast<std::ptrdiff_t>(end),
+                       [&](int node) { return isBelow(node, nodeCount); });
+}
+
+/// Whether the checks above would let coordinates, elements and their materials pass.
+bool isSound(const MeshData& data, ThreadWorkers& workers)
+{
+    const std::size_t elementCount = data.kinds.size();
+    if (elementCount == 0 || elementCount > static_cast<std::size_t>(INT_MAX) ||
+        data.coordinates.size() / 3 > static_cast<std::size_t>(INT_MAX) || data.coordinates.size() % 3 != 0 ||
+        data.offsets.size() != elementCount + 1 || data.offsets.front() != 0 ||
+        data.offsets.back() != data.connectivity.size() || data.materialPerElement.size() != elementCount ||
+        std::ranges::find(data.materials, notAssigned, &Material::stateCode) != data.materials.end())
+    {
+        return false;
+    }
+    std::atomic<bool> areSound = true;
+    const auto noteFault = [&](bool isSound)
+    {
+        if (!isSound)
+        {
+            areSound = false;
+        }
+    };
+    forEachItem(workers, stage, static_cast<std::int64_t>(data.coordinates.size()),
+                [&](std::int64_t i) { noteFault(std::isfinite(data.coordinates[static_cast<std::size_t>(i)])); });
+    forEachItem(workers, stage, static_cast<std::int64_t>(elementCount),
+                [&](std::int64_t element) { noteFault(isElementSound(data, static_cast<std::size_t>(element))); });
+    return areSound;
+}
+
 } // namespace
 
-void Box::add(std::span<const float, 3> point)
+void Box::add(const Box& box)
 {
     for (std::size_t axis = 0; axis < 3; ++axis)
     {
-        min[axis] = std::min(min[axis], point[axis]);
-        max[axis] = std::max(max[axis], point[axis]);
+        min[axis] = std::min(min[axis], box.min[axis]);
+        max[axis] = std::max(max[axis], box.max[axis]);
     }
 }
 
@@ -194,18 +246,24 @@ float Box::size() const
     return std::max({max[0] - min[0], max[1] - min[1], max[2] - min[2]});
 }
 
-Mesh::Mesh(MeshData data, Extent extent) : data_(std::move(data))
+Mesh::Mesh(MeshData data, int threads, Extent extent) : data_(std::move(data))
 {
+    ThreadWorkers workers(threads);
     roundCoordinates(data_.coordinates, data_.exactCoordinates);
-    checkCoordinates(data_.coordinates, "node");
-    checkElements(data_, extent);
-    checkNodeNumbers(data_);
-    checkMaterials(data_.materials, data_.materialPerElement, data_.kinds.size(), "element");
-    nodesPerElement_.reserve(data_.offsets.size());
-    for (const std::size_t offset : data_.offsets)
+    if (!isSound(data_, workers))
     {
-        nodesPerElement_.push_back(data_.connectivity.data() + offset);
+        checkCoordinates(data_.coordinates, "node");
+        checkElements(data_, extent);
+        checkNodeNumbers(data_);
+        checkMaterials(data_.materials, data_.materialPerElement, data_.kinds.size(), "element");
     }
+    nodesPerElement_.resize(data_.offsets.size());
+    forEachItem(workers, stage, static_cast<std::int64_t>(nodesPerElement_.size()),
+                [&](std::int64_t number)
+                {
+                    const auto i = static_cast<std::size_t>(number);
+                    nodesPerElement_[i] = data_.connectivity.data() + data_.offsets[i];
+                });
     data_.offsets = {};
 }
 
@@ -231,11 +289,6 @@ const ElementKindInfo& Mesh::kindOf(int element) const
     return *findElementKind(data_.kinds[static_cast<std::size_t>(element)]);
 }
 
-std::span<const float, 3> Mesh::nodePosition(int node) const
-{
-    return std::span(data_.coordinates).subspan(static_cast<std::size_t>(node) * 3).first<3>();
-}
-
 std::size_t Mesh::gaussPointCount(GaussPointRule rule) const
 {
     std::size_t count = 0;
@@ -246,20 +299,34 @@ std::size_t Mesh::gaussPointCount(GaussPointRule rule) const
     return count;
 }
 
-Box Mesh::boundingBox(const std::vector<bool>& selection) const
+Box Mesh::boundingBox(const std::vector<bool>& selection, int threads) const
 {
-    Box box;
-    for (int element = 0; element < elementCount(); ++element)
+    ThreadWorkers workers(threads);
+    const Pieces pieces = piecesFor(workers, elementCount());
+    std::vector<Box> boxes(static_cast<std::size_t>(pieces.count()));
+    const auto addPiece = [&](std::int64_t piece, int)
     {
-        if (selection.empty() || selection[static_cast<std::size_t>(materialOf(element))])
+        Box box;
+        for (std::int64_t number = pieces.first(piece); number < pieces.end(piece); ++number)
         {
-            for (const int node : nodesOf(element))
+            const auto element = static_cast<int>(number);
+            if (selection.empty() || selection[static_cast<std::size_t>(materialOf(element))])
             {
-                box.add(nodePosition(node));
+                for (const int node : nodesOf(element))
+                {
+                    box.add(nodePosition(node));
+                }
             }
         }
+        boxes[static_cast<std::size_t>(piece)] = box;
+    };
+    workers.run(stage, pieces.count(), addPiece);
+    Box whole;
+    for (const Box& box : boxes)
+    {
+        whole.add(box);
     }
-    return box;
+    return whole;
 }
 
 void Mesh::setStateCodes(std::span<const int> codes)

@@ -4,6 +4,7 @@
 
 #include "ElementKind.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <limits>
@@ -31,7 +32,15 @@ struct Box
     std::array<float, 3> max{-infinity, -infinity, -infinity};
 
     /// Extends the box to a point.
-    void add(std::span<const float, 3> point);
+    void add(std::span<const float, 3> point)
+    {
+        for (std::size_t axis = 0; axis < 3; ++axis)
+        {
+            min[axis] = std::min(min[axis], point[axis]);
+            max[axis] = std::max(max[axis], point[axis]);
+        }
+    }
+    void add(const Box& box);
 
     /// Its longest edge.
     float size() const;
@@ -65,7 +74,10 @@ class Mesh
 {
 public:
     /// Throws InvalidData, naming what is wrong and where.
-    explicit Mesh(MeshData data, Extent extent = Extent::whole);
+    ///
+    /// \param threads  to check the data with; 0: as many as usableThreadCount() tells
+    explicit Mesh(MeshData data, int threads = 1, Extent extent = Extent::whole);
+    Mesh(MeshData data, Extent extent) : Mesh(std::move(data), 1, extent) {}
     Mesh(const Mesh& other);
     Mesh(Mesh&& other) noexcept = default;
     Mesh& operator=(Mesh other) noexcept;
@@ -90,7 +102,10 @@ public:
     }
     /// Where each element's nodes begin in memory, and the end of all: one more entry than there are elements.
     const std::vector<const int*>& nodesPerElement() const { return nodesPerElement_; }
-    std::span<const float, 3> nodePosition(int node) const;
+    std::span<const float, 3> nodePosition(int node) const
+    {
+        return std::span(data_.coordinates).subspan(static_cast<std::size_t>(node) * 3).first<3>();
+    }
 
     /// An index into materials().
     int materialOf(int element) const { return data_.materialPerElement[static_cast<std::size_t>(element)]; }
@@ -105,8 +120,8 @@ public:
     int gaussPointCountOf(int element) const { return kindOf(element).gaussPointCountOf(gaussPointRule_); }
 
     /// The box of the nodes that belong to elements, or to elements of the selected materials if there is a selection:
-    /// one entry per material.
-    Box boundingBox(const std::vector<bool>& selection = {}) const;
+    /// one entry per material. Threads as above.
+    Box boundingBox(const std::vector<bool>& selection = {}, int threads = 1) const;
 
     /// Gives every material its state code, in the order of the materials. Throws InvalidData.
     void setStateCodes(std::span<const int> codes);

@@ -85,17 +85,16 @@ void tellOrigins(const Map& map, TransferResult& result)
 {
     if (map.locationCount(Location::nodes) > 0)
     {
-        Places places = map.places(Location::nodes);
-        std::ranges::transform(places.findings, std::back_inserter(result.origins),
+        result.findings = map.findings(Location::nodes);
+        result.distances = map.distances(Location::nodes);
+        result.origins.reserve(result.findings.size());
+        std::ranges::transform(result.findings, std::back_inserter(result.origins),
                                [&](Finding finding) { return originOf(finding, map.mode()); });
-        result.findings = std::move(places.findings);
-        result.distances = std::move(places.distances);
     }
     if (map.locationCount(Location::gaussPoints) > 0)
     {
-        Places places = map.places(Location::gaussPoints);
-        result.gaussPointFindings = std::move(places.findings);
-        result.gaussPointDistances = std::move(places.distances);
+        result.gaussPointFindings = map.findings(Location::gaussPoints);
+        result.gaussPointDistances = map.distances(Location::gaussPoints);
     }
 }
 

@@ -8,6 +8,10 @@ TransferResult MapCache::carry(const Mesh& source, std::span<const Field> fields
                                const TransferOptions& options)
 {
     checkTransfer(source, fields, options);
+    if (!isKept_)
+    {
+        return transferWith(Map(source, target, mapOptions(fields, options)), fields, options);
+    }
     if (!map_ || !map_->isFrom(source) || !map_->isTo(target))
     {
         validator_.reset();

@@ -15,6 +15,12 @@ namespace veltrane
 class MapCache
 {
 public:
+    /// \param areSteps  whether further steps follow; otherwise the map is let go as soon as it has been used
+    explicit MapCache(bool areSteps) : isKept_(areSteps) {}
+
+    /// Keeps the map in any case, for validate().
+    void keepMap() { isKept_ = true; }
+
     /// What transfer() and sample() give, with the map that is kept or a new one.
     TransferResult transfer(const Mesh& source, std::span<const Field> fields, const Mesh& target,
                             const TransferOptions& options);
@@ -30,8 +36,9 @@ private:
     TransferResult carry(const Mesh& source, std::span<const Field> fields, const Target& target,
                          const TransferOptions& options);
 
-    std::optional<Map> map_;
-    std::optional<Validator> validator_; ///< of the map
+    bool isKept_;
+    std::optional<Map> map_{};
+    std::optional<Validator> validator_{}; ///< of the map
 };
 
 } // namespace veltrane

@@ -2,6 +2,7 @@
 
 #include "ElementChecks.h"
 #include "FormatList.h"
+#include "GridMaterials.h"
 #include "Interruption.h"
 #include "Report.h"
 #include "Text.h"
@@ -179,7 +180,8 @@ std::ostream& MeshPairArguments::summaryStream() const
     return isOutputStandard() ? std::cerr : std::cout;
 }
 
-MeshFile MeshPairArguments::readSource(bool cellsAsNodes, const Placement& placement) const
+MeshFile MeshPairArguments::readSource(bool cellsAsNodes, const Placement& placement,
+                                       std::shared_ptr<VtuAhead> ahead) const
 {
     return read(source, {.role = MeshRole::source,
                          .skipUnsupported = skipUnsupported,
@@ -189,13 +191,13 @@ MeshFile MeshPairArguments::readSource(bool cellsAsNodes, const Placement& place
                          .placement = placement,
                          .keepsRepeatedNodes = keepsRepeatedNodes,
                          .gaussPointRule = gaussPointRule(),
-
-                         .threads = threads});
+                         .threads = threads,
+                         .ahead = std::move(ahead)});
 }
 
 std::shared_ptr<VtuAhead> MeshPairArguments::readTargetAhead() const
 {
-    return formatOf(target) == &formats::unstructuredGrid ? std::make_shared<VtuAhead>(target, threads) : nullptr;
+    return VtuAhead::begin(target, threads);
 }
 
 MeshFile MeshPairArguments::readTarget(MeshRole role, std::shared_ptr<VtuAhead> ahead) const
@@ -389,17 +391,17 @@ void useCommonMaterials(MeshFile& source, MeshFile& target)
     }
 }
 
-void checkSourceCells(const MeshFile& source)
+void checkSourceCells(const MeshFile& source, int threads)
 {
     const Mesh& mesh = source.mesh();
-    if (const std::vector<int> flat = findFlatElements(mesh); !flat.empty())
+    const auto [flat, inverted] = findElementFaults(mesh, threads);
+    if (!flat.empty())
     {
         warn(text("'", source.path().string(), "' has ",
                   oneOrMore(static_cast<long long>(flat.size()), "cell", "cells"),
                   " without volume in single precision, in which nothing is found: ", cellList(source, flat)),
              "flat cells");
     }
-    const std::vector<int> inverted = findInvertedElements(mesh);
     if (!inverted.empty())
     {
         warn(text("'", source.path().string(), "' has ",

@@ -117,7 +117,8 @@ struct MeshPairArguments
 
     /// Throw NoInput or BadFile, and Cancelled if the command was interrupted meanwhile. Warn of cells left out on
     /// request.
-    MeshFile readSource(bool cellsAsNodes = false, const Placement& placement = {}) const;
+    MeshFile readSource(bool cellsAsNodes = false, const Placement& placement = {},
+                        std::shared_ptr<VtuAhead> ahead = nullptr) const;
 
     /// Begins to read the target beside whatever comes next; null if that cannot be done.
     std::shared_ptr<VtuAhead> readTargetAhead() const;
@@ -150,7 +151,7 @@ std::optional<std::string> matchMaterials(const MaterialArguments& arguments, Me
 void useCommonMaterials(MeshFile& source, MeshFile& target);
 
 /// Warns of cells of the source that have no volume, in which nothing can be found, and of those that are inside out.
-void checkSourceCells(const MeshFile& source);
+void checkSourceCells(const MeshFile& source, int threads);
 
 /// The first three of such elements by their cells' numbers in the file: "cells 3, 8, 11 and 4 more".
 std::string cellList(const MeshFile& file, const std::vector<int>& elements);

@@ -117,12 +117,12 @@ ExitStatus SampleCommand::run() const
     const bool isSeries = isCollectionOutput(files_.outputFormat());
     return runSteps(
         series_, files_, partEnding(files_.target),
-        [&](const MeshPairArguments& files, MapCache& maps)
-        { return sampleOne(files, maps, isSeries ? recordFiles_.ofStep(files.output) : recordFiles_); },
+        [&](const MeshPairArguments& files, StepMemory& memory)
+        { return sampleOne(files, memory, isSeries ? recordFiles_.ofStep(files.output) : recordFiles_); },
         [&](const std::vector<FinishedStep>& steps) { recordFiles_.finishSeries(steps, files_); });
 }
 
-ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files, MapCache& maps,
+ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files, StepMemory& memory,
                                     const RecordFileOptions& recordOptions) const
 {
     TransferOptions options = arguments_.options(!files.materials.states.empty());
@@ -130,8 +130,10 @@ ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files, MapCache& ma
     const RecordFiles recordFiles(recordOptions, files);
     ProgressBar progress(!files.quiet);
     progress.beginStage("reading source");
-    MeshFile source = files.readSource(arguments_.cellsAsNodes, placement_.placement());
-    checkSourceCells(source);
+    MeshFile source =
+        files.readSource(arguments_.cellsAsNodes, placement_.placement(), memory.takeSource(files.source));
+    memory.readNextSource(files.threads);
+    checkSourceCells(source, files.threads);
     progress.beginStage("reading points");
     PointFile points = readPointFile(files);
 
@@ -146,18 +148,18 @@ ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files, MapCache& ma
     recordFiles.checkFields(fields, files.source);
     const bool haveMaterials = points.materialArray().has_value();
     options.targetMapping = files.materials.select(points.points().materials(), haveMaterials, points.path());
-    const Box sourceBox = source.mesh().boundingBox();
+    const Box sourceBox = source.mesh().boundingBox({}, files.threads);
     const Box pointBox = points.points().boundingBox();
     reportMissingMaterials(files.materials.match(source.mesh(), source.materialArray().has_value(), points.points(),
                                                  haveMaterials, options.targetMapping),
                            options.mode);
 
-    arguments_.limitNearPoints(options, source.mesh());
     options.looksForOverlap = true;
     options.threads = files.threads;
+    arguments_.limitNearPoints(options, source.mesh());
     options.progress = progress.callback("sampling");
     const auto sample = [&](const TransferOptions& withOptions)
-    { return maps.sample(source.mesh(), fields, points.points(), withOptions); };
+    { return memory.maps.sample(source.mesh(), fields, points.points(), withOptions); };
     const auto describeOutside = [&]
     {
         TransferOptions withDefault = options; // which tells where the points are

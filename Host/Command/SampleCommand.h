@@ -3,12 +3,12 @@
 #define VELTRANE_COMMAND_SAMPLE_COMMAND_H
 
 #include "ExitStatus.h"
-#include "MapCache.h"
 #include "MeshPair.h"
 #include "PlacementArguments.h"
 #include "QualityArguments.h"
 #include "RecordFiles.h"
 #include "Series.h"
+#include "StepMemory.h"
 #include "TransferArguments.h"
 
 #include <CLI/CLI.hpp>
@@ -32,7 +32,7 @@ public:
 
 private:
     void checkOutput(bool isCollection) const;
-    ExitStatus sampleOne(const MeshPairArguments& files, MapCache& maps, const RecordFileOptions& recordOptions) const;
+    ExitStatus sampleOne(const MeshPairArguments& files, StepMemory& memory, const RecordFileOptions& recordOptions) const;
 
     CLI::App* command_;
     MeshPairArguments files_;

@@ -211,7 +211,8 @@ ExitStatus workOnSteps(const std::vector<Step>& steps, std::size_t first, std::s
     ExitStatus outcome = ExitStatus::done;
     for (std::size_t i = first; i < steps.size() && !isFailure(outcome) && !isInterrupted(); i += stride)
     {
-        outcome = worse(outcome, work(steps[i], partOf(i)));
+        const Step* next = i + stride < steps.size() ? &steps[i + stride] : nullptr;
+        outcome = worse(outcome, work(steps[i], partOf(i), next));
     }
     return outcome;
 }
@@ -286,17 +287,17 @@ ExitStatus runSeries(const std::vector<Step>& steps, int jobs, const std::filesy
 }
 
 ExitStatus runSteps(const SeriesArguments& series, const MeshPairArguments& files, const std::string& partEnding,
-                    const std::function<ExitStatus(const MeshPairArguments&, MapCache&)>& work, const SeriesEnd& end)
+                    const std::function<ExitStatus(const MeshPairArguments&, StepMemory&)>& work, const SeriesEnd& end)
 {
     const bool isSeries = isCollectionOutput(formatOf(files.output));
-    MapCache maps;
+    StepMemory memory(isSeries);
     if (!isSeries && series.jobs > 1)
     {
         throw InvalidOption("--jobs has an effect only if the output is a collection, named .pvd");
     }
     if (!isSeries && series.steps.empty() && !isCollection(formatOf(files.source)))
     {
-        return work(files, maps);
+        return work(files, memory);
     }
     const auto filesOf = [&](const Step& step, const std::string& output)
     {
@@ -309,13 +310,14 @@ ExitStatus runSteps(const SeriesArguments& series, const MeshPairArguments& file
     const std::vector<Step> steps = series.select(files.source, isSeries);
     if (!isSeries)
     {
-        return work(filesOf(steps.front(), files.output), maps);
+        return work(filesOf(steps.front(), files.output), memory);
     }
-    const auto workOnStep = [&](const Step& step, const std::filesystem::path& part)
+    const auto workOnStep = [&](const Step& step, const std::filesystem::path& part, const Step* next)
     {
+        memory.setNextSource(next == nullptr ? nullptr : &next->file);
         MeshPairArguments ofStep = filesOf(step, part.string());
         ofStep.quiet = true;
-        return runReportingFailures([&] { return work(ofStep, maps); }, CancellationReport::none);
+        return runReportingFailures([&] { return work(ofStep, memory); }, CancellationReport::none);
     };
     return runSeries(steps, series.jobs, files.output, files.openOutput(), partEnding, files.quiet, workOnStep, end);
 }

@@ -4,9 +4,9 @@
 
 #include "Collection.h"
 #include "ExitStatus.h"
-#include "MapCache.h"
 #include "MeshPair.h"
 #include "OutputFile.h"
+#include "StepMemory.h"
 
 #include <CLI/CLI.hpp>
 
@@ -35,8 +35,8 @@ inline constexpr const char* seriesHelp =
     "The source may be a collection of files (.pvd, .series). If the output is a .pvd, its files are written to the\n"
     "directory of its name without the ending.\n\n";
 
-/// Does one step, writing the given file.
-using StepWork = std::function<ExitStatus(const Step& step, const std::filesystem::path& output)>;
+/// Does one step, writing the given file. `next` is the step that follows in the same process, or null.
+using StepWork = std::function<ExitStatus(const Step& step, const std::filesystem::path& output, const Step* next)>;
 
 /// A step that is done: its output, complete and not yet in its place, and how the collection lists it.
 struct FinishedStep
@@ -62,7 +62,7 @@ ExitStatus runSeries(const std::vector<Step>& steps, int jobs, const std::filesy
 /// runSeries() does, with this end; the steps of one process share a map as long as they share the meshes. Throws
 /// InvalidOption if the options do not fit, and what the work throws.
 ExitStatus runSteps(const SeriesArguments& series, const MeshPairArguments& files, const std::string& partEnding,
-                    const std::function<ExitStatus(const MeshPairArguments&, MapCache&)>& work, const SeriesEnd& end);
+                    const std::function<ExitStatus(const MeshPairArguments&, StepMemory&)>& work, const SeriesEnd& end);
 
 } // namespace veltrane
 

@@ -221,7 +221,7 @@ TransferOptions TransferArguments::options(bool hasStates) const
 
 void TransferArguments::limitNearPoints(TransferOptions& options, const Mesh& source) const
 {
-    options.rules.nearLimit = nearLimit ? *nearLimit : largestElementSize(source);
+    options.rules.nearLimit = nearLimit ? *nearLimit : largestElementSize(source, options.threads);
 }
 
 std::vector<ChosenField> TransferArguments::chooseFields(const MeshFile& source,

@@ -96,12 +96,12 @@ ExitStatus TransferCommand::run() const
     const bool isSeries = isCollectionOutput(files_.outputFormat());
     return runSteps(
         series_, files_, ".vtu",
-        [&](const MeshPairArguments& files, MapCache& maps)
-        { return transferOne(files, maps, isSeries ? recordFiles_.ofStep(files.output) : recordFiles_); },
+        [&](const MeshPairArguments& files, StepMemory& memory)
+        { return transferOne(files, memory, isSeries ? recordFiles_.ofStep(files.output) : recordFiles_); },
         [&](const std::vector<FinishedStep>& steps) { recordFiles_.finishSeries(steps, files_); });
 }
 
-ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache& maps,
+ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, StepMemory& memory,
                                         const RecordFileOptions& recordOptions) const
 {
     TransferOptions options = arguments_.options(!files.materials.states.empty());
@@ -109,13 +109,15 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
     const RecordFiles recordFiles(recordOptions, files);
     ProgressBar progress(!files.quiet);
     progress.beginStage("reading source");
-    std::shared_ptr<VtuAhead> targetAhead = files.readTargetAhead();
-    MeshFile source = files.readSource(arguments_.cellsAsNodes, placement_.placement());
+    const std::shared_ptr<VtuAhead> targetAhead = memory.hasTarget() ? nullptr : files.readTargetAhead();
+    MeshFile source =
+        files.readSource(arguments_.cellsAsNodes, placement_.placement(), memory.takeSource(files.source));
     progress.beginStage("reading target");
-    MeshFile target = files.readTarget(arguments_.atGaussPoints ? MeshRole::gaussPointTarget : MeshRole::target,
-                                       std::move(targetAhead));
+    const MeshRole role = arguments_.atGaussPoints ? MeshRole::gaussPointTarget : MeshRole::target;
+    MeshFile& target = memory.target([&] { return files.readTarget(role, targetAhead); });
+    memory.readNextSource(files.threads);
     useCommonMaterials(source, target);
-    checkSourceCells(source);
+    checkSourceCells(source, files.threads);
 
     const std::vector<ChosenField> chosenLoads = loads_.choose(source);
     const std::vector<ChosenField> chosen = arguments_.chooseFields(source, chosenLoads);
@@ -141,16 +143,22 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
     options.targetLocations.assign(fields.size(), arguments_.atGaussPoints ? Location::gaussPoints : Location::nodes);
     options.targetMapping =
         files.materials.select(target.mesh().materials(), target.materialArray().has_value(), target.path());
-    const Box sourceBox = source.mesh().boundingBox();
-    const Box targetBox = target.mesh().boundingBox(options.targetMapping);
+    const Box sourceBox = source.mesh().boundingBox({}, files.threads);
+    const Box targetBox = target.mesh().boundingBox(options.targetMapping, files.threads);
     reportMissingMaterials(matchMaterials(files.materials, source, target, options.targetMapping), options.mode);
 
-    arguments_.limitNearPoints(options, source.mesh());
     options.looksForOverlap = true;
     options.threads = files.threads;
+    arguments_.limitNearPoints(options, source.mesh());
     options.progress = progress.callback("interpolating");
+    const bool isPageValidated = recordOptions.isPageWanted() && hasVolumeElements(target.mesh());
+    const bool isValidated = !fields.empty() && (quality_.needsValidation() || isPageValidated);
+    if (isValidated)
+    {
+        memory.maps.keepMap();
+    }
     const auto transfer = [&](const TransferOptions& withOptions)
-    { return maps.transfer(source.mesh(), fields, target.mesh(), withOptions); };
+    { return memory.maps.transfer(source.mesh(), fields, target.mesh(), withOptions); };
     const auto describeOutside = [&]
     {
         TransferOptions withDefault = options; // which tells where the nodes are
@@ -165,12 +173,11 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, MapCache
     options.progress = progress.callback("spreading loads");
     const std::vector<DistributedLoads> distributed =
         distributeAll(loads, source.mesh(), target.mesh(), options, arguments_.nearLimit);
-    const bool isPageValidated = recordOptions.isPageWanted() && hasVolumeElements(target.mesh());
     std::optional<Validation> validation;
-    if (!fields.empty() && (quality_.needsValidation() || isPageValidated))
+    if (isValidated)
     {
         options.progress = progress.callback("validating");
-        validation = maps.validate(source.mesh(), fields, target.mesh(), result.fields, options);
+        validation = memory.maps.validate(source.mesh(), fields, target.mesh(), result.fields, options);
     }
     progress.beginStage("writing output");
     std::vector<IntegerArray> arrays;

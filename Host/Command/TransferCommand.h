@@ -4,12 +4,12 @@
 
 #include "ExitStatus.h"
 #include "LoadArguments.h"
-#include "MapCache.h"
 #include "MeshPair.h"
 #include "PlacementArguments.h"
 #include "QualityArguments.h"
 #include "RecordFiles.h"
 #include "Series.h"
+#include "StepMemory.h"
 #include "TransferArguments.h"
 
 #include <CLI/CLI.hpp>
@@ -50,7 +50,7 @@ public:
 
 private:
     void checkOptions(bool isCollection) const;
-    ExitStatus transferOne(const MeshPairArguments& files, MapCache& maps,
+    ExitStatus transferOne(const MeshPairArguments& files, StepMemory& memory,
                            const RecordFileOptions& recordOptions) const;
 
     CLI::App* command_;

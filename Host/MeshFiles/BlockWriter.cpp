@@ -4,7 +4,9 @@
 
 #include <libdeflate.h>
 
+#include <algorithm>
 #include <array>
+#include <atomic>
 #include <new>
 
 namespace veltrane
@@ -18,6 +20,7 @@ constexpr Stage stage{"writing", 0, 100};
 constexpr std::uint64_t blocksAtATime = 128;
 
 constexpr std::uint64_t plainPieceSize = std::uint64_t{1} << 21;
+constexpr std::uint64_t copiedPieceSize = std::uint64_t{3} << 18; // whole groups of base64
 
 int levelOf(Compression compression)
 {
@@ -41,9 +44,51 @@ BlockWriter::BlockWriter(const PlacedFile& file, Compression compression, Thread
 
 BlockWriter::~BlockWriter() = default;
 
-std::uint64_t BlockWriter::write(const ArrayBytes& bytes, std::uint64_t place)
+std::uint64_t BlockWriter::write(const ArrayBytes& bytes, const StoredArray* stored, std::uint64_t place)
 {
-    return compression_ == Compression::none ? writePlain(bytes, place) : writeCompressed(bytes, place);
+    switch (compression_)
+    {
+    case Compression::none: return writePlain(bytes, place);
+    case Compression::fast:
+        if (stored != nullptr && stored->size() == bytes.size())
+        {
+            if (const auto end = copy(*stored, place))
+            {
+                return *end;
+            }
+        }
+        break;
+    case Compression::small: break;
+    }
+    return writeCompressed(bytes, place);
+}
+
+/// Nothing if the other file is not any more what it was.
+std::optional<std::uint64_t> BlockWriter::copy(const StoredArray& stored, std::uint64_t place)
+{
+    const std::vector<std::uint64_t> header = stored.packedHeader();
+    file_.write(std::as_bytes(std::span(header)), place);
+    place += header.size() * sizeof(std::uint64_t);
+    const std::uint64_t size = stored.packedSize();
+    std::atomic<bool> isGood = true;
+    const auto copyPiece = [&](std::int64_t piece, int worker)
+    {
+        const std::uint64_t first = static_cast<std::uint64_t>(piece) * copiedPieceSize;
+        std::vector<std::byte>& room = workers_[static_cast<std::size_t>(worker)].room;
+        room.resize(copiedPieceSize);
+        const std::span<std::byte> bytes =
+            std::span(room).first(static_cast<std::size_t>(std::min(copiedPieceSize, size - first)));
+        if (stored.readPacked(first, bytes))
+        {
+            file_.write(bytes, place + first);
+        }
+        else
+        {
+            isGood = false;
+        }
+    };
+    threads_.run(stage, static_cast<std::int64_t>((size + copiedPieceSize - 1) / copiedPieceSize), copyPiece);
+    return isGood ? std::optional(place + size) : std::nullopt;
 }
 
 std::uint64_t BlockWriter::writePlain(const ArrayBytes& bytes, std::uint64_t place)
@@ -101,8 +146,8 @@ std::size_t BlockWriter::compress(const ArrayBytes& bytes, const BlockLayout& la
         {
             throw std::bad_alloc();
         }
-        worker.room.resize(BlockLayout::blockSize);
     }
+    worker.room.resize(std::max<std::size_t>(worker.room.size(), BlockLayout::blockSize));
     result.resize(libdeflate_zlib_compress_bound(worker.compressor.get(), BlockLayout::blockSize));
     const std::span<const std::byte> plain =
         bytes.part(layout.first(block), std::span(worker.room).first(layout.sizeOf(block)));

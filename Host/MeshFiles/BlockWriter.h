@@ -6,10 +6,12 @@
 #include "BlockLayout.h"
 #include "Compression.h"
 #include "PlacedFile.h"
+#include "StoredArray.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 struct libdeflate_compressor;
@@ -30,7 +32,10 @@ public:
 
     /// Writes an array with what precedes it, all numbers of 8 bytes, and returns the place after it. Throws
     /// CannotWrite with nothing but the reason.
-    std::uint64_t write(const ArrayBytes& bytes, std::uint64_t place);
+    ///
+    /// \param stored  the same array as another file has it, if there is one: it is taken over unless the array is not
+    ///                to be compressed, or to be small
+    std::uint64_t write(const ArrayBytes& bytes, const StoredArray* stored, std::uint64_t place);
 
 private:
     struct Freeing
@@ -46,6 +51,7 @@ private:
     };
 
     std::uint64_t writePlain(const ArrayBytes& bytes, std::uint64_t place);
+    std::optional<std::uint64_t> copy(const StoredArray& stored, std::uint64_t place);
     std::uint64_t writeCompressed(const ArrayBytes& bytes, std::uint64_t place);
     std::size_t compress(const ArrayBytes& bytes, const BlockLayout& layout, std::uint64_t block, Worker& worker,
                          std::vector<std::byte>& result) const;

@@ -11,7 +11,7 @@ namespace veltrane
 enum class Compression
 {
     none,
-    fast, ///< zlib's format, as fast as it can be made
+    fast, ///< zlib's format, as fast as it can be made; arrays of the target that stay what they are stay as packed
     small ///< zlib's format, at the price of several times the time
 };
 

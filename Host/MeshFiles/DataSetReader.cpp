@@ -125,7 +125,8 @@ MeshContents readMesh(const std::filesystem::path& path, const FileReading& read
             throwingTooLarge(path, [&] { return ahead != nullptr ? ahead->take() : readVtu(path, reading.threads); });
         if (contents)
         {
-            return {std::move(contents->grid), std::move(contents->types), std::move(contents->cells)};
+            return {std::move(contents->grid), std::move(contents->types), std::move(contents->cells),
+                    std::move(contents->stored)};
         }
     }
     FileData data = guarded(path, [&] { return format.read(path, reading); });
@@ -134,7 +135,7 @@ MeshContents readMesh(const std::filesystem::path& path, const FileReading& read
     {
         throw BadFile(text(quoted(path), " has points, lines and polygons, which are no mesh"));
     }
-    return {grid, grid->GetCellTypesArray(), std::nullopt, std::move(data.leftOut)};
+    return {grid, grid->GetCellTypesArray(), std::nullopt, StoredArrays(), std::move(data.leftOut)};
 }
 
 FileData readPoints(const std::filesystem::path& path, int threads)

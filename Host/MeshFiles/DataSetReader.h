@@ -5,6 +5,7 @@
 #include "CellTable.h"
 #include "FileErrors.h"
 #include "FileFormat.h"
+#include "StoredArrays.h"
 
 #include <vtkSmartPointer.h>
 
@@ -39,6 +40,7 @@ struct MeshContents
     vtkSmartPointer<vtkUnstructuredGrid> grid; ///< points and arrays, and the cells unless they are in the table
     vtkSmartPointer<vtkUnsignedCharArray> types;
     std::optional<CellTable> cells;
+    StoredArrays stored{}; ///< those that a writer can take over
     LeftOut leftOut{};
 };
 

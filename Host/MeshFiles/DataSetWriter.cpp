@@ -26,11 +26,11 @@ LeftOut writeDataSet(vtkPointSet& dataSet, const std::filesystem::path& path, co
 }
 
 LeftOut writeGrid(vtkUnstructuredGrid& grid, vtkUnsignedCharArray& types, const CellView& cells,
-                  const std::filesystem::path& path, const FileWriting& writing)
+                  const std::filesystem::path& path, const FileWriting& writing, const StoredArrays* stored)
 {
     if (&outputFormatOf(path) == &formats::unstructuredGrid && canWriteVtu(grid))
     {
-        writeVtu(grid, types, cells, path, writing);
+        writeVtu(grid, types, cells, path, writing, stored);
         return {};
     }
     vtkNew<vtkUnstructuredGrid> whole;

@@ -1,5 +1,7 @@
 #include "DirectElements.h"
 
+#include "RepeatedNodes.h"
+#include "ThreadWorkers.h"
 #include "VtkCells.h"
 
 #include <vtkCellType.h>
@@ -7,6 +9,8 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <cstdint>
 #include <span>
 
 namespace veltrane
@@ -29,21 +33,6 @@ std::array<const ElementKindInfo*, 256> directKinds(MeshRole role)
     return kinds;
 }
 
-bool hasRepeatedNodes(std::span<const int> points)
-{
-    for (std::size_t i = 1; i < points.size(); ++i)
-    {
-        for (std::size_t j = 0; j < i; ++j)
-        {
-            if (points[i] == points[j])
-            {
-                return true;
-            }
-        }
-    }
-    return false;
-}
-
 bool areInRange(std::span<const int> points, vtkIdType pointCount)
 {
     return std::ranges::all_of(points, [&](int point) { return point >= 0 && point < pointCount; });
@@ -57,25 +46,39 @@ std::optional<GridElements> takeElements(CellTable& cells, vtkUnsignedCharArray&
     const auto kinds = directKinds(reading.role);
     const auto cellCount = static_cast<std::size_t>(types.GetNumberOfValues());
     if (cellCount == 0 || cells.offsets.size() != cellCount + 1 || cells.offsets.front() != 0 ||
-        cells.offsets.back() != cells.connectivity.size() || !areInRange(cells.connectivity, pointCount))
+        cells.offsets.back() != cells.connectivity.size())
     {
         return std::nullopt;
     }
     GridElements elements;
-    elements.data.kinds.reserve(cellCount);
-    for (std::size_t cell = 0; cell < cellCount; ++cell)
+    elements.data.kinds.resize(cellCount);
+    std::atomic<bool> areDirect = true;
+    const auto take = [&](std::int64_t number)
     {
+        const auto cell = static_cast<std::size_t>(number);
         const unsigned char type = types.GetPointer(0)[cell];
         const ElementKindInfo* kind = kinds[type];
         const std::size_t begin = cells.offsets[cell];
         const std::size_t end = cells.offsets[cell + 1];
-        if (kind == nullptr || end < begin || end - begin != static_cast<std::size_t>(kind->nodeCount) ||
-            (type == VTK_HEXAHEDRON && !reading.keepsRepeatedNodes &&
-             hasRepeatedNodes({cells.connectivity.data() + begin, end - begin})))
+        if (kind == nullptr || end < begin || end > cells.connectivity.size() ||
+            end - begin != static_cast<std::size_t>(kind->nodeCount))
         {
-            return std::nullopt;
+            areDirect = false;
+            return;
         }
-        elements.data.kinds.push_back(kind->kind);
+        const std::span<const int> points(cells.connectivity.data() + begin, end - begin);
+        if (!areInRange(points, pointCount) ||
+            (type == VTK_HEXAHEDRON && !reading.keepsRepeatedNodes && hasRepeatedNodes<int>(points)))
+        {
+            areDirect = false;
+        }
+        elements.data.kinds[cell] = kind->kind;
+    };
+    ThreadWorkers workers(reading.threads);
+    forEachItem(workers, {"checking", 0, 100}, static_cast<std::int64_t>(cellCount), take);
+    if (!areDirect)
+    {
+        return std::nullopt;
     }
     elements.data.offsets = std::move(cells.offsets);
     elements.data.connectivity = std::move(cells.connectivity);

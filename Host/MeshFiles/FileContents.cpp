@@ -4,6 +4,8 @@
 #include "DataSetReader.h"
 #include "FieldArrays.h"
 #include "GridElements.h"
+#include "GridMaterials.h"
+#include "GridPoints.h"
 
 #include <vtkCellData.h>
 #include <vtkDataArray.h>

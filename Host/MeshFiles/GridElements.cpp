@@ -10,30 +10,16 @@
 #include <vtkCellArray.h>
 #include <vtkCellType.h>
 #include <vtkDataArray.h>
-#include <vtkDataSetAttributes.h>
-#include <vtkDoubleArray.h>
-#include <vtkNew.h>
-#include <vtkPoints.h>
 #include <vtkUnsignedCharArray.h>
 #include <vtkUnstructuredGrid.h>
 
 #include <algorithm>
-#include <array>
-#include <cfloat>
-#include <cmath>
 #include <string_view>
 
 namespace veltrane
 {
 namespace
 {
-
-constexpr std::array materialArrayNames{
-    "material",      "Material",      "MaterialIds", "MaterialId",   "materialId", "MaterialID",
-    "material_id",   "MatId",         "part",        "Part",         "PartId",     "partId",
-    "gmsh:physical", "CellEntityIds", "PhysicalIds", "PhysicalId",   "physical",   "PhysicalGroup",
-    "medit:ref",     "cell_tags",     "attribute",   "subdomain_id", "BlockId",    "ElementBlockIds",
-    "ObjectId"};
 
 /// The cell types, after a check that there are types and offsets for all cells and that these hold together.
 vtkUnsignedCharArray& checkedCellTypes(vtkUnstructuredGrid& grid, const std::filesystem::path& path)
@@ -240,19 +226,6 @@ std::string_view needOf(MeshRole role)
     return "volume cells, which have the Gauss points to be matched";
 }
 
-long long materialNumber(vtkDataArray& array, vtkIdType item, std::string_view itemName,
-                         const std::filesystem::path& path)
-{
-    constexpr double largest = 9007199254740992.0; // beyond it doubles skip whole numbers
-    const double number = array.GetComponent(item, 0);
-    if (!(std::abs(number) <= largest) || number != std::floor(number))
-    {
-        throw BadFile(text(quoted(path), ": ", itemName, " array '", array.GetName(), "' numbers the material of ",
-                           itemName, " ", item, " with ", number, ", which is not a whole number"));
-    }
-    return static_cast<long long>(number);
-}
-
 } // namespace
 
 GridElements readElements(vtkUnstructuredGrid& grid, const MeshReading& reading, const std::filesystem::path& path)
@@ -285,149 +258,6 @@ void checkCells(vtkUnstructuredGrid& grid, const std::filesystem::path& path)
     {
         checkedPoints(grid, cell, findVtkCellKind(types.GetValue(cell)), path);
     }
-}
-
-void place(vtkUnstructuredGrid& grid, const Placement& placement)
-{
-    if (placement.isIdentity() || grid.GetPoints() == nullptr)
-    {
-        return;
-    }
-    vtkNew<vtkPoints> points;
-    points->SetDataTypeToDouble();
-    points->SetNumberOfPoints(grid.GetNumberOfPoints());
-    for (vtkIdType point = 0; point < grid.GetNumberOfPoints(); ++point)
-    {
-        Point3 position{};
-        grid.GetPoint(point, position.data());
-        points->SetPoint(point, placement(position).data());
-    }
-    grid.SetPoints(points);
-}
-
-namespace
-{
-
-/// Numbers as coordinates; the position of the first that is none, or how many there are.
-template <typename Number> std::size_t convert(const Number* numbers, std::vector<float>& coordinates)
-{
-    for (std::size_t i = 0; i < coordinates.size(); ++i)
-    {
-        if (!(std::abs(static_cast<double>(numbers[i])) <= double{FLT_MAX}))
-        {
-            return i;
-        }
-        coordinates[i] = static_cast<float>(numbers[i]);
-    }
-    return coordinates.size();
-}
-
-} // namespace
-
-std::vector<float> readCoordinates(vtkPointSet& points, const std::filesystem::path& path)
-{
-    std::vector<float> coordinates;
-    if (points.GetPoints() == nullptr)
-    {
-        return coordinates;
-    }
-    vtkDataArray& data = *points.GetPoints()->GetData();
-    coordinates.resize(static_cast<std::size_t>(data.GetNumberOfTuples()) * 3);
-    std::size_t end = 0;
-    if (data.HasStandardMemoryLayout() && data.GetDataType() == VTK_FLOAT)
-    {
-        end = convert(static_cast<const float*>(data.GetVoidPointer(0)), coordinates);
-    }
-    else if (data.HasStandardMemoryLayout() && data.GetDataType() == VTK_DOUBLE)
-    {
-        end = convert(static_cast<const double*>(data.GetVoidPointer(0)), coordinates);
-    }
-    else
-    {
-        std::vector<double> numbers(coordinates.size());
-        for (std::size_t i = 0; i < numbers.size(); ++i)
-        {
-            numbers[i] = data.GetComponent(static_cast<vtkIdType>(i / 3), static_cast<int>(i % 3));
-        }
-        end = convert(numbers.data(), coordinates);
-    }
-    if (end < coordinates.size())
-    {
-        throw BadFile(text(quoted(path), ": point ", end / 3, " has the coordinate ",
-                           data.GetComponent(static_cast<vtkIdType>(end / 3), static_cast<int>(end % 3)),
-                           ", which is not a finite single-precision number"));
-    }
-    return coordinates;
-}
-
-std::vector<double> readExactCoordinates(vtkPointSet& points)
-{
-    auto* data = points.GetPoints() == nullptr ? nullptr : vtkDoubleArray::SafeDownCast(points.GetPoints()->GetData());
-    return data == nullptr ? std::vector<double>()
-                           : std::vector(data->GetPointer(0), data->GetPointer(data->GetNumberOfValues()));
-}
-
-std::span<const char* const> usualMaterialArrays()
-{
-    return materialArrayNames;
-}
-
-vtkDataArray* findMaterialArray(vtkDataSetAttributes& data, const std::optional<std::string>& name,
-                                const std::filesystem::path& path)
-{
-    if (name)
-    {
-        vtkDataArray* array = data.GetArray(name->c_str());
-        if (array == nullptr || array->GetNumberOfComponents() != 1)
-        {
-            throw BadFile(text(quoted(path), " has no array '", *name, "' of one number each to tell the materials"));
-        }
-        return array;
-    }
-    for (const char* usualName : usualMaterialArrays())
-    {
-        vtkDataArray* array = data.GetArray(usualName);
-        if (array != nullptr && array->GetNumberOfComponents() == 1)
-        {
-            return array;
-        }
-    }
-    return nullptr;
-}
-
-MaterialNumbers readMaterials(vtkDataArray* array, const ItemNumbers& items, const std::string& itemName,
-                              const std::filesystem::path& path)
-{
-    MaterialNumbers result;
-    if (array == nullptr)
-    {
-        result.materials.push_back({"all", 0});
-        result.materialPerItem.assign(items.size(), 0);
-        return result;
-    }
-    std::map<long long, int> indices; // of the numbers in the file, at first in the order of their first items
-    result.materialPerItem.reserve(items.size());
-    auto last = indices.end();
-    for (std::size_t i = 0; i < items.size(); ++i)
-    {
-        const long long number = materialNumber(*array, items[i], itemName, path);
-        if (last == indices.end() || last->first != number) // neighbours are often alike
-        {
-            last = indices.try_emplace(number, static_cast<int>(indices.size())).first;
-        }
-        result.materialPerItem.push_back(last->second);
-    }
-    std::vector<int> inOrder(indices.size());
-    for (const auto& [number, first] : indices)
-    {
-        inOrder[static_cast<std::size_t>(first)] = static_cast<int>(result.materials.size());
-        result.materials.push_back({std::to_string(number), 0});
-    }
-    for (int& material : result.materialPerItem)
-    {
-        material = inOrder[static_cast<std::size_t>(material)];
-    }
-    return result;
 }
 
 std::string cellCountText(const CellCounts& counts)

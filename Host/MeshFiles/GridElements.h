@@ -12,13 +12,9 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <span>
 #include <string>
 #include <vector>
 
-class vtkDataArray;
-class vtkDataSetAttributes;
-class vtkPointSet;
 class vtkUnstructuredGrid;
 
 namespace veltrane
@@ -78,32 +74,6 @@ GridElements readElements(vtkUnstructuredGrid& grid, const MeshReading& reading,
 
 /// That the cells are whole: their points exist, and are as many as they need. Of a file without cells nothing is said.
 void checkCells(vtkUnstructuredGrid& grid, const std::filesystem::path& path);
-
-/// Gives the grid points of its own, in double precision, unless the placement changes nothing.
-void place(vtkUnstructuredGrid& grid, const Placement& placement);
-
-/// In single precision.
-std::vector<float> readCoordinates(vtkPointSet& points, const std::filesystem::path& path);
-
-/// In double precision; empty if the file has them in single precision.
-std::vector<double> readExactCoordinates(vtkPointSet& points);
-
-/// In the order in which they are looked for.
-std::span<const char* const> usualMaterialArrays();
-
-/// The array of the reading's name or of a usual name; null if there is none of a usual name.
-vtkDataArray* findMaterialArray(vtkDataSetAttributes& data, const std::optional<std::string>& name,
-                                const std::filesystem::path& path);
-
-struct MaterialNumbers
-{
-    std::vector<Material> materials{};  ///< in the order of their numbers, which are their names
-    std::vector<int> materialPerItem{}; ///< an index into `materials`
-};
-
-/// The materials of some cells or points; without an array all are of one material, named "all".
-MaterialNumbers readMaterials(vtkDataArray* array, const ItemNumbers& items, const std::string& itemName,
-                              const std::filesystem::path& path);
 
 /// "3 lines, 1 quadratic hexahedron"
 std::string cellCountText(const CellCounts& counts);

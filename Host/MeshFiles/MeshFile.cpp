@@ -4,6 +4,8 @@
 #include "DataSetWriter.h"
 #include "DirectElements.h"
 #include "GaussFields.h"
+#include "GridMaterials.h"
+#include "GridPoints.h"
 #include "GroupNames.h"
 #include "NodeLabels.h"
 #include "Text.h"
@@ -66,6 +68,27 @@ vtkSmartPointer<vtkUnstructuredGrid> shallowCopy(vtkUnstructuredGrid& original)
     return copy;
 }
 
+/// Those of the original's arrays that the other grid still has.
+StoredArrays keptArrays(const StoredArrays& stored, vtkUnstructuredGrid& original, vtkUnstructuredGrid& grid)
+{
+    StoredArrays kept = stored;
+    for (const auto& [place, part] :
+         {std::pair(ArrayPlace::points, "PointData"), std::pair(ArrayPlace::cells, "CellData"),
+          std::pair(ArrayPlace::file, "FieldData")})
+    {
+        vtkFieldData& data = dataOf(original, place);
+        for (int i = 0; i < data.GetNumberOfArrays(); ++i)
+        {
+            const char* name = data.GetArrayName(i);
+            if (name != nullptr && dataOf(grid, place).GetAbstractArray(name) != data.GetAbstractArray(i))
+            {
+                kept.remove(part, name);
+            }
+        }
+    }
+    return kept;
+}
+
 template <typename Array, typename Number>
 void setPoints(vtkUnstructuredGrid& grid, const std::vector<Number>& coordinates)
 {
@@ -126,6 +149,8 @@ struct MeshFile::Contents
     std::optional<int> numberType;               ///< if the grid has no cells: what they are numbers of, see CellTable
     std::optional<std::string> materialArray;
     bool hasNamedMaterials = false;
+    std::optional<std::string> firstMaterialArray; ///< after reading
+    StoredArrays stored;
     ItemNumbers cells; ///< of the elements
     CellCounts skippedCells;
     CellCounts nodeGroups;
@@ -149,11 +174,16 @@ MeshFile::MeshFile(const std::filesystem::path& path, const MeshReading& reading
         reading.ahead.get());
     contents_->grid = file.grid;
     contents_->leftOut = std::move(file.leftOut);
+    contents_->stored = std::move(file.stored);
     contents_->types = file.types == nullptr ? vtkSmartPointer<vtkUnsignedCharArray>::New() : file.types;
     vtkUnstructuredGrid& grid = *contents_->grid;
     const vtkIdType cellCount = file.cells ? contents_->cellCount() : grid.GetNumberOfCells();
     checkTupleCounts(grid, cellCount, path);
     place(grid, reading.placement);
+    if (!reading.placement.isIdentity())
+    {
+        contents_->stored.remove("Points", "Points");
+    }
 
     contents_->gaussFields = listGaussFields(grid);
     MeshReading elementReading = reading;
@@ -171,13 +201,14 @@ MeshFile::MeshFile(const std::filesystem::path& path, const MeshReading& reading
     if (materialArray != nullptr)
     {
         contents_->materialArray = materialArray->GetName();
+        contents_->firstMaterialArray = contents_->materialArray;
     }
     MaterialNumbers materials = readMaterials(materialArray, elements.cells, "cell", path);
     elements.data.materials = std::move(materials.materials);
     elements.data.materialPerElement = std::move(materials.materialPerItem);
     try
     {
-        contents_->mesh.emplace(std::move(elements.data));
+        contents_->mesh.emplace(std::move(elements.data), reading.threads);
     }
     catch (const InvalidData& error)
     {
@@ -260,6 +291,16 @@ void MeshFile::nameMaterials()
 bool MeshFile::hasNamedMaterials() const
 {
     return contents_->hasNamedMaterials;
+}
+
+void MeshFile::resetMaterials()
+{
+    if (contents_->materialArray != contents_->firstMaterialArray || contents_->hasNamedMaterials)
+    {
+        useMaterialArray(*contents_->firstMaterialArray); // without one there is no other, either
+    }
+    contents_->hasNamedMaterials = false;
+    mesh().setStateCodes(std::vector<int>(mesh().materials().size(), 0));
 }
 
 int MeshFile::leftOutCellCount() const
@@ -383,7 +424,8 @@ LeftOut MeshFile::writeWith(std::span<const Field> fields, std::span<const Integ
         const CellView cells{.connectivity = mesh().connectivity(),
                              .numberType = *contents_->numberType,
                              .beginnings = mesh().nodesPerElement()};
-        return writeGrid(*grid, *contents_->types, cells, path, described);
+        const StoredArrays stored = keptArrays(contents_->stored, *contents_->grid, *grid);
+        return writeGrid(*grid, *contents_->types, cells, path, described, &stored);
     }
     return writeDataSet(*grid, path, described);
 }

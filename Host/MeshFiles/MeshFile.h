@@ -67,6 +67,9 @@ public:
     void nameMaterials();
     bool hasNamedMaterials() const;
 
+    /// Makes the materials what they were when the file had been read, with 0 for state codes.
+    void resetMaterials();
+
     /// What the mesh consists of, kind after kind, and the cells of which only the nodes count. A mesh without cells
     /// consists of points.
     std::vector<std::pair<CellName, long long>> elementCounts() const;

@@ -3,7 +3,8 @@
 #include "DataSetReader.h"
 #include "DataSetWriter.h"
 #include "FieldArrays.h"
-#include "GridElements.h"
+#include "GridMaterials.h"
+#include "GridPoints.h"
 #include "Text.h"
 
 #include <vtkIntArray.h>

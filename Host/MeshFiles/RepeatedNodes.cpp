@@ -100,11 +100,11 @@ std::optional<PlainCell> wedgeOf(const std::vector<Face>& triangles, const std::
 
 std::optional<PlainCell> withoutRepeatedNodes(std::span<const vtkIdType> hexahedron)
 {
-    const std::set<vtkIdType> points(hexahedron.begin(), hexahedron.end());
-    if (points.size() == hexahedron.size())
+    if (!hasRepeatedNodes(hexahedron))
     {
         return std::nullopt;
     }
+    const std::set<vtkIdType> points(hexahedron.begin(), hexahedron.end());
     std::vector<Face> triangles;
     std::vector<Face> quadrilaterals;
     for (const auto& corners : facesOfHexahedron)

@@ -4,12 +4,28 @@
 
 #include <vtkType.h>
 
+#include <cstddef>
 #include <optional>
 #include <span>
 #include <vector>
 
 namespace veltrane
 {
+
+template <typename Number> bool hasRepeatedNodes(std::span<const Number> points)
+{
+    for (std::size_t i = 1; i < points.size(); ++i)
+    {
+        for (std::size_t j = 0; j < i; ++j)
+        {
+            if (points[i] == points[j])
+            {
+                return true;
+            }
+        }
+    }
+    return false;
+}
 
 /// A cell of VTK.
 struct PlainCell

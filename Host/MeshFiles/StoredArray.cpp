@@ -80,7 +80,16 @@ ReadFile::ReadFile(const std::filesystem::path& path) : file_(::open(path.c_str(
     if (file_.isValid() && ::fstat(file_.get(), &status) == 0 && S_ISREG(status.st_mode))
     {
         size_ = static_cast<std::uint64_t>(status.st_size);
+        changed_ = status.st_mtim;
     }
+}
+
+bool ReadFile::isUnchanged() const
+{
+    struct stat status = {};
+    return file_.isValid() && ::fstat(file_.get(), &status) == 0 &&
+           static_cast<std::uint64_t>(status.st_size) == size_ && status.st_mtim.tv_sec == changed_.tv_sec &&
+           status.st_mtim.tv_nsec == changed_.tv_nsec;
 }
 
 bool ReadFile::read(std::uint64_t place, std::span<std::byte> room) const
@@ -197,6 +206,7 @@ std::optional<StoredArray> StoredArray::find(const StoredBytes& bytes, const Sto
     }
     array.bytes_ = bytes.behind((3 + count) * numberSize);
     array.blockSize_ = std::max<std::uint64_t>(size, 1);
+    array.lastBlockSize_ = lastSize;
     array.blockBegins_.push_back(0);
     for (const std::uint64_t& packedSize : *packedSizes)
     {
@@ -209,6 +219,21 @@ std::optional<StoredArray> StoredArray::find(const StoredBytes& bytes, const Sto
     }
     array.size_ = count == 0 ? 0 : (count - 1) * size + (lastSize > 0 ? lastSize : size);
     return array;
+}
+
+std::vector<std::uint64_t> StoredArray::packedHeader() const
+{
+    std::vector<std::uint64_t> header{blockBegins_.size() - 1, blockSize_, lastBlockSize_};
+    for (std::size_t block = 1; block < blockBegins_.size(); ++block)
+    {
+        header.push_back(blockBegins_[block] - blockBegins_[block - 1]);
+    }
+    return header;
+}
+
+bool StoredArray::readPacked(std::uint64_t first, std::span<std::byte> room) const
+{
+    return bytes_.read(first, room) && bytes_.file->isUnchanged();
 }
 
 bool StoredArray::read(std::span<std::byte> room, ThreadWorkers& workers) const

@@ -12,6 +12,8 @@
 #include <string_view>
 #include <vector>
 
+#include <time.h>
+
 namespace veltrane
 {
 
@@ -29,9 +31,13 @@ public:
     /// False unless all of these bytes are there. May be called from several threads at once.
     bool read(std::uint64_t place, std::span<std::byte> room) const;
 
+    /// Whether nobody has written to the file since it was opened.
+    bool isUnchanged() const;
+
 private:
     FileDescriptor file_;
     std::uint64_t size_ = 0;
+    timespec changed_{};
 };
 
 /// Where bytes stand, as they are or as letters: in a file, or in text that has been read.
@@ -68,6 +74,15 @@ public:
 
     std::uint64_t size() const { return size_; }
 
+    /// Whether it is compressed and stands behind the text of a file.
+    bool isPacked() const { return blockSize_ != 0 && bytes_.file != nullptr; }
+
+    /// Of a packed array what precedes its blocks in a file with long headers, the size of these, and some of their
+    /// bytes. False if these are not there, or if the file has been written to.
+    std::vector<std::uint64_t> packedHeader() const;
+    std::uint64_t packedSize() const { return blockBegins_.back(); }
+    bool readPacked(std::uint64_t first, std::span<std::byte> room) const;
+
     /// Puts all bytes into the room, which is as large. False if they are not there or damaged.
     bool read(std::span<std::byte> room, ThreadWorkers& workers) const;
 
@@ -86,6 +101,7 @@ private:
     std::uint64_t size_ = 0;
     std::uint64_t plainBegin_ = 0;             ///< of an array that is not compressed
     std::uint64_t blockSize_ = 0;              ///< 0: not compressed
+    std::uint64_t lastBlockSize_ = 0;          ///< 0: as large as the others
     std::vector<std::uint64_t> blockBegins_{}; ///< one more than blocks
 };
 

@@ -2,10 +2,12 @@
 #ifndef VELTRANE_HOST_VTU_AHEAD_H
 #define VELTRANE_HOST_VTU_AHEAD_H
 
+#include "FormatList.h"
 #include "VtuFile.h"
 
 #include <filesystem>
 #include <future>
+#include <memory>
 #include <optional>
 
 namespace veltrane
@@ -15,6 +17,12 @@ namespace veltrane
 class VtuAhead
 {
 public:
+    /// Null if the file is not named as one that readVtu() reads.
+    static std::shared_ptr<VtuAhead> begin(const std::filesystem::path& path, int threads)
+    {
+        return formatOf(path) == &formats::unstructuredGrid ? std::make_shared<VtuAhead>(path, threads) : nullptr;
+    }
+
     VtuAhead(const std::filesystem::path& path, int threads)
         : contents_(std::async([path, threads] { return readVtu(path, threads); }))
     {

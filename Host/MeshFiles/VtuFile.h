@@ -3,6 +3,7 @@
 #define VELTRANE_HOST_VTU_FILE_H
 
 #include "CellTable.h"
+#include "StoredArrays.h"
 
 #include <vtkSmartPointer.h>
 
@@ -19,9 +20,10 @@ namespace veltrane
 /// What is in a file.
 struct VtuContents
 {
-    vtkSmartPointer<vtkUnstructuredGrid> grid; ///< points and arrays, no cells
-    vtkSmartPointer<vtkUnsignedCharArray> types;
+    vtkSmartPointer<vtkUnstructuredGrid> grid{}; ///< points and arrays, no cells
+    vtkSmartPointer<vtkUnsignedCharArray> types{};
     CellTable cells{};
+    StoredArrays stored{}; ///< those that a writer can take over
 };
 
 /// Reads a file in one piece with arrays as bytes, in letters or raw, compressed by zlib or not. Nothing if there is

@@ -2,6 +2,7 @@
 
 #include "BlockWriter.h"
 #include "PlacedFile.h"
+#include "StoredArrays.h"
 #include "Text.h"
 #include "ThreadWorkers.h"
 #include "XmlNumberTypes.h"
@@ -19,6 +20,7 @@
 #include <bit>
 #include <cstring>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -26,6 +28,8 @@ namespace veltrane
 {
 namespace
 {
+
+constexpr std::string_view fieldData = "FieldData";
 
 /// Keys that VTK itself puts beside arrays when it looks for their ranges.
 int rangeKeyCount(vtkInformation& information)
@@ -103,18 +107,23 @@ ArrayBytes bytesOf(vtkStringArray& strings)
 class Contents
 {
 public:
+    /// \param stored  arrays that are taken over from another file; may be null
+    explicit Contents(const StoredArrays* stored) : stored_(stored) {}
+
     void add(const std::string& line) { text_ += line + "\n"; }
 
-    void addArray(const std::string& attributes, ArrayBytes bytes, std::string_view element = "DataArray")
+    /// \param part  what the array belongs to, as in the file: "PointData"
+    void addArray(std::string_view part, const std::string& name, const std::string& attributes, ArrayBytes bytes,
+                  std::string_view element = "DataArray")
     {
         text_ += text('<', element, ' ', attributes, " format=\"appended\" offset=");
         places_.push_back(text_.size());
         text_.append(offsetWidth, ' ');
         text_ += "/>\n";
-        arrays_.push_back(std::move(bytes));
+        arrays_.push_back({std::move(bytes), stored_ == nullptr ? nullptr : stored_->find(part, name)});
     }
 
-    void addArray(vtkAbstractArray& array, bool isOfFile)
+    void addArray(std::string_view part, vtkAbstractArray& array)
     {
         std::string attributes = text("type=\"", xmlNameOf(array.GetDataType()), "\"");
         if (array.GetDataType() == VTK_ID_TYPE)
@@ -133,24 +142,24 @@ public:
                 attributes += text(" ComponentName", component, "=\"", escaped(name), "\"");
             }
         }
-        if (isOfFile)
+        if (part == fieldData)
         {
             attributes += text(" NumberOfTuples=\"", array.GetNumberOfTuples(), "\"");
         }
         auto* strings = vtkStringArray::SafeDownCast(&array);
         if (strings != nullptr)
         {
-            addArray(attributes, bytesOf(*strings), "Array");
+            addArray(part, array.GetName(), attributes, bytesOf(*strings), "Array");
             return;
         }
-        addArray(attributes, memoryOf(*vtkDataArray::SafeDownCast(&array)));
+        addArray(part, array.GetName(), attributes, memoryOf(*vtkDataArray::SafeDownCast(&array)));
     }
 
-    void addArrays(vtkFieldData& data, bool areOfFile)
+    void addArrays(std::string_view part, vtkFieldData& data)
     {
         for (int i = 0; i < data.GetNumberOfArrays(); ++i)
         {
-            addArray(*data.GetAbstractArray(i), areOfFile);
+            addArray(part, *data.GetAbstractArray(i));
         }
     }
 
@@ -166,7 +175,7 @@ public:
         {
             const std::string offset = text('"', place - begin, '"');
             text_.replace(places_[i], offset.size(), offset);
-            place = blocks.write(arrays_[i], place);
+            place = blocks.write(arrays_[i].bytes, arrays_[i].stored, place);
         }
         constexpr std::string_view end = "\n</AppendedData>\n</VTKFile>\n";
         file.write(std::as_bytes(std::span(end)), place);
@@ -177,9 +186,16 @@ public:
 private:
     static constexpr std::size_t offsetWidth = 22; // of the largest number in quotation marks
 
+    struct Array
+    {
+        ArrayBytes bytes;
+        const StoredArray* stored;
+    };
+
+    const StoredArrays* stored_;
     std::string text_;
     std::vector<std::size_t> places_; ///< of the offsets, one per array
-    std::vector<ArrayBytes> arrays_;
+    std::vector<Array> arrays_;
 };
 
 /// Which arrays are the active ones: Scalars="T"
@@ -217,12 +233,12 @@ void addCells(Contents& contents, vtkUnsignedCharArray& types, const CellView& c
     const bool areShort = cells.numberType == VTK_TYPE_INT32;
     const auto add = [&](const char* name, std::size_t count, auto numberOf)
     {
-        contents.addArray(text("type=\"", areShort ? "Int32" : "Int64", "\" Name=\"", name, "\""),
+        contents.addArray("Cells", name, text("type=\"", areShort ? "Int32" : "Int64", "\" Name=\"", name, "\""),
                           areShort ? bytesOf<std::int32_t>(count, numberOf) : bytesOf<std::int64_t>(count, numberOf));
     };
     add("connectivity", cells.connectivity.size(), [cells](std::size_t i) { return cells.connectivity[i]; });
     add("offsets", cells.cellCount(), [cells](std::size_t cell) { return cells.offset(cell + 1); }); // their ends
-    contents.addArray("type=\"UInt8\" Name=\"types\"", memoryOf(types));
+    contents.addArray("Cells", "types", "type=\"UInt8\" Name=\"types\"", memoryOf(types));
 }
 
 } // namespace
@@ -234,9 +250,9 @@ bool canWriteVtu(vtkUnstructuredGrid& grid)
 }
 
 void writeVtu(vtkUnstructuredGrid& grid, vtkUnsignedCharArray& types, const CellView& cells,
-              const std::filesystem::path& path, const FileWriting& writing)
+              const std::filesystem::path& path, const FileWriting& writing, const StoredArrays* stored)
 {
-    Contents contents;
+    Contents contents(stored);
     const bool isCompressed = writing.compression != Compression::none;
     contents.add("<?xml version=\"1.0\"?>");
     contents.add(text("<VTKFile type=\"UnstructuredGrid\" version=\"1.0\" byte_order=\"",
@@ -246,20 +262,21 @@ void writeVtu(vtkUnstructuredGrid& grid, vtkUnsignedCharArray& types, const Cell
     if (grid.GetFieldData()->GetNumberOfArrays() > 0)
     {
         contents.add("<FieldData>");
-        contents.addArrays(*grid.GetFieldData(), true);
+        contents.addArrays(fieldData, *grid.GetFieldData());
         contents.add("</FieldData>");
     }
     contents.add(text("<Piece NumberOfPoints=\"", grid.GetNumberOfPoints(), "\" NumberOfCells=\"",
                       types.GetNumberOfValues(), "\">"));
     contents.add(text("<PointData", activeArrays(*grid.GetPointData()), ">"));
-    contents.addArrays(*grid.GetPointData(), false);
+    contents.addArrays("PointData", *grid.GetPointData());
     contents.add("</PointData>");
     contents.add(text("<CellData", activeArrays(*grid.GetCellData()), ">"));
-    contents.addArrays(*grid.GetCellData(), false);
+    contents.addArrays("CellData", *grid.GetCellData());
     contents.add("</CellData>");
     contents.add("<Points>");
     vtkDataArray& points = *grid.GetPoints()->GetData();
-    contents.addArray(text("type=\"", xmlNameOf(points.GetDataType()), "\" Name=\"Points\" NumberOfComponents=\"3\""),
+    contents.addArray("Points", "Points",
+                      text("type=\"", xmlNameOf(points.GetDataType()), "\" Name=\"Points\" NumberOfComponents=\"3\""),
                       memoryOf(points));
     contents.add("</Points>\n<Cells>");
     addCells(contents, types, cells);

@@ -5,6 +5,8 @@
 #include "DataSetWriter.h"
 #include "TestGrids.h"
 #include "ThreadWorkers.h"
+#include "VtuFile.h"
+#include "VtuWriter.h"
 
 #include <vtkCellArray.h>
 #include <vtkCellData.h>
@@ -22,6 +24,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <fstream>
 
 namespace
 {
@@ -170,7 +173,7 @@ TEST(BlockWriter, WritesAnArrayOfMoreThanFourGibibytes)
     BlockWriter writer(file, Compression::fast, workers);
     const ArrayBytes array = enormousArray();
     constexpr std::uint64_t place = 16;
-    const std::uint64_t end = writer.write(array, place);
+    const std::uint64_t end = writer.write(array, nullptr, place);
     EXPECT_EQ(std::filesystem::file_size(directory / "array"), end);
     const std::string contents = contentsOf(directory / "array");
     std::vector<std::uint64_t> header(3 + 163841);
@@ -221,6 +224,44 @@ TEST_F(WrittenOutput, IsAsCompressedAsWanted)
     const auto sizeOf = [&](const char* name) { return std::filesystem::file_size(runner.file(name)); };
     EXPECT_LT(2 * sizeOf("fast.vtu"), sizeOf("none.vtu"));
     EXPECT_LT(sizeOf("small.vtu"), sizeOf("fast.vtu"));
+}
+
+TEST_F(WrittenOutput, TakesOverWhatStaysAsTheTargetHasIt)
+{
+    const auto target = richGrid();
+    addDoubles(*target, "T", [](const Point& p) { return p[0]; });
+    writeDataSet(*target, runner.file("target.vtu"), {.compression = Compression::small});
+    const std::string packed = contentsOf(runner.file("target.vtu"));
+    ASSERT_EQ(transfer("fast.vtu", {"--replace"}).status, 0);
+    ASSERT_EQ(transfer("none.vtu", {"--replace", "--compression", "none"}).status, 0);
+    const std::string written = contentsOf(runner.file("fast.vtu"));
+    // The connectivity is the last large array, and the one before it the points.
+    for (const std::size_t fromEnd : {20000, 40000, 60000})
+    {
+        EXPECT_THAT(written, HasSubstr(packed.substr(packed.size() - fromEnd, 500)));
+    }
+    const auto result = readGrid(runner.file("fast.vtu"));
+    expectSame(*readGrid(runner.file("none.vtu")), *result);
+    EXPECT_NEAR(valuesOf(*result, "T").back(), linear({1, 1, 1}), 1e-5); // not what the target had
+}
+
+TEST(WrittenFile, TakesNothingOverFromAFileThatHasChanged)
+{
+    const TemporaryDirectory directory;
+    writeDataSet(*richGrid(), directory / "small.vtu", {.compression = Compression::small});
+    const auto contents = readVtu(directory / "small.vtu", 1);
+    ASSERT_TRUE(contents.has_value());
+    const auto write = [&](const char* name, const StoredArrays* stored)
+    {
+        writeVtu(*contents->grid, *contents->types, viewOf(contents->cells), directory / name, {}, stored);
+        return contentsOf(directory / name);
+    };
+    const std::string plain = write("plain.vtu", nullptr);
+    EXPECT_LT(write("taken.vtu", &contents->stored).size(), plain.size());
+    std::ofstream(directory / "small.vtu", std::ios::app) << "\n";
+    write("changed.vtu", &contents->stored);
+    expectSame(*readGrid(directory / "plain.vtu"), *readGrid(directory / "changed.vtu"));
+    EXPECT_EQ(std::filesystem::file_size(directory / "changed.vtu"), plain.size());
 }
 
 TEST_F(WrittenOutput, HasTheSameBytesOnAnyNumberOfThreads)

@@ -462,6 +462,48 @@ TEST_F(Series, WarnsOnceOfWhatAllStepsHave)
     }
 }
 
+TEST_F(Series, EachStepHasTheMaterialsOfItsOwnSource)
+{
+    const auto numbered = [](vtkUnstructuredGrid& grid, const std::vector<std::string>& arrays)
+    {
+        for (const std::string& array : arrays)
+        {
+            const int first = array == "part" ? 1 : 5;
+            addCellNumbers(grid, array, [=](vtkIdType cell) { return first + static_cast<int>(cell % 2); });
+        }
+    };
+    const auto target = makeGrid(VTK_TETRA, 2);
+    numbered(*target, {"material", "part"});
+    writeGrid(*target, runner.file("target.vtu"));
+    const std::array<std::vector<std::string>, 3> arrays{{{"part"}, {}, {"material", "part"}}};
+    const std::array<std::string, 3> steps{"step5.vtu", "step10.vtu", "step25.vtu"};
+    for (std::size_t i = 0; i < steps.size(); ++i)
+    {
+        const auto grid = ThreeSteps::gridAt(1);
+        numbered(*grid, arrays[i]);
+        addDoubles(*grid, "T", linear);
+        writeGrid(*grid, runner.file(steps[i]));
+    }
+    const std::vector<std::string> options{"--outside", "default"};
+    ASSERT_EQ(transfer("source.pvd", "out.pvd", options).status, 0);
+    for (std::size_t i = 0; i < steps.size(); ++i)
+    {
+        ASSERT_EQ(transfer(steps[i], "single.vtu", options).status, 0);
+        EXPECT_TRUE(textOf("single.vtu") == textOf("out/out_000" + std::to_string(i + 1) + ".vtu")) << steps[i];
+    }
+}
+
+TEST_F(Series, TheTargetIsReadOnce)
+{
+    const auto target = makeGrid(VTK_TETRA, 2);
+    target->InsertNextCell(VTK_PENTAGONAL_PRISM, 10, std::array<vtkIdType, 10>{0, 1, 2, 3, 4, 5, 6, 7, 8, 9}.data());
+    writeGrid(*target, runner.file("target.vtu"));
+    const CommandResult result = transfer("source.pvd", "out.pvd", {"--gauss", "--skip-unsupported"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors,
+              "veltrane: warning: left out cells of 'target.vtu' that cannot be used: 1 pentagonal prism\n");
+}
+
 TEST_F(Series, CtrlCCancelsAllSteps)
 {
     const auto source = makeGrid(VTK_TETRA, 12);
