@@ -12,6 +12,7 @@
 #include "TransferSummary.h"
 
 #include <filesystem>
+#include <memory>
 #include <vector>
 
 namespace veltrane
@@ -20,12 +21,12 @@ namespace
 {
 
 /// An array that is asked for must be there in the source; the points may do without.
-PointFile readPointFile(const MeshPairArguments& files)
+PointFile readPointFile(const MeshPairArguments& files, VtuAhead* ahead)
 {
-    PointFile points(files.target);
+    PointFile points(files.target, {}, files.threads, ahead);
     if (files.materials.array && points.hasArray(*files.materials.array))
     {
-        points = PointFile(files.target, files.materials.array);
+        points = PointFile(files.target, files.materials.array, files.threads);
     }
     throwIfInterrupted();
     return points;
@@ -130,12 +131,13 @@ ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files, StepMemory& 
     const RecordFiles recordFiles(recordOptions, files);
     ProgressBar progress(!files.quiet);
     progress.beginStage("reading source");
+    const std::shared_ptr<VtuAhead> pointsAhead = memory.hasTarget() ? nullptr : files.readTargetAhead();
     MeshFile source =
         files.readSource(arguments_.cellsAsNodes, placement_.placement(), memory.takeSource(files.source));
     memory.readNextSource(files.threads);
     checkSourceCells(source, files.threads);
     progress.beginStage("reading points");
-    PointFile points = readPointFile(files);
+    PointFile& points = memory.points([&] { return readPointFile(files, pointsAhead.get()); });
 
     const std::vector<ChosenField> chosen = arguments_.chooseFields(source);
     for (const ChosenField& field : chosen)
@@ -144,6 +146,7 @@ ExitStatus SampleCommand::sampleOne(const MeshPairArguments& files, StepMemory& 
     }
     options.fieldOptions = arguments_.fieldOptions(chosen);
     std::vector<Field> fields = readFields(source, chosen);
+    source.forgetArrays();
     placement_.turn(fields);
     recordFiles.checkFields(fields, files.source);
     const bool haveMaterials = points.materialArray().has_value();

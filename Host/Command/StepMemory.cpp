@@ -3,6 +3,7 @@
 #include "VtuAhead.h"
 
 #include <utility>
+#include <vector>
 
 namespace veltrane
 {
@@ -18,6 +19,20 @@ MeshFile& StepMemory::target(const std::function<MeshFile()>& read)
         target_.emplace(read());
     }
     return *target_;
+}
+
+PointFile& StepMemory::points(const std::function<PointFile()>& read)
+{
+    if (points_)
+    {
+        PointCloud& cloud = points_->points();
+        cloud.setStateCodes(std::vector<int>(cloud.materials().size(), 0));
+    }
+    else
+    {
+        points_.emplace(read());
+    }
+    return *points_;
 }
 
 void StepMemory::setNextSource(const std::filesystem::path* path)

@@ -4,6 +4,7 @@
 
 #include "MapCache.h"
 #include "MeshFile.h"
+#include "PointFile.h"
 
 #include <filesystem>
 #include <functional>
@@ -25,7 +26,8 @@ public:
 
     /// The target as the file has it. `read` is called for the first step only.
     MeshFile& target(const std::function<MeshFile()>& read);
-    bool hasTarget() const { return target_.has_value(); }
+    PointFile& points(const std::function<PointFile()>& read);
+    bool hasTarget() const { return target_ || points_; }
 
     /// Which source comes after this step's; null if none does.
     void setNextSource(const std::filesystem::path* path);
@@ -40,6 +42,7 @@ public:
 
 private:
     std::optional<MeshFile> target_{};
+    std::optional<PointFile> points_{};
     std::optional<std::filesystem::path> next_{};
     std::filesystem::path aheadPath_{};
     std::shared_ptr<VtuAhead> ahead_{};

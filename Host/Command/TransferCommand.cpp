@@ -139,6 +139,7 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, StepMemo
     placement_.turn(fields);
     std::vector<Field> loads = readFields(source, chosenLoads);
     placement_.turn(loads);
+    source.forgetArrays();
     recordFiles.checkFields(fields, files.source);
     options.targetLocations.assign(fields.size(), arguments_.atGaussPoints ? Location::gaussPoints : Location::nodes);
     options.targetMapping =

@@ -3,7 +3,6 @@
 #include "Collection.h"
 #include "FormatList.h"
 #include "PointTable.h"
-#include "ReadingGuard.h"
 #include "TableText.h"
 #include "Text.h"
 #include "VtuAhead.h"
@@ -45,13 +44,6 @@ template <typename Function> auto throwingTooLarge(const std::filesystem::path& 
     {
         throwTooLarge(path);
     }
-}
-
-/// The same for a function that may not survive.
-template <typename Function> auto guarded(const std::filesystem::path& path, const Function& function)
-{
-    const ReadingGuard guard(path);
-    return throwingTooLarge(path, function);
 }
 
 const FileFormat& checkedFormat(const std::filesystem::path& path, bool (*isWanted)(const FileFormat*),
@@ -129,7 +121,7 @@ MeshContents readMesh(const std::filesystem::path& path, const FileReading& read
                     std::move(contents->stored)};
         }
     }
-    FileData data = guarded(path, [&] { return format.read(path, reading); });
+    FileData data = throwingTooLarge(path, [&] { return format.read(path, reading); });
     const vtkSmartPointer<vtkUnstructuredGrid> grid = vtkUnstructuredGrid::SafeDownCast(data.dataSet);
     if (grid == nullptr)
     {
@@ -138,19 +130,19 @@ MeshContents readMesh(const std::filesystem::path& path, const FileReading& read
     return {grid, grid->GetCellTypesArray(), std::nullopt, StoredArrays(), std::move(data.leftOut)};
 }
 
-FileData readPoints(const std::filesystem::path& path, int threads)
+FileData readPoints(const std::filesystem::path& path, int threads, VtuAhead* ahead)
 {
     if (path == standardStream)
     {
-        return guarded(path, [&] { return FileData{readPointTable(path)}; });
+        return throwingTooLarge(path, [&] { return FileData{readPointTable(path)}; });
     }
     const FileFormat& format = checkedFormat(path, isPointInput, "point");
     const FileReading reading{.threads = threads};
     if (&format != &formats::unstructuredGrid)
     {
-        return guarded(path, [&] { return format.read(path, reading); });
+        return throwingTooLarge(path, [&] { return format.read(path, reading); });
     }
-    const MeshContents contents = readMesh(path, reading, nullptr);
+    const MeshContents contents = readMesh(path, reading, ahead);
     if (contents.cells)
     {
         setCells(*contents.grid, *contents.types, viewOf(*contents.cells));
@@ -163,7 +155,7 @@ std::vector<double> readStepTimes(const std::filesystem::path& path)
     const FileFormat* format = formatOf(path);
     checkReadable(path, format != nullptr && format->mayBeEmpty);
     return format == nullptr || format->times == nullptr ? std::vector<double>()
-                                                         : guarded(path, [&] { return format->times(path); });
+                                                         : throwingTooLarge(path, [&] { return format->times(path); });
 }
 
 std::vector<Step> readSteps(const std::filesystem::path& path)
@@ -173,7 +165,7 @@ std::vector<Step> readSteps(const std::filesystem::path& path)
     std::vector<Step> steps;
     if (isCollection(format))
     {
-        steps = guarded(path, [&] { return format->steps(path); });
+        steps = throwingTooLarge(path, [&] { return format->steps(path); });
     }
     else if (format == nullptr || format->times == nullptr)
     {

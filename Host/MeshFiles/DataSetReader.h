@@ -51,7 +51,7 @@ MeshContents readMesh(const std::filesystem::path& path, const FileReading& read
 
 /// The points of a point file or a mesh file, with the cells that it has, at the last step. Throws NoInput or BadFile,
 /// naming the file and what is wrong.
-FileData readPoints(const std::filesystem::path& path, int threads);
+FileData readPoints(const std::filesystem::path& path, int threads, VtuAhead* ahead = nullptr);
 
 /// The times of the steps in a file; none of a file without steps.
 std::vector<double> readStepTimes(const std::filesystem::path& path);

@@ -1,5 +1,6 @@
 #include "FileContents.h"
 
+#include "ArrayRange.h"
 #include "CellNames.h"
 #include "DataSetReader.h"
 #include "FieldArrays.h"
@@ -15,7 +16,6 @@
 #include <vtkUnstructuredGrid.h>
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
 #include <map>
 
@@ -37,16 +37,10 @@ ArrayContents contentsOf(vtkAbstractArray& array)
                            .notANumberCount = 0};
     if (auto* numbers = vtkDataArray::SafeDownCast(&array))
     {
-        for (vtkIdType tuple = 0; tuple < numbers->GetNumberOfTuples(); ++tuple)
-        {
-            for (int component = 0; component < numbers->GetNumberOfComponents(); ++component)
-            {
-                const double value = numbers->GetComponent(tuple, component);
-                contents.notANumberCount += std::isnan(value) ? 1 : 0;
-                contents.min = std::fmin(contents.min, value); // takes the other one if one is not a number
-                contents.max = std::fmax(contents.max, value);
-            }
-        }
+        const ArrayRange range = rangeOf(*numbers, 0);
+        contents.min = range.min;
+        contents.max = range.max;
+        contents.notANumberCount = range.notANumberCount;
     }
     return contents;
 }

@@ -15,8 +15,8 @@
 /// | what has no such place       | nothing; it is named in FileData::leftOut                                        |
 ///
 /// Functions of a format throw BadFile with one sentence that names the file and what is wrong where (for text files
-/// the line). They are called with the path of a regular file that can be opened, with faults of readers caught by a
-/// ReadingGuard, and with std::bad_alloc and std::length_error turned into a BadFile by the caller.
+/// the line). They are called with the path of a regular file that can be opened, and std::bad_alloc and
+/// std::length_error are turned into a BadFile by the caller. Readers of VTK run in guarded(), see ReadingGuard.h.
 #ifndef VELTRANE_HOST_FILE_FORMAT_H
 #define VELTRANE_HOST_FILE_FORMAT_H
 

@@ -397,6 +397,13 @@ Field MeshFile::field(const std::string& name, const std::string& newName) const
     return toField(array, name, resultName, path());
 }
 
+void MeshFile::forgetArrays()
+{
+    contents_->grid->GetPointData()->Initialize();
+    contents_->grid->GetCellData()->Initialize();
+    contents_->grid->GetFieldData()->Initialize();
+}
+
 LeftOut MeshFile::writeWith(std::span<const Field> fields, std::span<const IntegerArray> arrays,
                             const std::filesystem::path& path, const FileWriting& writing) const
 {

@@ -105,6 +105,9 @@ public:
     /// Throws BadFile if there is none of this name or it is none.
     Field field(const std::string& name, const std::string& newName = "") const;
 
+    /// Lets go of all arrays, when no more fields are to be had and the file is not to be written.
+    void forgetArrays();
+
     /// Writes the file's data set, with all its arrays and these fields as further point data or Gauss-point fields,
     /// and these arrays, one of the same name being replaced, in the format that the path's ending stands for. Cells
     /// that are not part of the mesh get 0. Throws CannotWrite with nothing but the reason. Tells what of the fields

@@ -27,11 +27,12 @@ struct PointFile::Contents
     std::optional<std::string> materialArray;
 };
 
-PointFile::PointFile(const std::filesystem::path& path, const std::optional<std::string>& materialArray)
+PointFile::PointFile(const std::filesystem::path& path, const std::optional<std::string>& materialArray, int threads,
+                     VtuAhead* ahead)
     : contents_(std::make_unique<Contents>())
 {
     contents_->path = path;
-    contents_->dataSet = readPoints(path, 0).dataSet;
+    contents_->dataSet = readPoints(path, threads, ahead).dataSet;
     vtkPointSet& dataSet = *contents_->dataSet;
     checkTupleCounts(dataSet, path);
     vtkDataArray* array = findMaterialArray(*dataSet.GetPointData(), materialArray, path);

@@ -17,6 +17,8 @@
 namespace veltrane
 {
 
+class VtuAhead;
+
 /// A file in memory of which only the points matter: a target to be sampled at, and everything else that it holds.
 class PointFile
 {
@@ -25,7 +27,10 @@ public:
     ///
     /// \param materialArray  the point-data array that numbers the materials; the first of the usual names if none is
     ///                       given
-    explicit PointFile(const std::filesystem::path& path, const std::optional<std::string>& materialArray = {});
+    /// \param threads  to read with; 0: as many as usableThreadCount() tells
+    /// \param ahead    the file, if somebody has begun to read it; may be null
+    explicit PointFile(const std::filesystem::path& path, const std::optional<std::string>& materialArray = {},
+                       int threads = 0, VtuAhead* ahead = nullptr);
     ~PointFile();
     PointFile(PointFile&&) noexcept;
     PointFile& operator=(PointFile&&) noexcept;

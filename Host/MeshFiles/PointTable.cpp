@@ -1,6 +1,7 @@
 #include "PointTable.h"
 
 #include "DataSetReader.h"
+#include "ReadingGuard.h"
 #include "TableText.h"
 #include "Text.h"
 #include "VtkMessages.h"
@@ -47,7 +48,7 @@ vtkSmartPointer<vtkTable> readTable(const std::string& content, const std::files
     reader->SetTrimWhitespacePriorToNumericConversion(true);
     reader->SetForceDouble(true); // a column of whole numbers has no mark for a missing one
     reader->SetDefaultDoubleValue(std::numeric_limits<double>::quiet_NaN());
-    reader->Update();
+    guarded(path, [&] { reader->Update(); });
     if (const auto reason = messages.failureReason(reader->GetErrorCode()))
     {
         throw BadFile(text("cannot read ", quoted(path), ": ", *reason));

@@ -7,7 +7,10 @@
 #include <sysexits.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
+#include <string>
 
 namespace veltrane
 {
@@ -26,6 +29,9 @@ constexpr bool isSanitized = false;
 constexpr bool isSanitized = false;
 #endif
 
+/// In the order of the signals.
+constexpr std::array<const char*, 5> signalNames{"SIGFPE", "SIGSEGV", "SIGBUS", "SIGILL", "SIGABRT"};
+
 /// The handler's own stack, since the other one may be what is used up.
 std::array<std::byte, 65536> handlerStack;
 
@@ -34,10 +40,16 @@ std::array<std::byte, 65536> handlerStack;
 ReadingGuard* ReadingGuard::current = nullptr;
 
 ReadingGuard::ReadingGuard(const std::filesystem::path& path)
-    : outer_(current), errors_(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1)),
-      message_(text(::isatty(STDERR_FILENO) != 0 ? "\r\033[K" : "", "veltrane: cannot read ", quoted(path),
-                    ": it is damaged in a way that its reader does not survive\n"))
+    : outer_(current), thread_(::pthread_self()), errors_(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1))
 {
+    const char* lineBegin = ::isatty(STDERR_FILENO) != 0 ? "\r\033[K" : "";
+    std::ranges::transform(signalNames, messages_.begin(),
+                           [&](const char* name)
+                           {
+                               return text(lineBegin, "veltrane: cannot read ", quoted(path),
+                                           ": VTK's reader ends with the signal ", name,
+                                           "; the file is probably damaged\n");
+                           });
     current = this;
     if (isSanitized)
     {
@@ -71,12 +83,21 @@ ReadingGuard::~ReadingGuard()
 }
 
 /// Does nothing but what may be done at any moment.
-void ReadingGuard::tellAndEnd(int)
+void ReadingGuard::tellAndEnd(int signal)
 {
-    if (current != nullptr)
+    if (current == nullptr || ::pthread_equal(current->thread_, ::pthread_self()) == 0)
     {
-        [[maybe_unused]] const ssize_t count =
-            ::write(current->errors_.get(), current->message_.data(), current->message_.size());
+        ::signal(signal, SIG_DFL);
+        ::raise(signal);
+        return;
+    }
+    for (std::size_t i = 0; i < signals.size(); ++i)
+    {
+        if (signals[i] == signal)
+        {
+            const std::string& message = current->messages_[i];
+            [[maybe_unused]] const ssize_t count = ::write(current->errors_.get(), message.data(), message.size());
+        }
     }
     ::_exit(EX_DATAERR);
 }

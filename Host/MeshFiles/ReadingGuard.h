@@ -4,6 +4,8 @@
 
 #include "FileDescriptor.h"
 
+#include <pthread.h>
+
 #include <array>
 #include <csignal>
 #include <filesystem>
@@ -12,9 +14,10 @@
 namespace veltrane
 {
 
-/// While it lives, signals of faults in the program end the process with a sentence about the file and the status of
-/// unsuitable data: VTK's readers believe what files say about themselves, and nothing is left behind while a file is
-/// read. The latest guard counts. Not under sanitizers, which say more about the fault.
+/// While it lives, a signal of a fault ends the process with a sentence about the file, which names the signal, and the
+/// status of unsuitable data: VTK's readers believe what files say about themselves, and nothing is left behind while a
+/// file is read. It is for calls of VTK's readers alone: faults of other threads and of other code are no fault of the
+/// file and end the process as they always do. The latest guard counts. Not under sanitizers, which say more.
 class ReadingGuard
 {
 public:
@@ -30,11 +33,19 @@ private:
 
     static ReadingGuard* current;
     ReadingGuard* outer_;
-    FileDescriptor errors_; ///< standard error, even while it leads elsewhere
-    std::string message_;
+    pthread_t thread_;
+    FileDescriptor errors_;                            ///< standard error, even while it leads elsewhere
+    std::array<std::string, signals.size()> messages_; ///< per signal
     stack_t previousStack_{};
     std::array<struct sigaction, signals.size()> previousActions_{};
 };
+
+/// Calls a reader of VTK that may not survive the file.
+template <typename Function> auto guarded(const std::filesystem::path& path, const Function& read)
+{
+    const ReadingGuard guard(path);
+    return read();
+}
 
 } // namespace veltrane
 

@@ -1,5 +1,6 @@
 // Files that VTK's readers do not survive.
 #include "CommandRunner.h"
+#include "ReadingGuard.h"
 #include "TestGrids.h"
 
 #include <vtkCellType.h>
@@ -9,6 +10,9 @@
 
 #include <csignal>
 #include <fstream>
+#include <string>
+#include <thread>
+#include <vector>
 
 namespace
 {
@@ -57,10 +61,15 @@ protected:
 
     void expectRefused(const std::vector<std::string>& arguments) const
     {
-        expectFailure(runner, 65, sentence, arguments);
+        expectFailure(runner, 65, sentence("SIGFPE"), arguments);
     }
 
-    const std::string sentence = "cannot read 'damaged.vtu': it is damaged in a way that its reader does not survive";
+    static std::string sentence(const std::string& signal)
+    {
+        return "cannot read 'damaged.vtu': VTK's reader ends with the signal " + signal +
+               "; the file is probably damaged";
+    }
+
     CommandRunner runner;
 };
 
@@ -83,7 +92,7 @@ TEST_F(DamagedFiles, AreRefusedIfTheirReaderDividesByZero)
 TEST_F(DamagedFiles, AreRefusedIfTheirReaderUsesUpItsStack)
 {
     writeDeep(runner.file("damaged.vtu"));
-    expectRefused({"info", "damaged.vtu"});
+    expectFailure(runner, 65, sentence("SIGSEGV"), {"info", "damaged.vtu"});
 }
 
 TEST_F(DamagedFiles, AreRefusedAsStepsOfASeries)
@@ -102,7 +111,7 @@ TEST_F(DamagedFiles, LeaveWhatHasBeenToldOfOthers)
     const CommandResult both = runner.run({"info", "mesh.vtu", "damaged.vtu"});
     EXPECT_EQ(both.status, 65);
     EXPECT_EQ(both.output, alone.output);
-    EXPECT_EQ(both.errors, "veltrane: " + sentence + "\n");
+    EXPECT_EQ(both.errors, "veltrane: " + sentence("SIGFPE") + "\n");
 }
 
 TEST_F(DamagedFiles, AreToldOfInThePlaceOfTheBar)
@@ -112,7 +121,24 @@ TEST_F(DamagedFiles, AreToldOfInThePlaceOfTheBar)
     const CommandResult result =
         runner.runAndInterrupt({"transfer", "damaged.vtu", "mesh.vtu", "-o", "out.vtu"}, noSignal, "reading");
     EXPECT_EQ(result.status, 65);
-    EXPECT_THAT(result.errors, testing::EndsWith("\r\033[Kveltrane: " + sentence + "\r\n"));
+    EXPECT_THAT(result.errors, testing::EndsWith("\r\033[Kveltrane: " + sentence("SIGFPE") + "\r\n"));
+}
+
+TEST(ReadingGuardDeathTest, BlamesTheFileForFaultsOfItsReaderAlone)
+{
+    using veltrane::guarded;
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    constexpr int unsuitableData = 65;
+    EXPECT_EXIT(guarded("mesh.vtu", [] { std::raise(SIGILL); }), testing::ExitedWithCode(unsuitableData),
+                "'mesh.vtu': VTK's reader ends with the signal SIGILL");
+    EXPECT_EXIT(guarded("mesh.vtu", [] { std::thread([] { std::raise(SIGFPE); }).join(); }),
+                testing::KilledBySignal(SIGFPE), "^$");
+    const auto raiseLater = []
+    {
+        guarded("mesh.vtu", [] {});
+        std::raise(SIGFPE);
+    };
+    EXPECT_EXIT(raiseLater(), testing::KilledBySignal(SIGFPE), "^$");
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 
 #include "FileFormat.h"
 #include "FormatList.h"
+#include "ReadingGuard.h"
 #include "Text.h"
 
 #include <vtkNew.h>
@@ -30,7 +31,7 @@ int pieceCountOf(const std::filesystem::path& path)
     }
     vtkNew<vtkXMLPUnstructuredGridReader> reader;
     reader->SetFileName(path.c_str());
-    reader->UpdateInformation();
+    guarded(path, [&] { reader->UpdateInformation(); });
     return std::max(1, reader->GetNumberOfPieces());
 }
 

@@ -1,6 +1,6 @@
 #include "BlockJoining.h"
 
-#include "GridElements.h"
+#include "GridMaterials.h"
 #include "GroupNames.h"
 #include "VtkReading.h"
 
@@ -284,7 +284,7 @@ vtkSmartPointer<vtkUnstructuredGrid> joinBlocksOfSamePoints(const std::vector<Bl
 FileData readBlocks(vtkAlgorithm& reader, const VtkMessages& messages, const FileReading& reading,
                     const std::filesystem::path& path)
 {
-    reader.UpdateInformation();
+    guarded(path, [&] { reader.UpdateInformation(); });
     readStep(reader, messages, reading, path);
     auto* tree = vtkCompositeDataSet::SafeDownCast(reader.GetOutputDataObject(0));
     const std::vector<Block> blocks = tree == nullptr ? std::vector<Block>() : blocksOf(*tree);

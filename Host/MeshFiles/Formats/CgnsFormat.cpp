@@ -18,12 +18,12 @@ constexpr std::array<std::string_view, 1> endings{".cgns"};
 
 void open(vtkCGNSReader& reader, const VtkMessages& messages, const std::filesystem::path& path)
 {
-    if (reader.CanReadFile(path.c_str()) == 0)
+    if (guarded(path, [&] { return reader.CanReadFile(path.c_str()); }) == 0)
     {
         throw BadFile(text("cannot read ", quoted(path), ": it is not a CGNS file, or damaged or cut off"));
     }
     reader.SetFileName(path.c_str());
-    reader.UpdateInformation();
+    guarded(path, [&] { reader.UpdateInformation(); });
     throwIfFailed(messages, reader.GetErrorCode(), path);
     reader.EnableAllBases();
     reader.EnableAllFamilies();

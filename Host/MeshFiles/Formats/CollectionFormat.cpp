@@ -2,6 +2,7 @@
 #include "Collection.h"
 #include "DataSetReader.h"
 #include "FormatList.h"
+#include "ReadingGuard.h"
 #include "Text.h"
 #include "VtkMessages.h"
 
@@ -27,7 +28,8 @@ constexpr const char* entryName = "DataSet";
 std::vector<Step> readCollection(const std::filesystem::path& path)
 {
     const VtkMessages messages;
-    const auto root = vtkSmartPointer<vtkXMLDataElement>::Take(vtkXMLUtilities::ReadElementFromFile(path.c_str()));
+    const auto root = vtkSmartPointer<vtkXMLDataElement>::Take(
+        guarded(path, [&] { return vtkXMLUtilities::ReadElementFromFile(path.c_str()); }));
     vtkXMLDataElement* collection = root == nullptr ? nullptr : root->FindNestedElementWithName("Collection");
     if (collection == nullptr)
     {

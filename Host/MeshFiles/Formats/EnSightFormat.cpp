@@ -23,11 +23,11 @@ constexpr std::array<std::string_view, 1> endings{".case"};
 
 void open(vtkGenericEnSightReader& reader, const VtkMessages& messages, const std::filesystem::path& path)
 {
-    if (vtkGenericEnSightReader::IsEnSightFile(path.c_str()))
+    if (guarded(path, [&] { return vtkGenericEnSightReader::IsEnSightFile(path.c_str()); }))
     {
         reader.SetCaseFileName(path.c_str());
         reader.ReadAllVariablesOn();
-        reader.UpdateInformation();
+        guarded(path, [&] { reader.UpdateInformation(); });
         throwIfFailed(messages, reader.GetErrorCode(), path);
         return;
     }

@@ -32,13 +32,13 @@ vtkSmartPointer<vtkExodusIIReader> open(const std::filesystem::path& path)
 {
     checkNetcdfSize(path);
     vtkNew<vtkExodusIIReader> reader;
-    if (reader->CanReadFile(path.c_str()) == 0)
+    if (guarded(path, [&] { return reader->CanReadFile(path.c_str()); }) == 0)
     {
         throw BadFile(text("cannot read ", quoted(path), ": it is not an Exodus file",
                            isHdf5(path) ? ", or damaged or cut off" : ""));
     }
     reader->SetFileName(path.c_str());
-    reader->UpdateInformation();
+    guarded(path, [&] { reader->UpdateInformation(); });
     return reader;
 }
 
@@ -122,7 +122,7 @@ FileData readExodus(const std::filesystem::path& path, const FileReading& readin
     {
         reader->SetTimeStep(*step);
     }
-    reader->Update();
+    guarded(path, [&] { reader->Update(); });
     throwIfFailed(messages, reader->GetErrorCode(), path);
     const std::vector<Block> blocks = blocksOf(*reader->GetOutput());
     if (blocks.empty())

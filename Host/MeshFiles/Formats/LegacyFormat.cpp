@@ -36,7 +36,7 @@ FileData read(const std::filesystem::path& path, const FileReading&)
     reader->ReadAllColorScalarsOn();
     reader->ReadAllTCoordsOn();
     reader->ReadAllFieldsOn();
-    reader->Update();
+    guarded(path, [&] { reader->Update(); });
     throwIfFailed(messages, reader->GetErrorCode(), path);
     vtkDataSet& dataSet = *reader->GetOutput();
     if (auto* polyData = vtkPolyData::SafeDownCast(&dataSet))

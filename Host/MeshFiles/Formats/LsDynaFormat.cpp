@@ -25,13 +25,13 @@ bool isPlot(std::string_view name)
 void open(vtkLSDynaReader& reader, const VtkMessages& messages, const std::filesystem::path& path)
 {
     const std::filesystem::path absolute = std::filesystem::absolute(path);
-    if (reader.CanReadFile(absolute.c_str()) == 0)
+    if (guarded(path, [&] { return reader.CanReadFile(absolute.c_str()); }) == 0)
     {
         throw BadFile(text("cannot read ", quoted(path), ": it is not a result of LS-DYNA"));
     }
     reader.SetFileName(absolute.string());
     reader.SetDeformedMesh(0);
-    reader.UpdateInformation();
+    guarded(path, [&] { reader.UpdateInformation(); });
     throwIfFailed(messages, reader.GetErrorCode(), path);
     for (int part = 0; part < reader.GetNumberOfPartArrays(); ++part)
     {

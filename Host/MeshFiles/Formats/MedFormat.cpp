@@ -6,6 +6,7 @@
 #include "MedFile.h"
 #include "MedMesh.h"
 #include "MedWriting.h"
+#include "ReadingGuard.h"
 #include "SilentStandardError.h"
 #include "Text.h"
 #include "VtkWriting.h"
@@ -31,8 +32,7 @@ template <typename Function> auto readingFrom(const std::filesystem::path& path,
     const SilentStandardError silence;
     try
     {
-        const MedFile file = MedFile::toRead(path);
-        return function(file);
+        return guarded(path, [&] { return function(MedFile::toRead(path)); });
     }
     catch (const MedFailure& failure)
     {

@@ -68,7 +68,8 @@ private:
 FileData read(const std::filesystem::path& path, const FileReading& reading)
 {
     const VtkMessages messages;
-    const auto root = vtkSmartPointer<vtkXMLDataElement>::Take(vtkXMLUtilities::ReadElementFromFile(path.c_str()));
+    const auto root = vtkSmartPointer<vtkXMLDataElement>::Take(
+        guarded(path, [&] { return vtkXMLUtilities::ReadElementFromFile(path.c_str()); }));
     vtkXMLDataElement* tree = root == nullptr ? nullptr : root->FindNestedElementWithName("vtkMultiBlockDataSet");
     if (tree == nullptr)
     {

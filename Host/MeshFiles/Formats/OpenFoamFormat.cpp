@@ -25,7 +25,7 @@ bool isControlDict(std::string_view name)
 void open(vtkOpenFOAMReader& reader, const VtkMessages& messages, const std::filesystem::path& path)
 {
     reader.SetFileName(std::filesystem::absolute(path).c_str());
-    reader.UpdateInformation();
+    guarded(path, [&] { reader.UpdateInformation(); });
     throwIfFailed(messages, reader.GetErrorCode(), path);
     reader.EnableAllCellArrays();
     reader.EnableAllPointArrays();

@@ -38,12 +38,12 @@ FileData read(const std::filesystem::path& path, const FileReading&)
     const SilentStandardError silence;
     const VtkMessages messages;
     const vtkNew<vtkHDFReader> reader;
-    if (reader->CanReadFile(path.c_str()) == 0)
+    if (guarded(path, [&] { return reader->CanReadFile(path.c_str()); }) == 0)
     {
         throw BadFile(text("cannot read ", quoted(path), ": it is not a VTKHDF file, or damaged or cut off"));
     }
     reader->SetFileName(path.c_str());
-    reader->Update();
+    guarded(path, [&] { reader->Update(); });
     checkVersion(messages, path);
     throwIfFailed(messages, reader->GetErrorCode(), path);
     vtkDataSet* dataSet = reader->GetOutputAsDataSet();

@@ -4,6 +4,7 @@
 
 #include "AppendedData.h"
 #include "DataSetReader.h"
+#include "ReadingGuard.h"
 #include "Text.h"
 #include "VtkMessages.h"
 #include "XmlStructure.h"
@@ -47,11 +48,11 @@ inline void readStep(vtkAlgorithm& reader, const VtkMessages& messages, const Fi
     const std::vector<double> times = timesOf(reader);
     if (const auto step = chosenStep(reading, times.size(), path))
     {
-        reader.UpdateTimeStep(times[static_cast<std::size_t>(*step)]);
+        guarded(path, [&] { reader.UpdateTimeStep(times[static_cast<std::size_t>(*step)]); });
     }
     else
     {
-        reader.Update();
+        guarded(path, [&] { reader.Update(); });
     }
     throwIfFailed(messages, reader.GetErrorCode(), path);
 }
@@ -62,7 +63,7 @@ template <typename Reader> auto readXml(const std::filesystem::path& path, const
     const VtkMessages messages;
     vtkNew<Reader> reader;
     reader->SetFileName(path.c_str());
-    reader->UpdateInformation();
+    guarded(path, [&] { reader->UpdateInformation(); });
     vtkXMLDataParser* parser = reader->GetXMLParser();
     if (parser != nullptr && parser->GetRootElement() != nullptr)
     {
@@ -70,7 +71,7 @@ template <typename Reader> auto readXml(const std::filesystem::path& path, const
         checkAppendedData(*parser, path);
     }
     throwIfFailed(messages, reader->GetErrorCode(), path);
-    reader->UpdatePiece(reading.piece, reading.pieceCount, 0);
+    guarded(path, [&] { reader->UpdatePiece(reading.piece, reading.pieceCount, 0); });
     throwIfFailed(messages, reader->GetErrorCode(), path);
     return vtkSmartPointer(reader->GetOutput());
 }
