@@ -16,6 +16,10 @@
 
 #include <CLI/CLI.hpp>
 
+#ifdef __GLIBC__
+#    include <malloc.h>
+#endif
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -38,6 +42,15 @@ veltrane::ExitStatus afterFlush(veltrane::ExitStatus status)
         throw veltrane::CannotWrite(veltrane::text("cannot write to standard output: ", std::strerror(errno)));
     }
     return status;
+}
+
+/// Large arrays go back to the system as soon as nobody needs them, so that the next ones find room.
+void releaseMemoryEarly()
+{
+#ifdef __GLIBC__
+    constexpr int large = 1 << 22;
+    ::mallopt(M_MMAP_THRESHOLD, large);
+#endif
 }
 
 /// Insertions, deletions and replacements of a letter that make one word of the other.
@@ -91,6 +104,7 @@ std::string unknownCommandText(int argc, char** argv, const CLI::App& app)
 
 int main(int argc, char** argv)
 {
+    releaseMemoryEarly();
     using veltrane::ExitStatus;
     veltrane::catchInterruptions();
     veltrane::rememberCommandLine(argc, argv);

@@ -180,8 +180,13 @@ private:
     OwnedArray<int> itsMappingFlags;
     PieceList itsNodePieces;
     PieceList itsGaussPieces;
-    BoxTable itsBoxes;
-    BucketSpaceClass itsSpace;
+    /// Where elements lie: what is needed until all locations have been found.
+    struct Search
+    {
+        BoxTable boxes;
+        BucketSpaceClass space;
+    };
+    std::optional<Search> itsSearch{std::in_place};
     std::optional<PointLocator> itsLocator;
     OwnedArray<unsigned char> itsSingularFlags;
     OwnedArray<unsigned char> itsIterations; ///< per row with weights
@@ -219,12 +224,12 @@ MapFailure MapBuilder::prepare()
             itsSource.hasShapeFunctionsOfElt(elt) ? nbGaussPointsOfKind(itsSource.itsEltTypes[elt]) : 0;
     }
     SurveyedBoxes surveyed;
-    if (itsBoxes.allocate(itsSource.itsNbElts, 2, 3) != TableBlock::none)
+    if (itsSearch->boxes.allocate(itsSource.itsNbElts, 2, 3) != TableBlock::none)
     {
         return noMemoryFailure();
     }
     float sizeSum = 0.0F;
-    if (!surveySource(itsSource, itsSettings.tuning.boxMarginRatio, itsBoxes, surveyed, sizeSum, itsWorkers))
+    if (!surveySource(itsSource, itsSettings.tuning.boxMarginRatio, itsSearch->boxes, surveyed, sizeSum, itsWorkers))
     {
         return cancelledFailure();
     }
@@ -237,20 +242,20 @@ MapFailure MapBuilder::prepare()
     if (part != nullptr)
     {
         surveyed = part->boxes;
-        itsSpace.setWindow(part->window);
-        itsSpace.itsFurtherNeeded = part->furtherNeeded;
+        itsSearch->space.setWindow(part->window);
+        itsSearch->space.itsFurtherNeeded = part->furtherNeeded;
     }
     else if (!itsTarget.isCloud() && !surveyTarget(itsTarget, surveyed, itsWorkers))
     {
         return cancelledFailure();
     }
-    itsSpace.itsRefusesOverhang = itsSettings.rules.refusesOverhang;
-    itsSpace.itsMaxNbBuckets = itsSettings.tuning.maxNbBuckets;
-    itsSpace.itsWorkers = itsWorkers.nbWorkers() > 1 ? &itsWorkers : nullptr;
+    itsSearch->space.itsRefusesOverhang = itsSettings.rules.refusesOverhang;
+    itsSearch->space.itsMaxNbBuckets = itsSettings.tuning.maxNbBuckets;
+    itsSearch->space.itsWorkers = itsWorkers.nbWorkers() > 1 ? &itsWorkers : nullptr;
     const float meanSize = part != nullptr ? part->meanSize : meanElementSize(sizeSum, itsSource.itsNbElts);
-    char* errorText =
-        itsSpace.build(BucketSpaceClass::elementBuckets, target, itsSource, itsBoxes, {}, itsTarget.matlMappingFlags,
-                       meanSize, itsSettings.tuning.boxMarginRatio, itsSettings.tuning.bucketFactor, &surveyed);
+    char* errorText = itsSearch->space.build(BucketSpaceClass::elementBuckets, target, itsSource, itsSearch->boxes, {},
+                                             itsTarget.matlMappingFlags, meanSize, itsSettings.tuning.boxMarginRatio,
+                                             itsSettings.tuning.bucketFactor, &surveyed);
     if (errorText != nullptr)
     {
         const MapFailure failure(MapFailure::refused, errorText);
@@ -263,7 +268,7 @@ MapFailure MapBuilder::prepare()
     {
         return {MapFailure::refused, "There is no target point where fields should be interpolated.\n"};
     }
-    itsLocator.emplace(itsSource, itsBoxes, itsSpace, itsSettings.tuning.refCoordTolerance,
+    itsLocator.emplace(itsSource, itsSearch->boxes, itsSearch->space, itsSettings.tuning.refCoordTolerance,
                        itsSettings.rules.singularElements, itsSingularFlags.get());
     return {};
 }
@@ -456,8 +461,8 @@ MapFailure MapBuilder::treatOutsidePoints(std::int64_t firstRow, const PieceList
     listOutsidePoints(firstRow, list, nbOutside, points.get());
     const auto computeCentres = [&](std::int64_t elt)
     { computeCentre(itsSource, static_cast<int>(elt), centres.get() + 3 * elt); };
-    const NearestElement nearest(itsSource, itsBoxes, itsSpace, itsSettings.tuning.refCoordTolerance, centres.get(),
-                                 itsSettings.rules.singularElements, itsSingularFlags.get());
+    const NearestElement nearest(itsSource, itsSearch->boxes, itsSearch->space, itsSettings.tuning.refCoordTolerance,
+                                 centres.get(), itsSettings.rules.singularElements, itsSingularFlags.get());
     const auto treatPoint = [&](std::int64_t i) { treat(points[i], firstRow, nearest); };
     if (!forEachItem(itsWorkers, locationStage, nbCentres, computeCentres) ||
         !forEachItem(itsWorkers, locationStage, nbOutside, treatPoint))
@@ -634,7 +639,7 @@ MapFailure MapBuilder::planPropagation()
 void MapBuilder::lookForOverlap()
 {
     constexpr std::int64_t mostPoints = 10000;
-    OverlapSearch search(itsSource, itsBoxes, itsSpace, itsSettings.tuning.refCoordTolerance);
+    OverlapSearch search(itsSource, itsSearch->boxes, itsSearch->space, itsSettings.tuning.refCoordTolerance);
     const auto lookAtAll = [&](auto cursor, std::int64_t firstRow)
     {
         TargetPoint point;
@@ -673,6 +678,14 @@ void MapBuilder::lookForOverlap()
 MapFailure MapBuilder::finish()
 {
     itsMap.itsIsJumping = itsNbJumping > 0;
+    const BucketUse use(itsSearch->space);
+    MapStatistics& statistics = itsMap.itsStatistics;
+    statistics.nbBuckets = itsSearch->space.nbBuckets();
+    statistics.nbUsedBuckets = use.nbUsed;
+    statistics.nbUnusedBuckets = use.nbUnused;
+    statistics.meanItemsPerUsedBucket = use.meanItems();
+    itsLocator.reset();
+    itsSearch.reset(); // before the weights take their memory
     if (!allocateWeights())
     {
         return noMemoryFailure();
@@ -684,12 +697,6 @@ MapFailure MapBuilder::finish()
     {
         return cancelledFailure();
     }
-    const BucketUse use(itsSpace);
-    MapStatistics& statistics = itsMap.itsStatistics;
-    statistics.nbBuckets = itsSpace.nbBuckets();
-    statistics.nbUsedBuckets = use.nbUsed;
-    statistics.nbUnusedBuckets = use.nbUnused;
-    statistics.meanItemsPerUsedBucket = use.meanItems();
     if (!listSingularElements() || (itsSettings.fromGaussPoints && !makeAveraging()))
     {
         return noMemoryFailure();

@@ -236,7 +236,7 @@ TEST_F(WrittenOutput, TakesOverWhatStaysAsTheTargetHasIt)
     ASSERT_EQ(transfer("none.vtu", {"--replace", "--compression", "none"}).status, 0);
     const std::string written = contentsOf(runner.file("fast.vtu"));
     // The connectivity is the last large array, and the one before it the points.
-    for (const std::size_t fromEnd : {20000, 40000, 60000})
+    for (const std::size_t fromEnd : {20000U, 40000U, 60000U})
     {
         EXPECT_THAT(written, HasSubstr(packed.substr(packed.size() - fromEnd, 500)));
     }

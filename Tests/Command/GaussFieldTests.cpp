@@ -196,7 +196,9 @@ TEST_F(GaussFields, AreCompared)
 }
 
 /// One hexahedron whose scheme numbers its points backwards.
-vtkSmartPointer<vtkUnstructuredGrid> backwards(int pointCount)
+///
+/// \param shift  of the first shape value at the first point
+vtkSmartPointer<vtkUnstructuredGrid> backwards(int pointCount, double shift = 0)
 {
     GridBuilder builder;
     builder.addCube(VTK_HEXAHEDRON, {0, 0, 0}, 1);
@@ -207,6 +209,7 @@ vtkSmartPointer<vtkUnstructuredGrid> backwards(int pointCount)
     {
         weights.insert(weights.end(), values.begin(), values.end());
     }
+    weights.front() += shift;
     vtkNew<vtkQuadratureSchemeDefinition> scheme;
     scheme->Initialize(VTK_HEXAHEDRON, 8, pointCount, weights.data());
     vtkNew<vtkIdTypeArray> offsets;
@@ -237,6 +240,10 @@ TEST_F(GaussFields, MustBeAtTheGaussPointsOfTheElements)
     const std::vector<std::string> arguments{"transfer", "gauss.vtu", "source.vtu", "-o", "out.vtu", "--quiet"};
     const std::string array = "'gauss.vtu': Gauss-point array 'G' ";
     writeGrid(*backwards(7), runner.file("gauss.vtu"));
+    expectFailure(runner, 65, array + "has other Gauss points than can be used in hexahedra", arguments);
+
+    // The points of another rule with as many of them may lie almost there.
+    writeGrid(*backwards(8, 0.002), runner.file("gauss.vtu"));
     expectFailure(runner, 65, array + "has other Gauss points than can be used in hexahedra", arguments);
 
     auto grid = backwards(8);

@@ -9,6 +9,7 @@
 
 #include <functional>
 #include <limits>
+#include <set>
 
 namespace
 {
@@ -139,6 +140,21 @@ TEST(Materials, OfTheSameNameGetTheSameCode)
     EXPECT_NE(source.materials()[0].stateCode, source.materials()[1].stateCode);
     EXPECT_NE(target.materials()[1].stateCode, source.materials()[0].stateCode);
     EXPECT_NE(target.materials()[1].stateCode, source.materials()[1].stateCode);
+}
+
+TEST(Materials, WithoutAGivenCodeGetCodesThatNoneOfThoseHas)
+{
+    MeshData data = twoElements();
+    data.materials = {{"die", 0}, {"oil", 0}};
+    Mesh source(data);
+    data.materials = {{"air", 0}, {"gas", 0}};
+    Mesh target(data);
+    matchMaterialsByName(source, target, {{"air", 11}, {"zinc", 9}}); // the highest does not come last
+    EXPECT_EQ(target.materials()[0].stateCode, 11);
+    std::set<int> codes{11};
+    codes.insert({source.materials()[0].stateCode, source.materials()[1].stateCode, target.materials()[1].stateCode});
+    EXPECT_EQ(codes.size(), 4U);
+    EXPECT_GT(*codes.begin(), 8); // the codes up to there have meanings of their own
 }
 
 TEST(Field, KeepsItsPrecision)

@@ -493,6 +493,26 @@ TEST_F(Series, EachStepHasTheMaterialsOfItsOwnSource)
     }
 }
 
+TEST_F(Series, HasTheStatusOfItsWorstStep)
+{
+    // A target in two pieces, of which the source of one step has the first only.
+    GridBuilder builder;
+    builder.addGrid(VTK_TETRA, 1, 0, 1);
+    builder.startBlock();
+    builder.addGrid(VTK_TETRA, 1, 3, 4);
+    writeGrid(*builder.grid(), runner.file("target.vtu"));
+    const auto whole = makeGrid(VTK_HEXAHEDRON, 4, 0, 4);
+    addDoubles(*whole, "T", linear);
+    writeGrid(*whole, runner.file("step5.vtu"));
+    writeGrid(*whole, runner.file("step25.vtu"));
+    constexpr int warning = 3;
+    for (const char* order : {"1,2,3", "2,1,3", "1,3,2"})
+    {
+        EXPECT_EQ(transfer("source.pvd", "out.pvd", {"--outside", "propagate", "--steps", order}).status, warning);
+    }
+    EXPECT_EQ(transfer("source.pvd", "out.pvd", {"--outside", "propagate", "--steps", "1,3"}).status, 0);
+}
+
 TEST_F(Series, TheTargetIsReadOnce)
 {
     const auto target = makeGrid(VTK_TETRA, 2);
