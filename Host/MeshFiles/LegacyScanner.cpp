@@ -61,6 +61,11 @@ LegacyScanner::LegacyScanner(const std::filesystem::path& path)
     isBinary_ = inSmallLetters(encoding).starts_with("binary");
 }
 
+bool LegacyScanner::isAtEnd()
+{
+    return in_.eof() || in_.rdbuf()->sgetc() == endOfFile;
+}
+
 std::string LegacyScanner::word()
 {
     std::string word;

@@ -28,6 +28,8 @@ public:
 
     int version() const { return version_; }
 
+    bool isAtEnd();
+
     /// Empty at the end of the file.
     std::string word();
 

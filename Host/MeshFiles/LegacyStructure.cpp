@@ -51,6 +51,14 @@ public:
                 checkSection(key);
             }
         }
+        catch (const LegacyScanner::Lost&)
+        {
+            if (scanner_.isAtEnd())
+            {
+                throw BadFile(text("cannot read ", quoted(path_), ": it ends too early"));
+            }
+            throw;
+        }
         catch (const LegacyScanner::MissingValues&)
         {
             throw BadFile(text("cannot read ", quoted(path_), ": ", array_,

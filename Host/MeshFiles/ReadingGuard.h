@@ -4,12 +4,15 @@
 
 #include "FileDescriptor.h"
 
+#include <vtkSmartPointer.h>
+
 #include <pthread.h>
 
 #include <array>
 #include <csignal>
 #include <filesystem>
 #include <string>
+#include <utility>
 
 namespace veltrane
 {
@@ -46,6 +49,29 @@ template <typename Function> auto guarded(const std::filesystem::path& path, con
     const ReadingGuard guard(path);
     return read();
 }
+
+/// An object of VTK with what a file says, which may be too much for it when it is let go of, too.
+template <typename Object> class GuardedObject
+{
+public:
+    GuardedObject(vtkSmartPointer<Object> object, std::filesystem::path path)
+        : object_(std::move(object)), path_(std::move(path))
+    {
+    }
+    ~GuardedObject()
+    {
+        guarded(path_, [&] { object_ = nullptr; });
+    }
+    GuardedObject(const GuardedObject&) = delete;
+    GuardedObject& operator=(const GuardedObject&) = delete;
+
+    Object* operator->() const { return object_; }
+    Object* get() const { return object_; }
+
+private:
+    vtkSmartPointer<Object> object_;
+    std::filesystem::path path_;
+};
 
 } // namespace veltrane
 

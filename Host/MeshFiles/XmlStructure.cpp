@@ -29,10 +29,13 @@ void checkCountAttribute(vtkXMLDataElement& element, const char* attribute, long
     }
 }
 
-} // namespace
-
-void checkStructure(vtkXMLDataElement& root, const std::filesystem::path& path)
+void checkStructure(vtkXMLDataElement& root, int depth, const std::filesystem::path& path)
 {
+    constexpr int mostDepth = 64; // VTK's own files need some
+    if (depth > mostDepth)
+    {
+        throw BadFile(text("cannot read ", quoted(path), ": its elements are nested more than ", mostDepth, " deep"));
+    }
     const std::string_view section = root.GetName();
     std::set<std::string_view> names;
     for (int i = 0; i < root.GetNumberOfNestedElements(); ++i)
@@ -59,8 +62,15 @@ void checkStructure(vtkXMLDataElement& root, const std::filesystem::path& path)
                 throwTwoArrays(path, kind, name);
             }
         }
-        checkStructure(child, path);
+        checkStructure(child, depth + 1, path);
     }
+}
+
+} // namespace
+
+void checkStructure(vtkXMLDataElement& root, const std::filesystem::path& path)
+{
+    checkStructure(root, 0, path);
 }
 
 } // namespace veltrane

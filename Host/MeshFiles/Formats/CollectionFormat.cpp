@@ -28,9 +28,11 @@ constexpr const char* entryName = "DataSet";
 std::vector<Step> readCollection(const std::filesystem::path& path)
 {
     const VtkMessages messages;
-    const auto root = vtkSmartPointer<vtkXMLDataElement>::Take(
-        guarded(path, [&] { return vtkXMLUtilities::ReadElementFromFile(path.c_str()); }));
-    vtkXMLDataElement* collection = root == nullptr ? nullptr : root->FindNestedElementWithName("Collection");
+    const GuardedObject<vtkXMLDataElement> root(
+        vtkSmartPointer<vtkXMLDataElement>::Take(
+            guarded(path, [&] { return vtkXMLUtilities::ReadElementFromFile(path.c_str()); })),
+        path);
+    vtkXMLDataElement* collection = root.get() == nullptr ? nullptr : root->FindNestedElementWithName("Collection");
     if (collection == nullptr)
     {
         throw BadFile(text("cannot read ", quoted(path), ": ",

@@ -68,9 +68,11 @@ private:
 FileData read(const std::filesystem::path& path, const FileReading& reading)
 {
     const VtkMessages messages;
-    const auto root = vtkSmartPointer<vtkXMLDataElement>::Take(
-        guarded(path, [&] { return vtkXMLUtilities::ReadElementFromFile(path.c_str()); }));
-    vtkXMLDataElement* tree = root == nullptr ? nullptr : root->FindNestedElementWithName("vtkMultiBlockDataSet");
+    const GuardedObject<vtkXMLDataElement> root(
+        vtkSmartPointer<vtkXMLDataElement>::Take(
+            guarded(path, [&] { return vtkXMLUtilities::ReadElementFromFile(path.c_str()); })),
+        path);
+    vtkXMLDataElement* tree = root.get() == nullptr ? nullptr : root->FindNestedElementWithName("vtkMultiBlockDataSet");
     if (tree == nullptr)
     {
         throw BadFile(text("cannot read ", quoted(path), ": ",

@@ -61,7 +61,7 @@ inline void readStep(vtkAlgorithm& reader, const VtkMessages& messages, const Fi
 template <typename Reader> auto readXml(const std::filesystem::path& path, const FileReading& reading = {})
 {
     const VtkMessages messages;
-    vtkNew<Reader> reader;
+    const GuardedObject<Reader> reader(vtkSmartPointer<Reader>::New(), path);
     reader->SetFileName(path.c_str());
     guarded(path, [&] { reader->UpdateInformation(); });
     vtkXMLDataParser* parser = reader->GetXMLParser();
