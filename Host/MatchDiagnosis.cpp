@@ -157,7 +157,7 @@ struct PlacedPair
 {
     PlacedPair(const Mesh& sourceMesh, const Mesh& targetMesh)
         : source(sourceMesh), target(targetMesh),
-          origin(commonOrigin(source, target.coordinates(), engineTuning({}).refCoordTolerance)),
+          origin(commonOrigin(source, target.coordinates(), engineTuning({}).refCoordTolerance, 1)),
           sourcePositions(source, origin), targetPositions(target, origin)
     {
     }

@@ -40,7 +40,7 @@ MeshData tetrahedra()
     return data;
 }
 
-TEST(ElementChecks, FindTheFirstFlatElement)
+TEST(ElementChecks, FindAllFlatElementsInTheirOrder)
 {
     MeshData data = tetrahedra();
     for (const std::size_t element : {3000U, 3001U, 9500U})
@@ -50,9 +50,9 @@ TEST(ElementChecks, FindTheFirstFlatElement)
     const Mesh mesh(std::move(data));
     for (const int threads : {1, 3})
     {
-        EXPECT_EQ(findElementFaults(mesh, threads).firstFlat, 3000);
+        EXPECT_EQ(findElementFaults(mesh, threads).flat, (std::vector<int>{3000, 3001, 9500}));
     }
-    EXPECT_FALSE(findElementFaults(Mesh(tetrahedra())).firstFlat.has_value());
+    EXPECT_TRUE(findElementFaults(Mesh(tetrahedra())).flat.empty());
 }
 
 TEST(ElementChecks, FindAllElementsThatAreInsideOut)
