@@ -10,6 +10,7 @@
 #include <vtkCellArray.h>
 #include <vtkCellType.h>
 #include <vtkDataArray.h>
+#include <vtkDataSetAttributes.h>
 #include <vtkUnsignedCharArray.h>
 #include <vtkUnstructuredGrid.h>
 

@@ -9,12 +9,14 @@
 #include "ElementChecks.h"
 #include "ElementSizes.h"
 #include "FileFormat.h"
+#include "GridMaterials.h"
 #include "NearPoints.h"
 #include "Report.h"
 #include "Text.h"
 #include "TransferFindings.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <iostream>
 #include <optional>
 #include <sstream>
@@ -123,18 +125,21 @@ MeshReading ClusterTransfer::commonReading() const
 
 void ClusterTransfer::checkSource()
 {
+    std::int64_t flatCount = 0;
     agree(ranks_,
           [&]
           {
-              const MeshFile* file = source_->file();
-              const std::optional<int> flat = file == nullptr ? std::nullopt : findFlatElement(file->mesh());
-              if (flat)
+              if (const MeshFile* file = source_->file())
               {
-                  throw BadFile(text("'", source_->path().string(), "': cell ", file->cellOf(*flat), ", a ",
-                                     file->mesh().kindOf(*flat).name,
-                                     ", has no volume in single precision: its Jacobian is singular"));
+                  flatCount = static_cast<std::int64_t>(findElementFaults(file->mesh(), options_.threads).flat.size());
               }
           });
+    if (const std::int64_t count = ranks_.sum(flatCount); count > 0 && ranks_.rank() == 0)
+    {
+        warn(text("'", source_->path().string(), "' has ", oneOrMore(count, "cell", "cells"),
+                  " without volume in single precision, in which nothing is found"),
+             "flat cells");
+    }
 }
 
 /// If the arrays of materials have different names, one of the usual ones that both files have takes their place.

@@ -1,7 +1,7 @@
 #include "ExodusWriting.h"
 
 #include "GaussArrays.h"
-#include "GridElements.h"
+#include "GridMaterials.h"
 #include "SilentStandardError.h"
 #include "Text.h"
 #include "VtkWriting.h"

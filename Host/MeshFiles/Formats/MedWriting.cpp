@@ -1,6 +1,6 @@
 #include "MedWriting.h"
 
-#include "GridElements.h"
+#include "GridMaterials.h"
 #include "GroupNames.h"
 #include "MedCells.h"
 #include "MedFieldWriting.h"
