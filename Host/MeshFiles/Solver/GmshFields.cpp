@@ -1,6 +1,7 @@
 #include "GmshFields.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace veltrane
@@ -171,6 +172,35 @@ private:
     std::optional<NodeNumbers> cells_{}; ///< once a field needs them
 };
 
+/// Tensors whose rows are all symmetric become their 6 components xx, yy, zz, xy, yz, xz.
+void reduceSymmetric(ParsedField& field)
+{
+    constexpr std::size_t full = 9;
+    if (field.componentCount != static_cast<int>(full))
+    {
+        return;
+    }
+    for (std::size_t row = 0; row < field.values.size(); row += full)
+    {
+        const double* t = field.values.data() + row;
+        if (!std::isnan(t[0]) && (t[1] != t[3] || t[2] != t[6] || t[5] != t[7]))
+        {
+            return;
+        }
+    }
+    std::vector<double> reduced;
+    reduced.reserve(field.values.size() / full * 6);
+    for (std::size_t row = 0; row < field.values.size(); row += full)
+    {
+        for (const std::size_t component : {0U, 4U, 8U, 1U, 5U, 2U})
+        {
+            reduced.push_back(field.values[row + component]);
+        }
+    }
+    field.values = std::move(reduced);
+    field.componentCount = 6;
+}
+
 } // namespace
 
 void takeGmshFields(const std::vector<GmshSection>& sections, GmshNumbers& numbers, const NodeNumbers& nodes,
@@ -212,6 +242,7 @@ void takeGmshFields(const std::vector<GmshSection>& sections, GmshNumbers& numbe
             values.take(heading);
         }
     }
+    std::ranges::for_each(mesh.fields, reduceSymmetric);
 }
 
 } // namespace veltrane
