@@ -138,7 +138,10 @@ ExitStatus TransferCommand::transferOne(const MeshPairArguments& files, StepMemo
     source.mesh().setGaussPointRule(gaussPointRuleOf(fields, source.mesh()));
     placement_.turn(fields);
     std::vector<Field> loads = readFields(source, chosenLoads);
-    placement_.turn(loads);
+    if (!loads.empty())
+    {
+        placement_.turn(loads);
+    }
     source.forgetArrays();
     recordFiles.checkFields(fields, files.source);
     options.targetLocations.assign(fields.size(), arguments_.atGaussPoints ? Location::gaussPoints : Location::nodes);

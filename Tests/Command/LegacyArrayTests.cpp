@@ -208,8 +208,8 @@ TEST_P(LegacyForms, CutOffAnywhereAreRefusedUnlessSectionsAreWhole)
             continue;
         }
         ++acceptedCount;
-        EXPECT_EQ(part->pointCount, 8) << length;
-        EXPECT_EQ(part->cellCount, 1) << length;
+        EXPECT_TRUE(part->pointCount == 0 || part->pointCount == 8) << length;
+        EXPECT_TRUE(part->cellCount == 0 || part->cellCount == 1) << length;
         const auto expectWhole = [&](const auto& arrays, const auto& expected)
         {
             ASSERT_TRUE(arrays.empty() || arrays.size() == expected.size()) << length;
