@@ -180,7 +180,7 @@ template <class Kind> void draw(const std::filesystem::path& folder)
         nodes.push_back({node[0], node[1], node[2]});
     }
     const View view(nodes);
-    veltrane::Drawing drawing(width, height);
+    veltrane::Drawing drawing(veltrane::DrawingFormat::pixels, width, height);
     std::string name(Kind::name);
     drawing.text(20, 36, name, 22, veltrane::Align::left, true);
     drawAxes(drawing);

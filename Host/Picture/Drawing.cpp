@@ -56,7 +56,8 @@ void Drawing::setColour(const Colour& colour, double opacity)
     cairo_set_source_rgba(context_.get(), colour[0], colour[1], colour[2], opacity);
 }
 
-void Drawing::text(double x, double y, const std::string& words, double size, Align align, bool isBold)
+void Drawing::text(double x, double y, const std::string& words, double size, Align align, bool isBold,
+                   const Colour& colour)
 {
     if (format_ == DrawingFormat::vectors)
     {
@@ -73,7 +74,7 @@ void Drawing::text(double x, double y, const std::string& words, double size, Al
     cairo_text_extents(context, words.c_str(), &extents);
     const double part = align == Align::left ? 0 : align == Align::centre ? 0.5 : 1;
     cairo_move_to(context, std::round(x - part * extents.x_advance), y);
-    setColour(ink);
+    setColour(colour);
     cairo_show_text(context, words.c_str());
 }
 

@@ -41,8 +41,9 @@ class Drawing
 public:
     Drawing(DrawingFormat format, int width, int height);
 
-    void text(double x, double y, const std::string& words, double size, Align align = Align::left,
-              bool isBold = false);
+    /// \param colour  of pixels; words of vector graphics are ink
+    void text(double x, double y, const std::string& words, double size, Align align = Align::left, bool isBold = false,
+              const Colour& colour = ink);
     void line(double x1, double y1, double x2, double y2, double width, const Colour& colour, double opacity = 1);
     void lines(std::span<const Segment> segments, double width, const Colour& colour, double opacity = 1);
     void disc(double x, double y, double radius, const Colour& colour);
