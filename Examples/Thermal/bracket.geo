@@ -29,7 +29,7 @@ Else
     wall[] = Extrude {0, deep, 0} { Surface{3}; };
 EndIf
 
-Physical Volume("steel", 1) = {corner[1], foot[1]};
-Physical Volume("copper", 2) = {wall[1]};
+Physical Volume("STEEL", 1) = {corner[1], foot[1]};
+Physical Volume("COPPER", 2) = {wall[1]};
 Mesh.SecondOrderIncomplete = 1;
 Mesh.SaveGroupsOfNodes = 0;

@@ -3,6 +3,7 @@
 #include "CellNames.h"
 #include "GaussFields.h"
 #include "GmshCells.h"
+#include "GridElements.h"
 #include "GridMaterials.h"
 #include "GroupNames.h"
 #include "LowerGroups.h"
