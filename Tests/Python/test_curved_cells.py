@@ -59,7 +59,7 @@ def test_the_rule_of_gauss_points_is_told_from_the_number_of_values(name):
         assert list(target.gauss_point_offsets) == [0, count]
         at_nodes = carry.apply(at_gauss_points, target_at="nodes")
         assert np.abs(at_nodes - meshes.linear(points)).max() < 1e-12
-        matrix = carry.matrix(target_at="nodes", gauss_rule=rule)
+        matrix = carry.to_scipy(target_at="nodes", gauss_rule=rule)
         assert np.abs(matrix @ at_gauss_points - at_nodes).max() < 1e-12
     with pytest.raises(veltrane.InvalidDataError, match="the source of the map has 27 or 8 Gauss points"):
         carry.apply(np.zeros(9))
