@@ -256,8 +256,8 @@ void bindMap(nb::module_& module)
     nb::class_<Map> map(module, "Map");
     map.def_prop_ro("source_node_count", &Map::sourceNodeCount)
         .def_prop_ro(
-            "source_gauss_point_counts", [](const Map& map)
-            { return std::pair(map.sourceGaussPointCount(), map.sourceGaussPointCount(GaussPointRule::reduced)); })
+            "source_gauss_point_counts", [](const Map& self)
+            { return std::pair(self.sourceGaussPointCount(), self.sourceGaussPointCount(GaussPointRule::reduced)); })
         .def("location_count",
              [](const Map& self, bool isAtGaussPoints) { return self.locationCount(locationOf(isAtGaussPoints)); })
         .def_prop_ro("mode", [](const Map& self) { return static_cast<int>(self.mode()); })
