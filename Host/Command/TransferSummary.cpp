@@ -181,7 +181,7 @@ void printSearch(std::ostream& stream, const TransferStatistics& statistics)
     if (statistics.unconvergedPointCount > 0)
     {
         printCount(stream, "  not converged", statistics.unconvergedPointCount,
-                   "near or far though they may lie in a cell: a larger --tolerance finds them");
+                   "near or far though they may lie in a cell: a larger --tolerance may find them");
     }
     if (statistics.origin != std::array<double, 3>{})
     {

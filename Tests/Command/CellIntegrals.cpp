@@ -3,6 +3,7 @@
 #include <vtkCell.h>
 #include <vtkCellType.h>
 #include <vtkIdList.h>
+#include <vtkNew.h>
 #include <vtkPoints.h>
 #include <vtkUnstructuredGrid.h>
 
@@ -86,11 +87,12 @@ double determinant(const Place& a, const Place& b, const Place& c, const Place& 
 
 double volumeOf(vtkUnstructuredGrid& grid, long long cell)
 {
-    vtkIdList& nodes = *grid.GetCell(cell)->GetPointIds();
+    vtkNew<vtkIdList> nodes; // VTK has no cell for some types
+    grid.GetCellPoints(cell, nodes);
     const auto at = [&](vtkIdType i)
     {
         Place place;
-        grid.GetPoint(nodes.GetId(i), place.data());
+        grid.GetPoint(nodes->GetId(i), place.data());
         return place;
     };
     // Corners come first in every cell. Each is cut into tetrahedra, whose sum is exact for plane sides.
@@ -129,17 +131,18 @@ double middleErrorOf(vtkUnstructuredGrid& grid, long long cell)
                                     : shape == Shape::pyramid   ? 5
                                     : shape == Shape::wedge     ? 6
                                                                 : 8;
-    vtkIdList& nodes = *grid.GetCell(cell)->GetPointIds();
+    vtkNew<vtkIdList> nodes;
+    grid.GetCellPoints(cell, nodes);
     double error = 0;
-    for (std::size_t edge = 0; edge < edges.size() && nodes.GetNumberOfIds() > static_cast<vtkIdType>(cornerCount);
+    for (std::size_t edge = 0; edge < edges.size() && nodes->GetNumberOfIds() > static_cast<vtkIdType>(cornerCount);
          ++edge)
     {
         Place first;
         Place second;
         Place middle;
-        grid.GetPoint(nodes.GetId(edges[edge][0]), first.data());
-        grid.GetPoint(nodes.GetId(edges[edge][1]), second.data());
-        grid.GetPoint(nodes.GetId(static_cast<vtkIdType>(cornerCount + edge)), middle.data());
+        grid.GetPoint(nodes->GetId(edges[edge][0]), first.data());
+        grid.GetPoint(nodes->GetId(edges[edge][1]), second.data());
+        grid.GetPoint(nodes->GetId(static_cast<vtkIdType>(cornerCount + edge)), middle.data());
         for (std::size_t axis = 0; axis < 3; ++axis)
         {
             error = std::max(error, std::abs(middle[axis] - (first[axis] + second[axis]) / 2));

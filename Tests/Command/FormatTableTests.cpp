@@ -89,7 +89,7 @@ std::vector<std::string> writtenEndings()
     std::vector<std::string> endings;
     for (const FileFormat* format : veltrane::allFormats())
     {
-        if (veltrane::isMeshOutput(format))
+        if (veltrane::isMeshOutput(format) && format->writes.cells)
         {
             endings.emplace_back(format->endings.front());
         }

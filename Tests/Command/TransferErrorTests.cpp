@@ -417,7 +417,7 @@ TEST_F(TransferError, ASingularElementIsLeftOut)
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.errors,
                 testing::HasSubstr("veltrane: warning: 1 cell of the source was left out for some nodes, "
-                                   "on the way to which the Jacobian becomes singular\n"));
+                                   "on the way to which the Jacobian becomes singular: cell 0\n"));
 }
 
 } // namespace

@@ -70,7 +70,8 @@ const NastranCards::Line* NastranCards::peek()
         {
             const std::size_t comma = line.find(',');
             const bool isFree = comma != std::string_view::npos;
-            next_ = {line, trimmed(line.substr(0, isFree ? comma : fieldWidth)), isFree, file.at};
+            const std::size_t nameEnd = isFree ? comma : std::min(fieldWidth, line.find('\t'));
+            next_ = {line, trimmed(line.substr(0, nameEnd)), isFree, file.at};
         }
     }
     return next_.behind == nullptr ? nullptr : &next_;
