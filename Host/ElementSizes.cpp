@@ -39,7 +39,7 @@ float largestElementSize(const Mesh& mesh, int threads)
         largest[static_cast<std::size_t>(piece)] = ofPiece;
     };
     workers.run({"checking", 0, 100}, pieces.count(), measurePiece);
-    return std::ranges::max(largest);
+    return largest.empty() ? 0.0F : std::ranges::max(largest); // a part of a mesh may have no elements
 }
 
 double meanElementSize(const Mesh& mesh)

@@ -170,8 +170,8 @@ TEST_F(FoldedCell, PointsWhereTheSearchDoesNotEndAreCountedWithTheRemedy)
     const CommandResult result = sample();
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.output,
-                testing::ContainsRegex("not converged +[1-9][0-9]*  near or far though they may lie in a "
-                                       "cell: a larger --tolerance finds them"));
+                testing::ContainsRegex("not converged +[1-9].* near or far though they may lie in a cell: "
+                                       "a larger --tolerance may find them"));
     EXPECT_GT(report()["search"]["unconvergedPoints"], 0);
 
     const CommandResult remedied = sample({"--tolerance", "0.05"});
