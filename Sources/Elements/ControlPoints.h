@@ -22,8 +22,9 @@ constexpr Grid<27, 27> gridOf27(bool isPyramid)
     Grid<27, 27> grid{};
     for (std::size_t i = 0; i < 27; ++i)
     {
+        const std::size_t layer = i / 9;
         const ReferencePoint place{static_cast<double>(i % 3) - 1.0, static_cast<double>(i / 3 % 3) - 1.0,
-                                   static_cast<double>(i / 9) - 1.0};
+                                   static_cast<double>(layer) - 1.0};
         const double height = 0.5 * (1.0 + place[2]);
         const double width = 1.0 - height;
         grid.points[i] = isPyramid ? ReferencePoint{width * place[0], width * place[1], height} : place;
