@@ -28,10 +28,8 @@ struct FieldIntegrals
     std::vector<FieldIntegral> materials; ///< in the order of the mesh's
 };
 
-/// The integrals of a field at nodes or at Gauss points. Gauss points without a usable value (see undefinedBound), or
-/// in elements with a node without one, are left out.
-///
-/// \param volumes  what gaussPointVolumes() gives of the mesh
+/// The integrals of a field at nodes or at Gauss points, where `volumes` is what gaussPointVolumes() gives of the mesh.
+/// Gauss points without a usable value (see undefinedBound), or in elements with a node without one, are left out.
 /// Throws InvalidData if the field does not fit the mesh.
 FieldIntegrals integralsOf(const Field& field, const Mesh& mesh, const std::vector<double>& volumes);
 

@@ -69,9 +69,7 @@ public:
     Validator(Validator&&) noexcept;
     Validator& operator=(Validator&&) noexcept;
 
-    /// \param source, target  the same meshes again
-    /// \param sourceFields    at nodes or Gauss points of the source
-    /// \param targetFields    what the map has made of them
+    /// Takes the same meshes again, fields at nodes or Gauss points of the source, and what the map has made of them.
     /// Throws InvalidData if they do not fit.
     Validation validate(const Mesh& source, const Mesh& target, std::span<const Field> sourceFields,
                         std::span<const Field> targetFields) const;

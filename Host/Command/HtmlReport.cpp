@@ -262,7 +262,8 @@ std::string integralsTable(const TransferRecord& record)
         for (std::size_t i = 0; i < source.size(); ++i)
         {
             const auto same = std::ranges::find(target, source[i].name, &Material::name);
-            if (source.size() > 1 && same != target.end())
+            constexpr std::size_t mostRows = 2000; // the report for machines has all of them
+            if (source.size() > 1 && parts.size() < mostRows && same != target.end())
             {
                 addIntegralRows(parts, text(", material ", source[i].name), field.returned, field.atSource.materials[i],
                                 field.atTarget.materials[static_cast<std::size_t>(same - target.begin())]);

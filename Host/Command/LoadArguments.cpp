@@ -23,8 +23,9 @@ std::string sumText(const LoadSums& sums)
     return joined(words);
 }
 
-void warnOfLoads(const DistributedLoads& loads)
+void warnOfLoads(const DistributedLoads& loads, double cellSize)
 {
+    constexpr double notable = 0.02; // as part of a cell's length; rounding and curved sides stay below
     const std::string& name = loads.atTarget.name();
     if (loads.loadedNodes == 0)
     {
@@ -36,7 +37,7 @@ void warnOfLoads(const DistributedLoads& loads)
                   " loaded nodes are outside the target and left out, with ", sumText(loads.outside), " in sum"),
              text("loads outside ", name));
     }
-    if (loads.nearNodes > 0)
+    if (loads.largestNearDistance > notable * cellSize)
     {
         warn(text("the loads '", name, "' at ", loads.nearNodes, " of ", loads.loadedNodes,
                   " loaded nodes are taken to the target from up to ", inDigits(3, loads.largestNearDistance),
@@ -99,7 +100,7 @@ std::vector<DistributedLoads> distributeAll(std::span<const Field> loads, const 
                                      "; --outside default leaves them out and tells what they are in sum",
                                      unitHint(source.boundingBox(), target.boundingBox())));
         }
-        warnOfLoads(distributed.back());
+        warnOfLoads(distributed.back(), meanElementSize(target));
     }
     return distributed;
 }
