@@ -74,9 +74,8 @@ enum class Extent
 class Mesh
 {
 public:
-    /// Throws InvalidData, naming what is wrong and where.
-    ///
-    /// \param threads  to check the data with; 0: as many as usableThreadCount() tells
+    /// Throws InvalidData, naming what is wrong and where. The data are checked by so many threads; 0 are as many as
+    /// usableThreadCount() tells.
     explicit Mesh(MeshData data, int threads = 1, Extent extent = Extent::whole);
     Mesh(MeshData data, Extent extent) : Mesh(std::move(data), 1, extent) {}
     Mesh(const Mesh& other);

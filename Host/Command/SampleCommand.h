@@ -32,7 +32,8 @@ public:
 
 private:
     void checkOutput(bool isCollection) const;
-    ExitStatus sampleOne(const MeshPairArguments& files, StepMemory& memory, const RecordFileOptions& recordOptions) const;
+    ExitStatus sampleOne(const MeshPairArguments& files, StepMemory& memory,
+                         const RecordFileOptions& recordOptions) const;
 
     CLI::App* command_;
     MeshPairArguments files_;
