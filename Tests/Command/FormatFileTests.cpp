@@ -131,7 +131,7 @@ TEST_P(FormatFiles, AreRefusedWithASentenceWhereverTheyAreCutOff)
     const CommandRunner runner;
     const std::string name = veltrane::text("cut", path().extension().string());
     const auto size = std::filesystem::file_size(path());
-    for (const std::uintmax_t part : {1, 4, 7})
+    for (const std::uintmax_t part : {1U, 4U, 7U})
     {
         std::filesystem::copy_file(path(), runner.file(name), std::filesystem::copy_options::overwrite_existing);
         std::filesystem::resize_file(runner.file(name), size * part / 8);

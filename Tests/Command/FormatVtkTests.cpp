@@ -156,7 +156,7 @@ TEST_F(VtkFormats, StructuredFilesThatAreCutOffAreRefused)
     for (const char* name : {"grid.vts", "grid.vti", "grid.vtk"})
     {
         const auto size = std::filesystem::file_size(runner.file(name));
-        for (const std::uintmax_t part : {7, 4, 1})
+        for (const std::uintmax_t part : {7U, 4U, 1U})
         {
             std::filesystem::resize_file(runner.file(name), size * part / 8);
             const CommandResult result = runner.run({"info", name});
