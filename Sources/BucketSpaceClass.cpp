@@ -505,20 +505,20 @@ void BucketSpaceClass::settleFilling()
     itsFurtherCursors.release();
 }
 
-template <class Visitor> void BucketSpaceClass::forEachBucket(const BucketRange& touched, Visitor visit) const
+template <class Visitor> void BucketSpaceClass::forEachBucket(const BucketRange& range, Visitor visit) const
 {
-    const BucketRange range = itsHasWindow ? touched.cutBy(itsWindow) : touched;
-    if (range.isEmpty())
+    const BucketRange inside = itsHasWindow ? range.cutBy(itsWindow) : range;
+    if (inside.isEmpty())
     {
         return;
     }
-    for (std::int64_t i = range.low[0]; i <= range.high[0]; ++i)
+    for (std::int64_t i = inside.low[0]; i <= inside.high[0]; ++i)
     {
-        for (std::int64_t j = range.low[1]; j <= range.high[1]; ++j)
+        for (std::int64_t j = inside.low[1]; j <= inside.high[1]; ++j)
         {
             const std::int64_t row =
                 ((i - itsWindow.low[0]) * itsNbHeld[1] + (j - itsWindow.low[1])) * itsNbHeld[2] - itsWindow.low[2];
-            for (int k = range.low[2]; k <= range.high[2]; ++k)
+            for (int k = inside.low[2]; k <= inside.high[2]; ++k)
             {
                 visit(row + k);
             }

@@ -143,6 +143,7 @@ private:
     };
 
     MapFailure prepare();
+    MapFailure fillBuckets(const SurveyedBoxes& surveyed, float sizeSum);
     bool allocateTable();
     bool assignMaterials();
     bool makePieces();
@@ -249,17 +250,8 @@ MapFailure MapBuilder::prepare()
     {
         return cancelledFailure();
     }
-    itsSearch->space.itsRefusesOverhang = itsSettings.rules.refusesOverhang;
-    itsSearch->space.itsMaxNbBuckets = itsSettings.tuning.maxNbBuckets;
-    itsSearch->space.itsWorkers = itsWorkers.nbWorkers() > 1 ? &itsWorkers : nullptr;
-    const float meanSize = part != nullptr ? part->meanSize : meanElementSize(sizeSum, itsSource.itsNbElts);
-    char* errorText = itsSearch->space.build(BucketSpaceClass::elementBuckets, target, itsSource, itsSearch->boxes, {},
-                                             itsTarget.matlMappingFlags, meanSize, itsSettings.tuning.boxMarginRatio,
-                                             itsSettings.tuning.bucketFactor, &surveyed);
-    if (errorText != nullptr)
+    if (MapFailure failure = fillBuckets(surveyed, sizeSum))
     {
-        const MapFailure failure(MapFailure::refused, errorText);
-        releaseString(errorText);
         return failure;
     }
     const std::int64_t nbPoints = (itsSettings.atNodes ? itsTarget.nbMappedNodes() : 0) +
@@ -270,6 +262,26 @@ MapFailure MapBuilder::prepare()
     }
     itsLocator.emplace(itsSource, itsSearch->boxes, itsSearch->space, itsSettings.tuning.refCoordTolerance,
                        itsSettings.rules.singularElements, itsSingularFlags.get());
+    return {};
+}
+
+/// Enters the source's elements into the buckets that the target needs.
+MapFailure MapBuilder::fillBuckets(const SurveyedBoxes& surveyed, float sizeSum)
+{
+    itsSearch->space.itsRefusesOverhang = itsSettings.rules.refusesOverhang;
+    itsSearch->space.itsMaxNbBuckets = itsSettings.tuning.maxNbBuckets;
+    itsSearch->space.itsWorkers = itsWorkers.nbWorkers() > 1 ? &itsWorkers : nullptr;
+    const PartOfWhole* part = itsSettings.part;
+    const float meanSize = part != nullptr ? part->meanSize : meanElementSize(sizeSum, itsSource.itsNbElts);
+    char* errorText = itsSearch->space.build(
+        BucketSpaceClass::elementBuckets, itsTarget.model, itsSource, itsSearch->boxes, {}, itsTarget.matlMappingFlags,
+        meanSize, itsSettings.tuning.boxMarginRatio, itsSettings.tuning.bucketFactor, &surveyed);
+    if (errorText != nullptr)
+    {
+        const MapFailure failure(MapFailure::refused, errorText);
+        releaseString(errorText);
+        return failure;
+    }
     return {};
 }
 
